@@ -1,0 +1,21 @@
+# Compiler settings that hold for all of our code.
+
+add_library(vx_options INTERFACE)
+target_include_directories(vx_options INTERFACE ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include)
+target_compile_options(vx_options INTERFACE
+  -Wall -Wextra -Wconversion -Wshadow -Werror
+  # A fused multiply-add would round once where the formulas round twice, and only on processors that
+  # have it: results would depend on the machine.
+  -ffp-contract=off)
+if(VX_SANITIZE)
+  target_compile_options(vx_options INTERFACE
+    -fsanitize=${VX_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -O1 -g1)
+  target_link_options(vx_options INTERFACE -fsanitize=${VX_SANITIZE})
+endif()
+
+# vx_add_objects(NAME SOURCE...): the objects of one folder, collected into the library.
+function(vx_add_objects name)
+  add_library(${name} OBJECT ${ARGN})
+  target_link_libraries(${name} PRIVATE vx_options OpenMP::OpenMP_CXX)
+  set_property(GLOBAL APPEND PROPERTY VX_OBJECT_LIBRARIES ${name})
+endfunction()

@@ -1,0 +1,46 @@
+#include "prim/float_mode.h"
+
+#include <immintrin.h>
+
+#include "prim/types.h"
+
+namespace vx::prim {
+namespace {
+
+constexpr unsigned kFlushToZero = 0x8000;
+constexpr unsigned kUnderflowMask = 0x0800;
+constexpr unsigned kDenormalsAreZero = 0x0040;
+// Nearest, traps masked, flush-to-zero, denormals-are-zero, no sticky flags.
+constexpr unsigned kLibraryState = 0x9FC0;
+
+}  // namespace
+
+int primSetFlushToZero(int enable, int* previous) {
+  unsigned state = _mm_getcsr();
+  if (enable != 0) {
+    if (previous != nullptr) *previous = static_cast<int>(state & kUnderflowMask);
+    state |= kFlushToZero | kUnderflowMask;
+  } else {
+    state &= ~kFlushToZero;
+    if (previous != nullptr && *previous == 0) state &= ~kUnderflowMask;
+  }
+  _mm_setcsr(state);
+  return kStatusOk;
+}
+
+// Every 64-bit processor has the mode.
+int primSetDenormalsAreZero(int enable) {
+  const unsigned state = _mm_getcsr();
+  _mm_setcsr(enable != 0 ? state | kDenormalsAreZero : state & ~kDenormalsAreZero);
+  return kStatusOk;
+}
+
+FloatModeGuard::FloatModeGuard() noexcept : saved_(_mm_getcsr()) { _mm_setcsr(kLibraryState); }
+FloatModeGuard::~FloatModeGuard() { _mm_setcsr(saved_); }
+
+HostFloatMode::HostFloatMode(const FloatModeGuard& guard) noexcept : saved_(_mm_getcsr()) {
+  _mm_setcsr(guard.hostState());
+}
+HostFloatMode::~HostFloatMode() { _mm_setcsr(saved_); }
+
+}  // namespace vx::prim

@@ -1,0 +1,60 @@
+#pragma once
+
+// First include of every kernel source. Kernel sources are compiled once per body; VX_VARIANT names
+// the namespace. Helpers here have internal linkage, and kernels use no std:: function templates: a
+// shared inline function would be merged across bodies by the linker, and a processor without AVX
+// might then run the AVX copy.
+
+#ifndef VX_VARIANT
+#error "kernel sources belong to the prim_<variant> targets only"
+#endif
+
+#include <cstddef>
+#include <cstdint>
+#include <type_traits>
+
+#include "prim/prims.h"
+
+namespace vx::prim::VX_VARIANT {
+
+#define VX_PRIM(name, params, args) decltype(prim::name) name;
+#include "prim/prim_list.def"
+#undef VX_PRIM
+
+namespace {
+
+// 16-bit host rows may start at odd addresses.
+using Unaligned16u [[gnu::aligned(1), gnu::may_alias]] = std::uint16_t;
+using Unaligned16s [[gnu::aligned(1), gnu::may_alias]] = std::int16_t;
+
+template <class T>
+[[maybe_unused]] inline T* row(T* base, int step, int y) {
+  using Byte = std::conditional_t<std::is_const_v<T>, const char, char>;
+  return reinterpret_cast<T*>(reinterpret_cast<Byte*>(base) + std::ptrdiff_t{step} * y);
+}
+
+[[maybe_unused]] inline bool emptySize(int width, int height) { return width < 1 || height < 1; }
+
+// A step that does not hold a row of `width` pixels of `pixelBytes` bytes.
+[[maybe_unused]] inline bool shortStep(int step, int width, int pixelBytes) {
+  return step < std::int64_t{width} * pixelBytes;
+}
+
+// Nearest integer, ties to even. INT_MIN if out of range or NaN.
+[[maybe_unused]] inline int roundHalfEven(float v) {
+#ifdef __clang__
+  return static_cast<int>(__builtin_lrintf(v));
+#else
+  return __builtin_irintf(v);
+#endif
+}
+
+// The value, unknown to the optimiser, which otherwise takes a clamp against a literal apart and
+// vectorises it at a third of the speed.
+[[maybe_unused]] inline float opaque(float v) {
+  asm("" : "+x"(v));
+  return v;
+}
+
+}  // namespace
+}  // namespace vx::prim::VX_VARIANT

@@ -1,0 +1,65 @@
+#include "prim/alloc.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+
+namespace {
+
+using namespace vx::prim;
+
+TEST(Alloc, stepsArePaddedTo32Bytes) {
+  int step = -1;
+  void* a = primMalloc_8u_C1(1, 1, &step);
+  EXPECT_EQ(step, 32);
+  void* b = primMalloc_32f_C1(9, 1, &step);
+  EXPECT_EQ(step, 64);
+  EXPECT_EQ(reinterpret_cast<std::uintptr_t>(b) % 32, 0u);
+  primFree(a);
+  primvFree(b);  // either release takes either block
+}
+
+TEST(Alloc, refusalsStoreAStepOfZero) {
+  int step = -1;
+  EXPECT_EQ(primMalloc_8u_C1(0, 5, &step), nullptr);
+  EXPECT_EQ(step, 0);
+  step = -1;
+  EXPECT_EQ(primMalloc_32f_C1(INT_MAX / 4 + 1, 1, &step), nullptr) << "step above INT_MAX";
+  EXPECT_EQ(step, 0);
+  EXPECT_EQ(primMalloc_8u_C1(4, 4, nullptr), nullptr);
+  EXPECT_EQ(primvMalloc_8u(0), nullptr);
+  EXPECT_EQ(primvMalloc_32f(-1), nullptr);
+  primFree(nullptr);
+  primvFree(nullptr);
+}
+
+// The heap may return any address: the block must lie inside what was asked for, with the heap's
+// own pointer below it.
+TEST(Alloc, blockLiesInsideTheHeapBlockWhateverItsAddress) {
+  static std::uint8_t heap[256];
+  static std::uint8_t* next = nullptr;
+  static std::size_t asked = 0;
+  static void* released = nullptr;
+  const MemHooks saved = primMemHooks;
+  primMemHooks.allocate = [](std::size_t size) -> void* { return asked = size, next; };
+  primMemHooks.release = [](void* block) { released = block; };
+  for (int shift = 0; shift < 40; ++shift) {
+    next = heap + shift;
+    std::uint8_t* user = primvMalloc_8u(50);
+    EXPECT_EQ(asked, 90u);
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(user) % 32, 0u);
+    EXPECT_GE(user - next, 8);
+    EXPECT_LE(user - next + 50, 90);
+    void* kept = nullptr;
+    std::memcpy(&kept, user - 8, 8);
+    EXPECT_EQ(kept, next);
+    primvFree(user);
+    EXPECT_EQ(released, next);
+  }
+  primMemHooks = saved;
+}
+
+}  // namespace
