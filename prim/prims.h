@@ -29,6 +29,7 @@
 #include "prim/lut.h"
 #include "prim/memory.h"
 #include "prim/rank.h"
+#include "prim/search.h"
 #include "prim/stats.h"
 #include "prim/threshold.h"
 #include "prim/types.h"
