@@ -1,6 +1,5 @@
 #include "tests/prim/variants/trial.h"
 
-#include <algorithm>
 #include <cfloat>
 #include <climits>
 #include <cmath>
@@ -57,16 +56,16 @@ float Trial::floatValue() {
   return r % 4 == 0 ? pick(kSpecial) : static_cast<float>(r % 4096) * 0.125f - 128.0f;
 }
 
-int Trial::integerValue(bool isSigned, std::size_t bytes) {
-  const int high = (1 << (8 * bytes - (isSigned ? 1 : 0))) - 1;
-  const int low = isSigned ? -high - 1 : 0;
-  const auto r = static_cast<int>(rng() >> 4);
+std::int64_t Trial::integerValue(bool isSigned, std::size_t bytes) {
+  const std::int64_t high = (std::int64_t{1} << (8 * bytes - (isSigned ? 1 : 0))) - 1;
+  const std::int64_t low = isSigned ? -high - 1 : 0;
+  const auto r = static_cast<std::int64_t>(rng());
   switch (fill) {
     case Fill::few:
     case Fill::unit:
-      return std::clamp(r % 4 - (isSigned ? 1 : 0), low, high);
+      return r % 4 - (isSigned ? 1 : 0);
     case Fill::wild: {
-      const int kSpecial[] = {low, low + 1, high - 1, high, 0, 1, high / 2, high / 2 + 1};
+      const std::int64_t kSpecial[] = {low, low + 1, high - 1, high, 0, 1, high / 2, high / 2 + 1};
       return pick(kSpecial);
     }
     case Fill::pixels:

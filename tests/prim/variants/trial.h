@@ -69,7 +69,7 @@ class Trial {
 
  private:
   float floatValue();
-  int integerValue(bool isSigned, std::size_t bytes);
+  std::int64_t integerValue(bool isSigned, std::size_t bytes);
 
   int number_;
   std::uint32_t seed_;
