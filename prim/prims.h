@@ -26,6 +26,7 @@
 #include "prim/filter.h"
 #include "prim/float_mode.h"
 #include "prim/geometry.h"
+#include "prim/grid.h"
 #include "prim/lut.h"
 #include "prim/memory.h"
 #include "prim/rank.h"
