@@ -6,42 +6,13 @@
 // vectors lie in different lanes: two blends bring them together and one permutation in order. The
 // compiler takes two permutations and more for each vector (measured: three times as long).
 
-#include "prim/kernels/intrinsics.h"
+#include "prim/kernels/floats.h"
 #include "prim/kernels/kernel.h"
 
 namespace vx::prim::VX_VARIANT {
 namespace {
 
 #if defined(__AVX2__)
-
-#if defined(__AVX512F__)
-using Floats = __m512;
-using Lanes = __m512i;
-using Mask = __mmask16;
-constexpr int kFloats = 16;
-inline Floats loadFloats(const float* p) { return _mm512_loadu_ps(p); }
-inline void storeFloats(float* p, Floats v) { _mm512_storeu_ps(p, v); }
-inline Lanes loadLanes(const int* p) { return _mm512_load_si512(p); }
-inline Floats permute(Floats v, Lanes lanes) { return _mm512_permutexvar_ps(lanes, v); }
-template <int kMask>
-inline Floats blend(Floats a, Floats b) {
-  return _mm512_mask_blend_ps(static_cast<Mask>(kMask), a, b);
-}
-#else
-using Floats = __m256;
-using Lanes = __m256i;
-constexpr int kFloats = 8;
-inline Floats loadFloats(const float* p) { return _mm256_loadu_ps(p); }
-inline void storeFloats(float* p, Floats v) { _mm256_storeu_ps(p, v); }
-inline Lanes loadLanes(const int* p) {
-  return _mm256_load_si256(reinterpret_cast<const __m256i*>(p));
-}
-inline Floats permute(Floats v, Lanes lanes) { return _mm256_permutevar8x32_ps(v, lanes); }
-template <int kMask>
-inline Floats blend(Floats a, Floats b) {
-  return _mm256_blend_ps(a, b, kMask);
-}
-#endif
 
 // Lanes of the n-th of three consecutive vectors that hold channel c.
 constexpr int lanesOf(int c, int n) {
@@ -72,7 +43,7 @@ constexpr LaneTables kLaneTables = laneTables();
 template <int c>
 inline Floats channelOf(Floats v0, Floats v1, Floats v2) {
   const Floats together = blend<lanesOf(c, 2)>(blend<lanesOf(c, 1)>(v0, v1), v2);
-  return permute(together, loadLanes(kLaneTables.toChannel[c]));
+  return permute(together, kLaneTables.toChannel[c]);
 }
 
 template <int n>
@@ -105,9 +76,9 @@ inline void store3(const float* c0, const float* c1, const float* c2, float* dst
   int i = 0;
 #if defined(__AVX2__)
   for (; i + kFloats <= count; i += kFloats) {
-    const Floats v0 = permute(loadFloats(c0 + i), loadLanes(kLaneTables.fromChannel[0]));
-    const Floats v1 = permute(loadFloats(c1 + i), loadLanes(kLaneTables.fromChannel[1]));
-    const Floats v2 = permute(loadFloats(c2 + i), loadLanes(kLaneTables.fromChannel[2]));
+    const Floats v0 = permute(loadFloats(c0 + i), kLaneTables.fromChannel[0]);
+    const Floats v1 = permute(loadFloats(c1 + i), kLaneTables.fromChannel[1]);
+    const Floats v2 = permute(loadFloats(c2 + i), kLaneTables.fromChannel[2]);
     storeFloats(dst + 3 * i, interleaved<0>(v0, v1, v2));
     storeFloats(dst + 3 * i + kFloats, interleaved<1>(v0, v1, v2));
     storeFloats(dst + 3 * i + 2 * kFloats, interleaved<2>(v0, v1, v2));
