@@ -28,6 +28,7 @@
 #include "prim/geometry.h"
 #include "prim/lut.h"
 #include "prim/memory.h"
+#include "prim/pyramid.h"
 #include "prim/rank.h"
 #include "prim/stats.h"
 #include "prim/threshold.h"
