@@ -148,8 +148,9 @@ TEST(Median, refusesInTheDocumentedOrder) {
     EXPECT_EQ(f.filter(src, 0, dst, 0, 4, 0, 0), -6);
     EXPECT_EQ(f.filter(src, 4, dst, 3, 4, 4, 0), -14);
     for (int mask : {0, 3, 5, 11, 13, 15, 31, 33, 51, 55})
-      if (std::count(f.masks.begin(), f.masks.end(), mask) == 0)
+      if (std::count(f.masks.begin(), f.masks.end(), mask) == 0) {
         EXPECT_EQ(f.filter(src, 8, dst, 8, 4, 4, mask), -33) << mask;
+      }
   }
   std::int16_t word = 0;
   EXPECT_EQ(primFilterMedianCross_16s_C1R(&word, 1, &word, 2, 1, 1, 33), -14);
