@@ -28,14 +28,13 @@ constexpr T saturate(int r) {
 constexpr int scaleDown(int r, int s) { return (r - 1 + (1 << (s - 1)) + ((r >> s) & 1)) >> s; }
 
 // Calls run with the function from the exact result of an operation, at most 17 bits, to the scaled
-// element. `maxDown`: the largest scale factor that does not make everything 0.
+// element, for any factor but 0. `maxDown`: the largest one that does not make everything 0.
 template <class T, class Run>
 int withScale(int scaleFactor, int maxDown, Run run) {
   if (scaleFactor > maxDown) return run([](int) { return T{0}; });
   if (scaleFactor == 1) return run([](int r) { return saturate<T>(scaleDown(r, 1)); });
   if (scaleFactor > 0)
     return run([scaleFactor](int r) { return saturate<T>(scaleDown(r, scaleFactor)); });
-  if (scaleFactor == 0) return run([](int r) { return saturate<T>(r); });
   if (scaleFactor >= -Range<T>::kMaxUp) {
     const int factor = 1 << -scaleFactor;  // 17 bits times 2^15: no overflow
     return run([factor](int r) { return saturate<T>(r * factor); });
@@ -57,6 +56,21 @@ constexpr auto kSaturatingAdd8u = [](std::uint8_t a, std::uint8_t b) {
 };
 constexpr auto kSaturatingSub8u = [](std::uint8_t subtrahend, std::uint8_t a) {
   return static_cast<std::uint8_t>((a > subtrahend ? a : subtrahend) - subtrahend);
+};
+
+// `wrapped` is the low half of a result whose sign is that of `a` if it left the range, which it
+// did where the sign bit of `overflow` is set.
+constexpr std::int16_t saturateWrapped(std::int16_t wrapped, std::int16_t a, int overflow) {
+  const std::int16_t limit = static_cast<std::int16_t>((a >> 15) ^ 0x7FFF);
+  return static_cast<std::int16_t>(overflow) < 0 ? limit : wrapped;
+}
+constexpr auto kSaturatingAdd16s = [](std::int16_t b, std::int16_t a) {
+  const std::int16_t sum = static_cast<std::int16_t>(a + b);
+  return saturateWrapped(sum, a, (a ^ sum) & (b ^ sum));
+};
+constexpr auto kSaturatingSub16s = [](std::int16_t subtrahend, std::int16_t a) {
+  const std::int16_t difference = static_cast<std::int16_t>(a - subtrahend);
+  return saturateWrapped(difference, a, (a ^ subtrahend) & (a ^ difference));
 };
 
 int addImages(const std::uint8_t* src1, int src1Step, const std::uint8_t* src2, int src2Step,
@@ -97,9 +111,12 @@ int primSub_8u_C1IRSfs(const std::uint8_t* src, int srcStep, std::uint8_t* srcDs
 
 int primSub_16s_C1IRSfs(const std::int16_t* src, int srcStep, std::int16_t* srcDst, int srcDstStep,
                         int width, int height, int scaleFactor) {
+  const auto map = [&](auto f) {
+    return mapRows(src, srcStep, srcDst, srcDstStep, srcDst, srcDstStep, width, height, f);
+  };
+  if (scaleFactor == 0) return map(kSaturatingSub16s);
   return withScale<std::int16_t>(scaleFactor, kBits16s, [&](auto scale) {
-    return mapRows(src, srcStep, srcDst, srcDstStep, srcDst, srcDstStep, width, height,
-                   [scale](std::int16_t a, std::int16_t b) { return scale(b - a); });
+    return map([scale](std::int16_t subtrahend, std::int16_t a) { return scale(a - subtrahend); });
   });
 }
 
@@ -123,9 +140,12 @@ int primAddC_16s_C1IRSfs(std::int16_t value, std::int16_t* srcDst, int srcDstSte
   if (srcDst == nullptr) return kStatusNullPtr;
   if (emptySize(width, height)) return kStatusBadSize;
   if (value == 0 && scaleFactor == 0) return kStatusOk;
+  const auto map = [&](auto f) {
+    return mapRows(srcDst, srcDstStep, srcDst, srcDstStep, width, height, f);
+  };
+  if (scaleFactor == 0) return map([value](std::int16_t a) { return kSaturatingAdd16s(value, a); });
   return withScale<std::int16_t>(scaleFactor, kBits16s, [&](auto scale) {
-    return mapRows(srcDst, srcDstStep, srcDst, srcDstStep, width, height,
-                   [scale, value](std::int16_t a) { return scale(a + value); });
+    return map([scale, value](std::int16_t a) { return scale(a + value); });
   });
 }
 

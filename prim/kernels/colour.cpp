@@ -1,3 +1,4 @@
+#include "prim/kernels/interleave3.h"
 #include "prim/kernels/kernel.h"
 
 namespace vx::prim::VX_VARIANT {
@@ -15,22 +16,6 @@ struct alignas(64) Strip {
 
 // `count` rounded up to whole vectors of any length.
 inline int padded(int count) { return (count + 15) & ~15; }
-
-inline void load3(const float* src, Strip& s, int count) {
-  for (int i = 0; i < count; ++i) {
-    s.c0[i] = src[3 * i];
-    s.c1[i] = src[3 * i + 1];
-    s.c2[i] = src[3 * i + 2];
-  }
-}
-
-inline void store3(const Strip& s, float* dst, int count) {
-  for (int i = 0; i < count; ++i) {
-    dst[3 * i] = s.c0[i];
-    dst[3 * i + 1] = s.c1[i];
-    dst[3 * i + 2] = s.c2[i];
-  }
-}
 
 // What the selections leave of a pixel: everything else is arithmetic in double.
 struct alignas(64) Selected {
@@ -82,16 +67,26 @@ inline void hlsFromSelected(const Selected& p, Strip& hls, int count) {
 // The ramp of one channel at t degrees: up to 60, level to 180, down to 240.
 inline float channelAt(float t, float low, float high) {
   const float ramp = low + (high - low) * (t < 60.0f ? t : 240.0f - t) / 60.0f;
-  const bool level = t >= 60.0f && t < 180.0f;
-  return level ? high : t < 240.0f ? ramp : low;
+  const float fromDown = t < 240.0f ? ramp : low;
+  const float fromLevel = t < 180.0f ? high : fromDown;
+  return t < 60.0f ? ramp : fromLevel;
+}
+
+// `mask` is 0 or all ones. Where `?:` stands the compiler moves the other side's arithmetic behind
+// a branch, and does not vectorise it again before AVX2.
+inline float select(std::int32_t mask, float yes, float no) {
+  const auto y = __builtin_bit_cast(std::int32_t, yes);
+  const auto n = __builtin_bit_cast(std::int32_t, no);
+  return __builtin_bit_cast(float, (y & mask) | (n & ~mask));
 }
 
 inline void rgbFromHls(Strip& p, int count) {
   for (int i = 0; i < count; ++i) {
     const float l = p.c1[i];
+    const float saturation = p.c2[i];
     // Of two NaN the hardware keeps the one that the compiler happens to put first; with a NaN in L
     // there shall be only that one.
-    const float s = l == l ? p.c2[i] : l;
+    const float s = l == l ? saturation : l;
     const float h = p.c0[i] * 360.0f;
     const float high = l <= 0.5f ? l * (1.0f + s) : (l + s) - l * s;
     const float low = 2.0f * l - high;
@@ -99,13 +94,13 @@ inline void rgbFromHls(Strip& p, int count) {
     hr = hr >= 360.0f ? hr - 360.0f : hr;
     float hb = h - 120.0f;
     hb = hb < 0.0f ? hb + 360.0f : hb;
-    const bool grey = p.c2[i] == 0.0f;
+    const std::int32_t grey = saturation == 0.0f ? -1 : 0;
     const float r = channelAt(hr, low, high);
     const float g = channelAt(h, low, high);
     const float b = channelAt(hb, low, high);
-    p.c0[i] = grey ? l : r;
-    p.c1[i] = grey ? l : g;
-    p.c2[i] = grey ? l : b;
+    p.c0[i] = select(grey, l, r);
+    p.c1[i] = select(grey, l, g);
+    p.c2[i] = select(grey, l, b);
   }
 }
 
@@ -121,9 +116,9 @@ inline int convert3(const float* src, int srcStep, float* dst, int dstStep, int 
     float* out = row(dst, dstStep, y);
     for (std::ptrdiff_t x = 0; x < width; x += kStrip) {
       const int count = width - x < kStrip ? static_cast<int>(width - x) : kStrip;
-      load3(in + 3 * x, strip, count);
+      load3(in + 3 * x, strip.c0, strip.c1, strip.c2, count);
       convert(strip, padded(count));
-      store3(strip, out + 3 * x, count);
+      store3(strip.c0, strip.c1, strip.c2, out + 3 * x, count);
     }
   }
   return kStatusOk;

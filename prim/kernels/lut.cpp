@@ -1,5 +1,6 @@
 #include "prim/alloc.h"
 #include "prim/kernels/kernel.h"
+#include "prim/kernels/lut_small.h"
 #include "prim/kernels/lut_table.h"
 
 namespace vx::prim::VX_VARIANT {
@@ -40,6 +41,12 @@ template <bool kCubic>
 inline void lookUp(float* srcDst, int step, int width, int height, const float* levels,
                    std::ptrdiff_t n, const Segment* segments) {
   const bool ordered = neverFall(levels, n);
+  if (ordered && n - 1 <= kSmallSegments) {
+    SmallTable table;
+    fillSmall(table, levels, segments, static_cast<int>(n - 1));
+    for (int y = 0; y < height; ++y) lookUpSmall<kCubic>(table, row(srcDst, step, y), width);
+    return;
+  }
   for (int y = 0; y < height; ++y) {
     float* p = row(srcDst, step, y);
     for (int x = 0; x < width; ++x) {

@@ -1,28 +1,56 @@
+#include "prim/kernels/floats.h"
 #include "prim/kernels/kernel.h"
 
 namespace vx::prim::VX_VARIANT {
 namespace {
 
-#define VX_TEXT_OF(x) #x
-#define VX_TEXT(x) VX_TEXT_OF(x)
-constexpr bool kGeneric = __builtin_strcmp(VX_TEXT(VX_VARIANT), "generic") == 0;
+// Even and odd elements of the rows apart.
+inline float sumScalar(const float* src, int step, int width, int height) {
+  float even = 0.0f;
+  float odd = 0.0f;
+  for (int y = 0; y < height; ++y) {
+    const float* in = row(src, step, y);
+    int x = 0;
+    for (; x < width - 1; x += 2) {
+      even += in[x];
+      odd += in[x + 1];
+    }
+    if (x < width) even += in[x];
+  }
+  return even + odd;
+}
 
-// Sums of the elements apart by their position in the row: even and odd in the generic body,
-// sixteen lanes in every other, so that all vector lengths give the same bits.
-constexpr int kLanes = kGeneric ? 2 : 16;
+// Sixteen sums whatever the vector length, so that all vector lengths give the same bits.
+constexpr int kLanes = 16;
 
-inline double sumOf(const float* src, int step, int width, int height) {
-  float lanes[kLanes] = {};
+inline float sumLanes(const float* src, int step, int width, int height) {
+  constexpr int kParts = kLanes / kFloats;
+  const Floats zero = setFloats(0.0f);
+  Floats sums[kParts];
+  for (Floats& s : sums) s = zero;
   for (int y = 0; y < height; ++y) {
     const float* in = row(src, step, y);
     std::ptrdiff_t x = 0;
     for (; x + kLanes <= width; x += kLanes)
-      for (int l = 0; l < kLanes; ++l) lanes[l] += in[x + l];
-    for (int l = 0; x < width; ++x, ++l) lanes[l] += in[x];
+      for (int i = 0; i < kParts; ++i) sums[i] += loadFloats(in + x + i * kFloats);
+    if (x == width) continue;
+    // Lanes without an element add a zero as well, in every body the same ones.
+    int left = static_cast<int>(width - x);
+    for (int i = 0; i < kParts; ++i, left -= kFloats) {
+      const float* part = in + x + i * kFloats;
+      sums[i] += left >= kFloats ? loadFloats(part) : left > 0 ? loadPart(part, left, zero) : zero;
+    }
   }
+  float lanes[kLanes];
+  for (int i = 0; i < kParts; ++i) storeFloats(lanes + i * kFloats, sums[i]);
   for (int half = kLanes / 2; half > 0; half /= 2)
     for (int l = 0; l < half; ++l) lanes[l] += lanes[l + half];
-  return static_cast<double>(lanes[0]);
+  return lanes[0];
+}
+
+inline double sumOf(const float* src, int step, int width, int height) {
+  return static_cast<double>(kGeneric ? sumScalar(src, step, width, height)
+                                      : sumLanes(src, step, width, height));
 }
 
 inline double pixelCount(int width, int height) {
@@ -73,45 +101,6 @@ int primMin_16s_C1R(const std::int16_t* src, int srcStep, int width, int height,
     for (int x = 0; x < width; ++x) least = in[x] < least ? in[x] : least;
   }
   *min = least;
-  return kStatusOk;
-}
-
-int primMax_32f_C1R(const float* src, int srcStep, int width, int height, float* max) {
-  if (!src || !max) return kStatusNullPtr;
-  if (emptySize(width, height)) return kStatusBadSize;
-  float largest = -__builtin_inff();
-  bool comparable = false;
-  for (int y = 0; y < height; ++y) {
-    const float* in = row(src, srcStep, y);
-    for (int x = 0; x < width; ++x) {
-      largest = largest < in[x] ? in[x] : largest;
-      comparable = comparable || in[x] == in[x];
-    }
-  }
-  // Which of two zeros comes first depends on the order of comparing: it is always the positive.
-  *max = comparable ? largest + 0.0f : 0.0f;
-  return kStatusOk;
-}
-
-int primMinIndex_32f_C1R(const float* src, int srcStep, int width, int height, float* min,
-                         int* indexX, int* indexY) {
-  if (!src || !min || !indexX || !indexY) return kStatusNullPtr;
-  if (emptySize(width, height)) return kStatusBadSize;
-  *min = 0.0f;
-  *indexX = 0;
-  *indexY = 0;
-  bool found = false;
-  for (int y = 0; y < height; ++y) {
-    const float* in = row(src, srcStep, y);
-    for (int x = 0; x < width; ++x) {
-      if (found ? in[x] < *min : in[x] == in[x]) {
-        *min = in[x];
-        *indexX = x;
-        *indexY = y;
-        found = true;
-      }
-    }
-  }
   return kStatusOk;
 }
 

@@ -71,9 +71,13 @@ int primThreshold_GT_16u_C3IR(std::uint16_t* srcDst, int srcDstStep, int width, 
 int primThreshold_GT_16u_AC4IR(std::uint16_t* srcDst, int srcDstStep, int width, int height,
                                const std::uint16_t* level) {
   if (srcDst == nullptr || level == nullptr) return kStatusNullPtr;
-  // A level that no sample exceeds leaves the fourth channel alone.
+  // A level that no sample exceeds leaves the fourth channel alone. Hidden from the optimiser,
+  // which would otherwise drop the channel and with it the whole-vector stores (measured: 3 to 8
+  // times slower).
+  std::uint16_t highest = 0xFFFF;
+  asm("" : "+r"(highest));
   return mapChannels<std::uint16_t>(srcDst, srcDstStep, width, height,
-                                    {level[0], level[1], level[2], 0xFFFF}, kClipAbove);
+                                    {level[0], level[1], level[2], highest}, kClipAbove);
 }
 
 int primThreshold_GT_32f_C1IR(float* srcDst, int srcDstStep, int width, int height, float level) {

@@ -6,6 +6,7 @@
 #include <cstdio>
 
 #include "tests/prim/variants/drivers_element.h"
+#include "tests/prim/variants/drivers_grid.h"
 #include "tests/prim/variants/drivers_region.h"
 
 namespace {

@@ -69,9 +69,9 @@ ArgumentKind kindOf(const Prim& entry, std::size_t index) {
   std::string_view names = entry.arguments.substr(1, entry.arguments.size() - 2);
   for (; index > 0; --index) names.remove_prefix(names.find(", ") + 2);
   const std::string_view name = names.substr(0, names.find(", "));
-  static constexpr std::string_view kSizes[] = {"width",     "height",    "length",
-                                                "srcWidth",  "srcHeight", "dstWidth",
-                                                "dstHeight", "roiWidth",  "roiHeight"};
+  static constexpr std::string_view kSizes[] = {"width",     "height",   "length",    "srcWidth",
+                                                "srcHeight", "dstWidth", "dstHeight", "roiWidth",
+                                                "roiHeight", "cells"};
   if (std::find(std::begin(kSizes), std::end(kSizes), name) != std::end(kSizes))
     return ArgumentKind::size;
   return name.ends_with("tep") ? ArgumentKind::step : ArgumentKind::other;

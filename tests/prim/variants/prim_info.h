@@ -45,6 +45,7 @@ inline constexpr auto kLayoutCodes = std::to_array<LayoutCode>({
     {"C1C4R", {1, 1}, {4, 1}},
     // the one-dimensional forms
     {"32f", {1, 1}, {1, 1}},
+    {"32f8u", {1, 1}, {1, 1}},
     {"32fc", {1, 1}, {1, 1}},
     {"I", {1, 1}, {1, 1}},
 });
