@@ -12,14 +12,15 @@ namespace {
 
 constexpr int kSmallSegments = 8;
 
+// Whole vectors first, so that each is aligned.
 struct alignas(64) SmallTable {
-  float levels[16];  // where each segment starts; infinity behind the last
-  float end;         // where the last one ends
   double value[kSmallSegments];
   double level[kSmallSegments];
   double a[kSmallSegments];
   double b[kSmallSegments];
   double c[kSmallSegments];
+  float levels[16];  // where each segment starts; infinity behind the last
+  float end;         // where the last one ends
 };
 
 inline void fillSmall(SmallTable& t, const float* levels, const Segment* segments, int count) {

@@ -243,6 +243,10 @@ TEST(Histogram, countsAlikeForAnyLevelsAndSizes) {
       for (const auto& levels : kLevels) checkHistogram(image, levels);
       checkHistogram(image, many);
     }
+    // So many pixels that a single bin is worth a table.
+    Plane<std::int16_t> large(700, 600);
+    large.randomise(rng, INT16_MIN, INT16_MAX);
+    for (const auto& levels : kLevels) checkHistogram(large, levels);
   });
 }
 
