@@ -11,12 +11,12 @@
 // The scale factor s of the Sfs forms takes the exact result r (a negative 8-bit difference counts
 // as 0) to the element:
 //
-// | s | element |
-// |---|---|
-// | 0 | r, saturated to the element's range |
-// | 1 to b | r / 2^s, rounded to nearest with ties to even, saturated; b = 9 for sums of 8 bits, 8
-// for differences of 8 bits, 16 for 16 bits | | above b | 0 | | -1 to -7 (8 bits), -15 (16 bits) |
-// r * 2^-s, saturated | | below that | top of the range for r > 0, bottom for r < 0, 0 for 0 |
+// - 0: r, saturated to the element's range;
+// - 1 to b: r / 2^s, rounded to nearest with ties to even, saturated; b is 9 for sums of 8 bits, 8
+//   for differences of 8 bits, 16 for 16 bits;
+// - above b: 0;
+// - -1 to -7 (8 bits) or -15 (16 bits): r * 2^-s, saturated;
+// - below that: top of the range for a positive r, bottom for a negative one, 0 for 0.
 
 #include "prim/types.h"
 

@@ -7,7 +7,7 @@
 namespace vx::prim::VX_VARIANT {
 namespace {
 
-// The element at any address.
+// The element at any address (`auto` would drop the alignment), and its range.
 template <class T>
 struct AnyAddress;
 template <>
@@ -136,7 +136,8 @@ inline std::ptrdiff_t narrowVectors(const float*, void*, std::ptrdiff_t) {
 
 template <class T, int kMode>
 void narrowRow(const float* __restrict in, void* to, std::ptrdiff_t count) {
-  auto* __restrict out = static_cast<typename AnyAddress<T>::Type*>(to);
+  using ElementAt = typename AnyAddress<T>::Type;
+  ElementAt* __restrict out = static_cast<ElementAt*>(to);
   std::ptrdiff_t x = 0;
   if constexpr (kMode != primRndFinancial) x = narrowVectors<T, kMode>(in, to, count);
   const float bottom = opaque(AnyAddress<T>::kBottom);
@@ -173,7 +174,8 @@ inline std::ptrdiff_t widenVectors(const void*, float*, std::ptrdiff_t) {
 
 template <class T>
 void widenRow(const void* from, float* __restrict out, std::ptrdiff_t count) {
-  const auto* __restrict in = static_cast<const typename AnyAddress<T>::Type*>(from);
+  using ElementAt = typename AnyAddress<T>::Type;
+  const ElementAt* __restrict in = static_cast<const ElementAt*>(from);
   std::ptrdiff_t x = widenVectors<T>(from, out, count);
   for (; x < count; ++x) out[x] = static_cast<float>(in[x]);
 }

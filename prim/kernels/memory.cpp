@@ -148,7 +148,7 @@ int primSet_16s_C1MR(std::int16_t value, std::int16_t* dst, int dstStep, int wid
   if (emptySize(width, height)) return kStatusBadSize;
   for (int y = 0; y < height; ++y) {
     const std::uint8_t* select = row(mask, maskStep, y);
-    auto* out = reinterpret_cast<Unaligned16s*>(row(dst, dstStep, y));
+    Unaligned16s* out = reinterpret_cast<Unaligned16s*>(row(dst, dstStep, y));
     for (int x = 0; x < width; ++x) {
       const std::int16_t kept = out[x];
       out[x] = select[x] != 0 ? value : kept;
