@@ -8,7 +8,7 @@ namespace vx::prim::VX_VARIANT {
 namespace {
 
 // Elements move as integers of their size, at any address.
-using Unaligned32u [[gnu::aligned(1), gnu::may_alias]] = std::uint32_t;
+using Unaligned32u = UnalignedElement<std::uint32_t>;
 
 template <int kBytes>
 struct ElementOf;
