@@ -40,18 +40,19 @@ TEST(AdjustDriver, tileBordersCannotBeSeen) {
   AdjustSettings settings = kBrighter;
   settings.satContrast =
       0.5f;  // pixel by pixel, like the gamma: the result may not depend on tiles
-  for (const int format : {1, 3}) {
-    Picture flat(format, 3000, 2000);
-    flat.forEachSample([&](int, int, int c) { return 60 + 40 * c; });
+  const struct { int format, width, height; } cases[] = {{1, 2400, 1800}, {3, 3000, 30}};
+  for (const auto& [format, w, h] : cases) {
+    Picture flat(format, w, h), corner(format, 64, 64);
+    const auto field = [](int, int, int c) { return 60 + 40 * c; };
+    flat.forEachSample(field);
+    corner.forEachSample(field);
     ASSERT_EQ(adjust(flat, settings), 1);
-    Picture corner(format, 64, 64);
-    corner.forEachSample([&](int, int, int c) { return 60 + 40 * c; });
     ASSERT_EQ(adjust(corner, settings), 1);
     for (int c = 0; c < 3; ++c) {
       const int wanted = corner.get(5, 5, c);
       EXPECT_NE(wanted, 60 + 40 * c);
-      for (int y = 0; y < 2000; ++y)
-        for (int x = 0; x < 3000; ++x)
+      for (int y = 0; y < h; ++y)
+        for (int x = 0; x < w; ++x)
           ASSERT_NEAR(flat.get(x, y, c), wanted, tolerance(format)) << x << " " << y;
     }
   }
