@@ -1,5 +1,6 @@
 #include "hosts/cli/adjust.h"
 
+#include <algorithm>
 #include <cstdio>
 
 #include "hosts/cli/cancel.h"
@@ -58,11 +59,12 @@ AdjustCommand::AdjustCommand(CLI::App& program)
       ->option_text("FILE")
       ->group(group);
   for (const Setting& setting : adjustSettings()) {
-    const std::string range = " [" + formatNumber(setting.low) + " to " + formatNumber(setting.high) +
-                              ", default " + formatNumber(setting.neutral()) + "]";
+    std::string range = "[" + formatNumber(setting.low) + " to " + formatNumber(setting.high) +
+                        ", default " + formatNumber(setting.neutral()) + "]";
+    std::replace(range.begin(), range.end(), ' ', kNoBreak);
     command_
         ->add_option("--" + std::string(setting.name), values_[setting.name],
-                     help(std::string(setting.help) + range))
+                     help(std::string(setting.help) + ' ' + range))
         ->option_text("X")
         ->group(std::string(setting.group));
   }

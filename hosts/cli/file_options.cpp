@@ -1,5 +1,7 @@
 #include "hosts/cli/file_options.h"
 
+#include <algorithm>
+
 namespace vx::cli {
 
 std::string wrapped(std::string_view text, std::size_t width) {
@@ -16,6 +18,7 @@ std::string wrapped(std::string_view text, std::size_t width) {
     column += word.size();
     text.remove_prefix(std::min(word.size() + 1, text.size()));
   }
+  std::replace(result.begin(), result.end(), kNoBreak, ' ');
   return result;
 }
 

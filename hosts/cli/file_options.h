@@ -23,6 +23,9 @@ struct FileOptions {
 /// Adds the options; `options` has to outlive the parsing.
 void addFileOptions(CLI::App& app, FileOptions& options);
 
+/// A space that wrapped() does not break at.
+inline constexpr char kNoBreak = '\x1f';
+
 /// `text` in lines of at most `width` characters, broken at spaces.
 std::string wrapped(std::string_view text, std::size_t width);
 

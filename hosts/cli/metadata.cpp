@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <exiv2/exiv2.hpp>
+#include <set>
 #include <string_view>
 
 #include "hosts/cli/error.h"
@@ -39,14 +40,17 @@ bool isStructure(const Exiv2::Exifdatum& datum) {
   return datum.groupName() == "Image" && std::find(kTags.begin(), kTags.end(), datum.tag()) != kTags.end();
 }
 
+// Also drops what stands there twice: PNG files of some programs carry EXIF in two chunks.
 void dropStructure(Exiv2::ExifData& exif) {
   // The thumbnail shows the picture as it was, and in a TIFF its directory would be a broken second page.
   Exiv2::ExifThumb(exif).erase();
+  std::set<std::string> seen;
   for (auto datum = exif.begin(); datum != exif.end();) {
     const std::string group = datum->groupName();
     const bool further = group.starts_with("SubImage") || group.starts_with("SubThumb") || group == "Image2" ||
                          group == "Image3" || group == "Thumbnail";
-    datum = further || isStructure(*datum) ? exif.erase(datum) : std::next(datum);
+    const bool known = !seen.insert(datum->key()).second;
+    datum = further || known || isStructure(*datum) ? exif.erase(datum) : std::next(datum);
   }
 }
 
@@ -182,6 +186,13 @@ void Metadata::attach(std::vector<std::uint8_t>& file, Format format) {
 void Metadata::attachByExiv2(std::vector<std::uint8_t>& file, Format format, const Content& content) {
   const auto image = openImage(file);
   image->readMetadata();
+  if (format != Format::kTiff && !image->exifData().empty()) {
+    // libvips makes a little EXIF of its own, whose byte order Exiv2 would go on with; a maker note
+    // that Exiv2 cannot read is copied as it is and has to keep its order.
+    image->clearExifData();
+    image->writeMetadata();
+    image->readMetadata();
+  }
   // A TIFF keeps the tags that libvips wrote; JPEG and WebP get the source's and nothing else.
   Exiv2::ExifData exif = format == Format::kTiff ? image->exifData() : Exiv2::ExifData();
   for (const Exiv2::Exifdatum& datum : content.exif) {

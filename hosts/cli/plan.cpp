@@ -55,7 +55,8 @@ Target findTarget(const FileOptions& options, std::size_t pictures, bool folderI
   const bool exists = fs::exists(output, error);
   const bool folder = fs::is_directory(output, error);
   if (folder || options.output.ends_with('/') || pictures > 1 || folderInput) {
-    if (exists && !folder) throw UsageError(options.output + ": has to be a folder for several pictures");
+    const bool fileName = !options.output.ends_with('/') && formatByExtension(output).has_value();
+    if (!folder && (exists || fileName)) throw UsageError(options.output + ": several pictures need a folder");
     fs::create_directories(output, error);
     if (error) throw UsageError(options.output + ": cannot make this folder: " + error.message());
     return {.folder = output, .file = std::nullopt};

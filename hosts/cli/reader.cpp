@@ -172,11 +172,8 @@ Picture read(const std::filesystem::path& path, const ReadOptions& options, Prog
   const int sampleBytes = image.format() == VIPS_FORMAT_USHORT ? 2 : 1;
 
   std::vector<std::string> notes;
-  const int bits = headerInt(image, "bits-per-sample", 8 * sampleBytes);
-  if (image.get_typeof("palette-bit-depth") == G_TYPE_INT || image.get_typeof("palette") != 0) {
+  if (image.get_typeof("palette-bit-depth") == G_TYPE_INT) {
     notes.emplace_back("palette colours become full colours");
-  } else if (bits < 8) {
-    notes.emplace_back(std::to_string(bits) + "-bit samples become 8-bit ones");
   }
   if (colours == 4) {
     image = cmykToSrgb(image, notes);
