@@ -62,7 +62,7 @@ TEST_F(Files, WhatWouldLoseSomethingIsRefused) {
   pages.set(VIPS_META_PAGE_HEIGHT, 30);
   pages.tiffsave(path("pages.tif").c_str());
   pages.webpsave(path("moving.webp").c_str());
-  image.bandjoin(std::vector<VImage>{image, image}).tiffsave(path("bands.tif").c_str());
+  VImage::bandjoin({image, image, image}).tiffsave(path("bands.tif").c_str());
   pattern(40, 30, 4, 8).pngsave(path("alpha.png").c_str());
   expectRefused("float.tif", "samples");
   expectRefused("lab.tif", "only");

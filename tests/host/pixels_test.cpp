@@ -82,7 +82,7 @@ TEST_F(Pixels, GreyStaysGrey) {
   for (const int depth : {8, 16}) {
     const VImage grey = pattern(64, 48, 1, depth);
     grey.pngsave(path("grey.png").c_str());
-    grey.bandjoin(std::vector<VImage>{grey, grey})
+    VImage::bandjoin({grey, grey, grey})
         .copy(VImage::option()->set(
             "interpretation", depth == 8 ? VIPS_INTERPRETATION_sRGB : VIPS_INTERPRETATION_RGB16))
         .pngsave(path("rgb.png").c_str());
