@@ -37,6 +37,19 @@ void narrowBlock(L layout, const float* src, int srcStep, const Block& block, st
   }
 }
 
+// Cuts the colour samples of a block, from its first one on, to the top of the 16-bit range.
+template <class L>
+void cutColour(L /*layout*/, std::uint16_t* first, int rowStep, int w, int h) {
+  if constexpr (L::kSamples == 3) {
+    prim::primThreshold_GT_16u_C3IR(first, rowStep, w, h, kTop);
+  } else {
+    // Seen from its first colour, the fourth word of a pixel is the extra channel of the next one.
+    // The last pixel of the picture has no next one, so the last column is cut as three channels.
+    prim::primThreshold_GT_16u_AC4IR(first, rowStep, w - 1, h, kTop);
+    prim::primThreshold_GT_16u_C3IR(first + 4 * (w - 1), rowStep, 1, h, kTop);
+  }
+}
+
 }  // namespace
 
 int writeHostImage(IMG3<float>& image, int format, void* pixels, int rowStep) {
@@ -76,11 +89,7 @@ int writeHostPlanes(float* const planes[3], const int planeSteps[3], int width, 
         L::narrowPlane(src, planeSteps[c], plane, planeStep, w, h, primRndNear);
         put(plane, planeStep, first + c, rowStep, w, h);
       }
-      if constexpr (kDeep<L>) {
-        const auto cut =
-            L::kSamples == 3 ? prim::primThreshold_GT_16u_C3IR : prim::primThreshold_GT_16u_AC4IR;
-        cut(first, rowStep, w, h, kTop);
-      }
+      if constexpr (kDeep<L>) cutColour(layout, first, rowStep, w, h);
     });
   };
   return withLayout(format, write) ? 1 : 0;

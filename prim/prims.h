@@ -29,6 +29,7 @@
 #include "prim/grid.h"
 #include "prim/lut.h"
 #include "prim/memory.h"
+#include "prim/pyramid.h"
 #include "prim/rank.h"
 #include "prim/stats.h"
 #include "prim/threshold.h"

@@ -55,6 +55,24 @@ inline __m256 evaluate8(const SmallRegisters& r, __m256 x, __m256i segment) {
 }
 
 template <bool kCubic>
+inline __m512 lookUp16(const SmallRegisters& r, __m512 first, __m512 fifth, __m512 end, __m512 x) {
+  const __m512i one = _mm512_set1_epi32(1);
+  const __m512i two = _mm512_set1_epi32(2);
+  __m512i i = _mm512_maskz_set1_epi32(_mm512_cmp_ps_mask(fifth, x, _CMP_LE_OQ), 4);
+  __m512 probe = _mm512_permutexvar_ps(_mm512_or_epi32(i, two), r.levels);
+  i = _mm512_mask_or_epi32(i, _mm512_cmp_ps_mask(probe, x, _CMP_LE_OQ), i, two);
+  probe = _mm512_permutexvar_ps(_mm512_or_epi32(i, one), r.levels);
+  i = _mm512_mask_or_epi32(i, _mm512_cmp_ps_mask(probe, x, _CMP_LE_OQ), i, one);
+  const __mmask16 inside =
+      _mm512_mask_cmp_ps_mask(_mm512_cmp_ps_mask(first, x, _CMP_LE_OQ), x, end, _CMP_LT_OQ);
+  const __m256 low = evaluate8<kCubic>(r, _mm512_castps512_ps256(x), _mm512_castsi512_si256(i));
+  const __m256 high =
+      evaluate8<kCubic>(r, _mm512_extractf32x8_ps(x, 1), _mm512_extracti32x8_epi32(i, 1));
+  const __m512 out = _mm512_insertf32x8(_mm512_castps256_ps512(low), high, 1);
+  return _mm512_mask_mov_ps(x, inside, out);
+}
+
+template <bool kCubic>
 inline void lookUpSmall(const SmallTable& t, float* p, int width) {
   const SmallRegisters r = {_mm512_load_ps(t.levels), _mm512_load_pd(t.value),
                             _mm512_load_pd(t.level),  _mm512_load_pd(t.a),
@@ -62,25 +80,13 @@ inline void lookUpSmall(const SmallTable& t, float* p, int width) {
   const __m512 first = _mm512_set1_ps(t.levels[0]);
   const __m512 fifth = _mm512_set1_ps(t.levels[4]);
   const __m512 end = _mm512_set1_ps(t.end);
-  const __m512i one = _mm512_set1_epi32(1);
-  const __m512i two = _mm512_set1_epi32(2);
-  for (std::ptrdiff_t at = 0; at < width; at += 16) {
-    const std::ptrdiff_t left = width - at;
-    const __mmask16 present = left < 16 ? static_cast<__mmask16>((1u << left) - 1) : 0xFFFF;
-    const __m512 x = _mm512_maskz_loadu_ps(present, p + at);
-    __m512i i = _mm512_maskz_set1_epi32(_mm512_cmp_ps_mask(fifth, x, _CMP_LE_OQ), 4);
-    __m512 probe = _mm512_permutexvar_ps(_mm512_or_epi32(i, two), r.levels);
-    i = _mm512_mask_or_epi32(i, _mm512_cmp_ps_mask(probe, x, _CMP_LE_OQ), i, two);
-    probe = _mm512_permutexvar_ps(_mm512_or_epi32(i, one), r.levels);
-    i = _mm512_mask_or_epi32(i, _mm512_cmp_ps_mask(probe, x, _CMP_LE_OQ), i, one);
-    const __mmask16 inside =
-        _mm512_mask_cmp_ps_mask(_mm512_cmp_ps_mask(first, x, _CMP_LE_OQ), x, end, _CMP_LT_OQ);
-    const __m256 low = evaluate8<kCubic>(r, _mm512_castps512_ps256(x), _mm512_castsi512_si256(i));
-    const __m256 high =
-        evaluate8<kCubic>(r, _mm512_extractf32x8_ps(x, 1), _mm512_extracti32x8_epi32(i, 1));
-    const __m512 out = _mm512_insertf32x8(_mm512_castps256_ps512(low), high, 1);
-    _mm512_mask_storeu_ps(p + at, present, _mm512_mask_mov_ps(x, inside, out));
-  }
+  std::ptrdiff_t at = 0;
+  for (; at + 16 <= width; at += 16)
+    _mm512_storeu_ps(p + at, lookUp16<kCubic>(r, first, fifth, end, _mm512_loadu_ps(p + at)));
+  if (at == width) return;
+  const auto present = static_cast<__mmask16>((1u << (width - at)) - 1);
+  const __m512 x = _mm512_maskz_loadu_ps(present, p + at);
+  _mm512_mask_storeu_ps(p + at, present, lookUp16<kCubic>(r, first, fifth, end, x));
 }
 
 #elif defined(__AVX2__)

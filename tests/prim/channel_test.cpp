@@ -20,7 +20,7 @@ void expectEveryNth(Row<T> row, int from, int to) {
   constexpr int kBytes = sizeof(T);
   std::mt19937 rng(7);
   forEachBody([&](int column) {
-    for (int width = 1; width <= 140 && !::testing::Test::HasFailure(); ++width)
+    for (int width = 1; width <= 140 && !::testing::Test::HasFailure(); width = nextWidth(width))
       for (int odd = 0; odd < (kBytes == 4 ? 1 : 2); ++odd) {
         const int fromBytes = ((width - 1) * from + 1) * kBytes;
         const int toBytes = ((width - 1) * to + 1) * kBytes;

@@ -64,7 +64,7 @@ void expectRounded(Narrow<T> row, int channels) {
   std::uniform_real_distribution<float> any(-70000.0f, 70000.0f), small(-3.0f, 260.0f);
   forEachBody([&](int column) {
     for (int mode : {0, 1, 2, -1, INT_MIN})
-      for (int width = 1; width <= 70 && !::testing::Test::HasFailure(); ++width) {
+      for (int width = 1; width <= 80 && !::testing::Test::HasFailure(); width = nextWidth(width)) {
         const std::ptrdiff_t count = std::ptrdiff_t{width} * channels;
         const bool packed = width % 4 == 0;
         PagedImage src(count * 4, kHeight, stepOf<float>(count, packed), rng);
@@ -122,7 +122,7 @@ template <class T>
 void expectExact(Widen<T> row, int channels) {
   std::mt19937 rng(5);
   forEachBody([&](int column) {
-    for (int width = 1; width <= 70 && !::testing::Test::HasFailure(); ++width) {
+    for (int width = 1; width <= 80 && !::testing::Test::HasFailure(); width = nextWidth(width)) {
       const std::ptrdiff_t count = std::ptrdiff_t{width} * channels;
       const bool packed = width % 4 == 0;
       PagedImage src(count * std::ptrdiff_t{sizeof(T)}, kHeight, stepOf<T>(count, packed), rng,

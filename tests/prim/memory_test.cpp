@@ -17,7 +17,7 @@ constexpr int kHeight = 3;
 template <class Body>
 void forShapes(Body body) {
   forEachBody([&](int column) {
-    for (int width = 1; width <= 140 && !::testing::Test::HasFailure(); ++width)
+    for (int width = 1; width <= 140 && !::testing::Test::HasFailure(); width = nextWidth(width))
       body(column, width, width / 2 % 2);
   });
 }

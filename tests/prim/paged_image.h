@@ -72,6 +72,10 @@ class PagedImage {
   std::ptrdiff_t first_ = 0;
 };
 
+// Widths of a test: all up to the longest 32-bit vectors and their tails, some up to those of
+// bytes.
+inline int nextWidth(int width) { return width + (width < 40 ? 1 : 9); }
+
 // Calls body(column) for every distinct code body that this processor runs.
 template <class Body>
 void forEachBody(Body body) {
