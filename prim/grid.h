@@ -1,7 +1,7 @@
 #pragma once
 
-// Rows of pixels against a grid whose third axis is the pixel value: which cell of that axis a value
-// falls into, and the trilinear read of the grid at (column, row, value). For all of them:
+// Rows of pixels against a grid whose third axis is the pixel value: which cell of that axis a
+// value falls into, and the trilinear read of the grid at (column, row, value). For all of them:
 //
 // - One grid row is `columns` columns of `depth` cells, the cells of a column side by side.
 // - Single precision at every step, in the printed order; every body gives the same bits.
@@ -14,10 +14,10 @@ namespace vx::prim {
 
 /// How a value becomes a coordinate on the value axis.
 struct GridAxis {
-  bool clip;             ///< limit the value to `high` from above, then to `low` from below
-  float low;             ///< a NaN takes the limit `high`
+  bool clip;  ///< limit the value to `high` from above, then to `low` from below
+  float low;  ///< a NaN takes the limit `high`
   float high;
-  float origin;          ///< coordinate = (value - origin) * scale + offset
+  float origin;  ///< coordinate = (value - origin) * scale + offset
   float scale;
   float offset;
   std::uint8_t topCell;  ///< cells of primvGridCells_32f8u end here; reads end at 255

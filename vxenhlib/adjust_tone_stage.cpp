@@ -33,7 +33,7 @@ class StageRun {
         height_(image.roiHeight),
         step_(image.step),
         pixelStep_(width_ * 3 * static_cast<int>(sizeof(float))),
-        rows_(std::min(bandRows(stage.bandHeight, width_), height_)) {}
+        rows_(bandRows(stage.bandHeight, width_, height_)) {}
 
   bool begin() {
     const auto pixels = static_cast<std::size_t>(width_) * static_cast<std::size_t>(rows_);

@@ -6,13 +6,14 @@
 
 namespace vx {
 
-/// Tone, sharpness, saturation and hue of one float RGB image. The image goes through hue, lightness
-/// and saturation: lightness is sharpened and then treated by LightnessTone, saturation by
-/// SaturationTone, hue is rotated.
+/// Tone, sharpness, saturation and hue of one float RGB image. The image goes through hue,
+/// lightness and saturation: lightness is sharpened and then treated by LightnessTone, saturation
+/// by SaturationTone, hue is rotated.
 ///
 /// The stage walks the image in bands of rows. Between its front pass (conversion, sharpening, and
-/// what the first histograms collect) and its back pass (last curves, hue, clip, conversion) the rows
-/// of the image hold three planes side by side, so that only the detail layer needs a plane more.
+/// what the first histograms collect) and its back pass (last curves, hue, clip, conversion) the
+/// rows of the image hold three planes side by side, so that only the detail layer needs a plane
+/// more.
 class AdjustToneStage {
  public:
   float sharpenAmount = 1.0f;  ///< gain of the sharpening; off within 0.001 of 1

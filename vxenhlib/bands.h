@@ -9,18 +9,18 @@
 #include "vxenhlib/aligned_array.h"
 #include "vxenhlib/plane_view.h"
 
-// Stages run their chain of steps over bands of rows that stay in the second-level cache: a pass over
-// a plane in memory costs four times as much as one in cache, whatever it computes. No result
+// Stages run their chain of steps over bands of rows that stay in the second-level cache: a pass
+// over a plane in memory costs four times as much as one in cache, whatever it computes. No result
 // depends on the height of a band.
 
 namespace vx {
 
 /// Rows of a band: `requested`, or when that is below 1 as many as keep the widest stage (about 40
-/// bytes per pixel in work) within 256 KB.
-inline int bandRows(int requested, int width) {
-  if (requested > 0) return requested;
+/// bytes per pixel in work) within 256 KB; never more than `height`.
+inline int bandRows(int requested, int width, int height) {
   constexpr int kBandPixels = 256 * 1024 / 40;
-  return std::clamp(kBandPixels / std::max(width, 1), 2, 64);
+  const int rows = requested > 0 ? requested : std::clamp(kBandPixels / std::max(width, 1), 2, 64);
+  return std::clamp(rows, 1, std::max(height, 1));
 }
 
 inline int bandCount(int height, int rows) {
@@ -39,8 +39,8 @@ void forEachBand(int height, int rows, const Work& work) {
 /// Threads that parallelBands may use now: its slots lie below.
 inline int bandSlots() { return std::max(omp_get_max_threads(), 1); }
 
-/// Calls work(y, count, slot) for each band, on the team of threads; `slot` tells the scratch of the
-/// threads apart.
+/// Calls work(y, count, slot) for each band, on the team of threads; `slot` tells the scratch of
+/// the threads apart.
 template <class Work>
 void parallelBands(int height, int rows, const Work& work) {
   if (bandSlots() == 1) {

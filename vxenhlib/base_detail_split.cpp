@@ -26,7 +26,7 @@ bool BaseDetailSplit::begin(const PlaneView& plane, const PlaneView& detail, flo
   if (plane.empty() || detail.empty()) return false;
   plane_ = plane;
   detail_ = detail;
-  rows_ = bandRows(bandHeight, plane.width);
+  rows_ = bandRows(bandHeight, plane.width, plane.height);
   twoPasses_ = rangeStep >= kTwoPassRange;
   return setUp(first_, plane, spatialStep, rangeStep) &&
          (!twoPasses_ || setUp(second_, plane, spatialStep, rangeStep * kFineRange)) &&
@@ -76,7 +76,7 @@ void splitBaseDetail(const PlaneView& plane, const PlaneView& detail, float rang
     prim::primSet_32f_C1R(0.0f, detail.data, detail.step, detail.width, detail.height);
     return;
   }
-  forEachBand(plane.height, bandRows(bandHeight, plane.width),
+  forEachBand(plane.height, bandRows(bandHeight, plane.width, plane.height),
               [&](int y, int count) { split.collect(y, count); });
   split.run([](int, int, int) {});
 }

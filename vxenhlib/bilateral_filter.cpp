@@ -36,8 +36,8 @@ int BilateralFilter::setupGrid(int width, int height, float newRangeMin, float n
   spatialSample = newSpatialSample;
   rangeSample = newRangeSample;
   firstFrame = 1;
-  const GridShape wanted = gridShape(width, height, rangeMin, rangeMax, spatialSample, rangeSample,
-                                     kDeepest);
+  const GridShape wanted =
+      gridShape(width, height, rangeMin, rangeMax, spatialSample, rangeSample, kDeepest);
   if (wanted != shape() || newTemporal != temporal || resized || gridWidth == 0) {
     releaseGrid();
     temporal = newTemporal;
@@ -86,10 +86,9 @@ int BilateralFilter::filter(GIMG<float>& data, GIMG<float>& guide, float tempora
     return kVxrcSizeMismatch;
   if (values.empty() || keys.empty()) return kVxrcOk;
   if (!startSplat()) return kVxrcNoMemory;
-  const int rows = bandRows(bandHeight, imageWidth);
-  forEachBand(imageHeight, rows, [&](int y, int count) {
-    splatRows(y, values.rows(y, count), keys.rows(y, count));
-  });
+  const int rows = bandRows(bandHeight, imageWidth, imageHeight);
+  forEachBand(imageHeight, rows,
+              [&](int y, int count) { splatRows(y, values.rows(y, count), keys.rows(y, count)); });
   endSplat(temporalBlend);
   parallelBands(imageHeight, rows, [&](int y, int count, int slot) {
     for (int i = y; i < y + count; ++i) readRow(i, keys.row(i), values.row(i), slot);

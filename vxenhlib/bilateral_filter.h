@@ -8,18 +8,18 @@
 
 namespace vx {
 
-/// An edge-preserving smoother for one plane. The plane is splatted into a coarse grid over x, y and
-/// the value of a guide, the grid is blurred by a fixed kernel and normalised, and each pixel is read
-/// back by trilinear interpolation at its place and guide value. The guide decides in which cell a
-/// pixel falls; it may be the plane itself.
+/// An edge-preserving smoother for one plane. The plane is splatted into a coarse grid over x, y
+/// and the value of a guide, the grid is blurred by a fixed kernel and normalised, and each pixel
+/// is read back by trilinear interpolation at its place and guide value. The guide decides in which
+/// cell a pixel falls; it may be the plane itself.
 ///
 /// Method: J. Chen, S. Paris, F. Durand, "Real-time edge-aware image processing with the bilateral
 /// grid", 2007.
 ///
 /// Cost: one pass over the pixels to splat and one to read; the grid work is proportional to the
 /// pixels over spatialSample squared. A guide value exactly at rangeMax with 1 / rangeSample whole
-/// falls into the layer of cells that the blur overwrites: a flat plane of exactly 1.0 does not come
-/// back, one below does.
+/// falls into the layer of cells that the blur overwrites: a flat plane of exactly 1.0 does not
+/// come back, one below does.
 ///
 /// Belongs to one thread, which opens the parallel loops (blurs and read); the splat stays on it.
 class BilateralFilter {
@@ -43,7 +43,8 @@ class BilateralFilter {
 
   /// Fixes the geometry. Memory is kept when the grid keeps its size and the plane its own.
   ///
-  /// @return kVxrcBadSetup for a spatialSample below 2, with nothing changed; kVxrcNoMemory when the
+  /// @return kVxrcBadSetup for a spatialSample below 2, with nothing changed; kVxrcNoMemory when
+  /// the
   ///   grid cannot be had, also for a range without cells: the sizes are 0 and filter() answers
   ///   kVxrcSizeMismatch
   int setupGrid(int width, int height, float rangeMin, float rangeMax, int spatialSample,

@@ -93,7 +93,7 @@ int BilateralLocalHistEq::equalize(GIMG<float>& image, float strength, float tem
     return kVxrcSizeMismatch;
   if (plane.empty()) return kVxrcOk;
   if (!startCount()) return kVxrcNoMemory;
-  const int rows = bandRows(bandHeight, imageWidth);
+  const int rows = bandRows(bandHeight, imageWidth, imageHeight);
   forEachBand(imageHeight, rows, [&](int y, int count) { countRows(y, plane.rows(y, count)); });
   endCount(strength, temporalBlend, newClipScale);
   parallelBands(imageHeight, rows, [&](int y, int count, int slot) {
@@ -153,12 +153,13 @@ void BilateralLocalHistEq::endCount(float strength, float temporalBlend, float n
   std::fill(histGrid_.data() + plane * static_cast<std::size_t>(gridRow_),
             histGrid_.data() + cells.cells() + kSpareCells, kEmptyBin);
 
-  const auto gridRow = [&](int y) { return histGrid_.data() + plane * static_cast<std::size_t>(y); };
+  const auto gridRow = [&](int y) {
+    return histGrid_.data() + plane * static_cast<std::size_t>(y);
+  };
   parallelFor(0, gridHeight, [&](int y) {
     clipHistograms(gridRow(y), gridWidth, gridDepth, {clipScale, clipFactor});
     if (strength < 0.99f)
-      flattenHistograms(gridRow(y), gridWidth, gridDepth, strength,
-                        gridDepth - 2 * kRangePad - 2);
+      flattenHistograms(gridRow(y), gridWidth, gridDepth, strength, gridDepth - 2 * kRangePad - 2);
   });
   blurGrid(histGrid_.data(), scratchGrid_.data(), cells);
   fillEmphasis();

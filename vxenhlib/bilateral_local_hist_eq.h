@@ -49,11 +49,12 @@ class BilateralLocalHistEq {
 
   /// Fixes the geometry and the form of the curves. Memory is kept as in BilateralFilter.
   ///
-  /// @return kVxrcBadSetup for a spatialSample below 2, with nothing changed; kVxrcNoMemory when the
+  /// @return kVxrcBadSetup for a spatialSample below 2, with nothing changed; kVxrcNoMemory when
+  /// the
   ///   grid cannot be had: the sizes are 0 and equalize() answers kVxrcSizeMismatch
   int setupGrid(int width, int height, float rangeMin, float rangeMax, int spatialSample,
-                float rangeSample, float outLow, float outScale, float peakGain,
-                float peakPosition, int temporal);
+                float rangeSample, float outLow, float outScale, float peakGain, float peakPosition,
+                int temporal);
 
   /// Replaces `image` by its equalised version.
   ///
@@ -67,8 +68,8 @@ class BilateralLocalHistEq {
   /// Frees all memory. The next setupGrid() allocates afresh.
   void releaseGrid();
 
-  // The steps of equalize(), for stages that do other work on the same rows while they are in cache:
-  // startCount(), countRows() from the top row down, endCount(), then readRow() for any row.
+  // The steps of equalize(), for stages that do other work on the same rows while they are in
+  // cache: startCount(), countRows() from the top row down, endCount(), then readRow() for any row.
 
   /// True when a count may follow.
   bool startCount();

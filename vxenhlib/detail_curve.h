@@ -6,8 +6,9 @@
 
 namespace vx {
 
-/// Reshapes the magnitude of a detail layer by a power curve relative to the strongest detail of the
-/// image, which keeps its size: with M = |D| + 1e-12 and m the largest M, D = (D / M) * curve(M).
+/// Reshapes the magnitude of a detail layer by a power curve relative to the strongest detail of
+/// the image, which keeps its size: with M = |D| + 1e-12 and m the largest M, D = (D / M) *
+/// curve(M).
 class DetailCurve {
  public:
   /// Room for bands of up to `rows` rows; false when memory is short.

@@ -30,7 +30,8 @@ void blurGrid(float* grid, float* scratch, const GridShape& shape) {
   copyPlane(shape.height - 3, shape.height - 2);
   parallelFor(1, shape.height - 1, [&](int y) {
     for (int x = 0; x < rows; ++x) {
-      const std::size_t at = inner + static_cast<std::size_t>(x) * static_cast<std::size_t>(shape.depth);
+      const std::size_t at =
+          inner + static_cast<std::size_t>(x) * static_cast<std::size_t>(shape.depth);
       const float* mid = planeOf(scratch, y) + at;
       const float* above = planeOf(scratch, y - 1) + at;
       const float* below = planeOf(scratch, y + 1) + at;

@@ -2,9 +2,9 @@
 
 namespace vx {
 
-// Steps of the local equalisation on one row of grid columns: `columns` columns of `depth` bins, one
-// after the other. Sums run over a column in the order of its bins; several columns are taken side
-// by side, since each sum is a chain of dependent additions.
+// Steps of the local equalisation on one row of grid columns: `columns` columns of `depth` bins,
+// one after the other. Sums run over a column in the order of its bins; several columns are taken
+// side by side, since each sum is a chain of dependent additions.
 
 struct HistogramClip {
   float clipScale;   ///< share of the clip limit, 0 to 1; above 0.8 the limit climbs to the peak

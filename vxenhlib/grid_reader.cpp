@@ -10,14 +10,14 @@ int packedDepth(const GridShape& shape) { return std::min(shape.depth, kUsedDept
 }  // namespace
 
 bool GridReader::reserve(int imageWidth, const GridShape& shape) {
-  const std::size_t cells = static_cast<std::size_t>(shape.width) *
-                                static_cast<std::size_t>(packedDepth(shape)) +
-                            kSpareCells;
+  const std::size_t cells =
+      static_cast<std::size_t>(shape.width) * static_cast<std::size_t>(packedDepth(shape)) +
+      kSpareCells;
   return columns_.reserve(imageWidth) && packed_.reserve(4 * cells) && packedRow_.reserve(1);
 }
 
-void GridReader::begin(const float* grid, const GridShape& shape, int spatialSample,
-                       int imageWidth, const prim::GridAxis& axis) {
+void GridReader::begin(const float* grid, const GridShape& shape, int spatialSample, int imageWidth,
+                       const prim::GridAxis& axis) {
   grid_ = grid;
   shape_ = shape;
   spatialSample_ = spatialSample;
@@ -37,7 +37,8 @@ void GridReader::pack(int gridRow, int slot) {
   const int lastColumn = shape_.width - 3;
   if (shape_.depth < kUsedDepth) {
     // One run over all columns: a bin beyond its column reads the columns that follow.
-    prim::primvGridPack_32f(near, far, shape_.depth, packed, lastColumn * shape_.depth + kUsedDepth);
+    prim::primvGridPack_32f(near, far, shape_.depth, packed,
+                            lastColumn * shape_.depth + kUsedDepth);
     return;
   }
   for (int x = 0; x <= lastColumn; ++x) {

@@ -7,8 +7,8 @@
 namespace vx {
 
 /// Reads a grid back at every pixel by trilinear interpolation. The two grid rows that an image row
-/// lies between change only every `spatialSample` rows; they are repacked once (prim/grid.h) and kept
-/// per thread.
+/// lies between change only every `spatialSample` rows; they are repacked once (prim/grid.h) and
+/// kept per thread.
 class GridReader {
  public:
   /// Memory for the threads of the team as it is now; false when it is short.

@@ -12,8 +12,8 @@ namespace vx {
 inline constexpr int kSpatialPad = 1;
 inline constexpr int kRangePad = 1;
 
-/// Bins are bytes and a read takes the cell above its bin: no column is used beyond this depth, plus
-/// one cell that a bin's neighbourhood blurs in and the two of the padding.
+/// Bins are bytes and a read takes the cell above its bin: no column is used beyond this depth,
+/// plus one cell that a bin's neighbourhood blurs in and the two of the padding.
 inline constexpr int kUsedDepth = 257;
 inline constexpr int kDeepest = 260;
 
@@ -35,14 +35,15 @@ struct GridShape {
   std::size_t cells() const { return planeCells() * static_cast<std::size_t>(height); }
 };
 
-/// The shape for a plane of width by height: one cell per `spatialSample` pixels begun, plus 2, plus
-/// the padding; along the value one cell per `rangeSample` begun, plus 2, plus the padding, but at
-/// most `deepest`. All zero when no such grid can be held (a size that is not positive, or a plane of
-/// the grid with more cells than an int counts).
+/// The shape for a plane of width by height: one cell per `spatialSample` pixels begun, plus 2,
+/// plus the padding; along the value one cell per `rangeSample` begun, plus 2, plus the padding,
+/// but at most `deepest`. All zero when no such grid can be held (a size that is not positive, or a
+/// plane of the grid with more cells than an int counts).
 GridShape gridShape(int width, int height, float rangeMin, float rangeMax, int spatialSample,
                     float rangeSample, int deepest);
 
-/// The value axis of a grid: coordinate = (value - rangeMin) * ((rangeMax - rangeMin) / rangeSample)
+/// The value axis of a grid: coordinate = (value - rangeMin) * ((rangeMax - rangeMin) /
+/// rangeSample)
 /// + offset. The factor is the span over the step, not one over the step: for a span other than 1
 /// the coordinates stretch by the span.
 prim::GridAxis gridAxis(float rangeMin, float rangeMax, float rangeSample, float offset, bool clip);
@@ -63,7 +64,8 @@ class GridColumns {
   AlignedArray<float> fraction_;
 };
 
-/// Position of pixel `i` along an axis of `cells` cells: the cell before it and the way to the next.
+/// Position of pixel `i` along an axis of `cells` cells: the cell before it and the way to the
+/// next.
 struct GridPosition {
   int cell;
   float fraction;

@@ -8,12 +8,12 @@ namespace vx {
 /// Visits the pixels of one image row cell column by cell column: add(cell, x) with cell = column *
 /// depth + bins[x], column counting from 0 in steps of `spatialSample` pixels.
 ///
-/// With `columnsApart` promised (every bin below `depth`), up to eight columns are walked in turn, so
-/// that a run of equal bins is not one long chain of additions through the same cell; the order
+/// With `columnsApart` promised (every bin below `depth`), up to eight columns are walked in turn,
+/// so that a run of equal bins is not one long chain of additions through the same cell; the order
 /// within each cell stays that of x.
 template <class Add>
-void walkCells(const std::uint8_t* bins, int width, int spatialSample, int depth,
-               bool columnsApart, const Add& add);
+void walkCells(const std::uint8_t* bins, int width, int spatialSample, int depth, bool columnsApart,
+               const Add& add);
 
 namespace detail {
 
@@ -31,8 +31,8 @@ inline void walkColumns(const std::uint8_t* bins, std::ptrdiff_t x, std::ptrdiff
 }  // namespace detail
 
 template <class Add>
-void walkCells(const std::uint8_t* bins, int width, int spatialSample, int depth,
-               bool columnsApart, const Add& add) {
+void walkCells(const std::uint8_t* bins, int width, int spatialSample, int depth, bool columnsApart,
+               const Add& add) {
   const int whole = width / spatialSample;
   const auto at = [&](int column) { return std::ptrdiff_t{column} * spatialSample; };
   const auto cell = [&](int column) { return std::ptrdiff_t{column} * depth; };

@@ -9,10 +9,10 @@
 
 namespace vx {
 
-/// One plane on its way through LightnessTone. A histogram, a splat or a maximum over the whole plane
-/// ends a pass; everything between two of them is done band by band, so that the stage around it can
-/// join the ends: collect() for rows as they become ready, from the top down, then process(), then
-/// finish() for rows in any order.
+/// One plane on its way through LightnessTone. A histogram, a splat or a maximum over the whole
+/// plane ends a pass; everything between two of them is done band by band, so that the stage around
+/// it can join the ends: collect() for rows as they become ready, from the top down, then
+/// process(), then finish() for rows in any order.
 class LightnessPass {
  public:
   /// The plane must stay where it is.

@@ -21,8 +21,8 @@ float gammaExponent(float control) {
 }
 
 bool wantsDetail(const LightnessTone& tone) {
-  return tone.detailRange > 0.0001f && (std::fabs(tone.detailGain - 1.0f) > 1e-5f ||
-                                        std::fabs(tone.detailGamma - 1.0f) > 1e-4f);
+  return tone.detailRange > 0.0001f &&
+         (std::fabs(tone.detailGain - 1.0f) > 1e-5f || std::fabs(tone.detailGamma - 1.0f) > 1e-4f);
 }
 
 }  // namespace
@@ -30,7 +30,7 @@ bool wantsDetail(const LightnessTone& tone) {
 int LightnessTone::apply(GIMG<float>& image) const {
   const PlaneView plane(image);
   if (plane.empty()) return 0;
-  const int rows = bandRows(bandHeight, plane.width);
+  const int rows = bandRows(bandHeight, plane.width, plane.height);
   LightnessPass pass(*this, plane);
   forEachBand(plane.height, rows, [&](int y, int count) { pass.collect(y, count); });
   pass.process();
@@ -45,7 +45,7 @@ void LightnessTone::splitBaseDetail(GIMG<float>& plane, GIMG<float>& detail) con
 LightnessPass::LightnessPass(const LightnessTone& tone, const PlaneView& plane)
     : tone_(tone), plane_(plane) {
   if (plane.empty()) return;
-  rows_ = bandRows(tone.bandHeight, plane.width);
+  rows_ = bandRows(tone.bandHeight, plane.width, plane.height);
   useGamma_ = std::fabs(tone.gamma) > 0.0001f;
   if (useGamma_) gammaCurve_ = PowerCurve(kGammaTop, gammaExponent(tone.gamma));
   if (tone.eqStrength > 0.01f && tone.eqSample > 3) {
@@ -65,7 +65,7 @@ void LightnessPass::startSplit() {
   detail_ = {detailMemory_.data(), plane_.width * 4, plane_.width, plane_.height};
   useDetail_ =
       split_.begin(plane_, detail_, tone_.detailRange, tone_.detailSample, tone_.bandHeight) &&
-      detailCurve_.reserve(plane_.width, std::max(rows_, 1)) && magnitudes_.reserve(width);
+      detailCurve_.reserve(plane_.width, rows_) && magnitudes_.reserve(width);
 }
 
 void LightnessPass::collect(int y, int count) {

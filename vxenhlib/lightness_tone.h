@@ -4,8 +4,9 @@
 
 namespace vx {
 
-/// What is done to the lightness plane: local equalisation, a gamma on the plane or on its base layer,
-/// and a reshaping of the detail layer, in this order. Steps below their threshold are skipped.
+/// What is done to the lightness plane: local equalisation, a gamma on the plane or on its base
+/// layer, and a reshaping of the detail layer, in this order. Steps below their threshold are
+/// skipped.
 ///
 /// Method of the split: F. Durand, J. Dorsey, "Fast bilateral filtering for the display of
 /// high-dynamic-range images", 2002.
@@ -24,8 +25,8 @@ class LightnessTone {
   float detailGamma = 1.0f;  ///< exponent on its magnitude; below 1 lifts weak detail
   int bandHeight = 0;        ///< rows taken at a time; 0: by the width
 
-  /// Replaces the plane, values in 0 to 1; the result may leave that range. Returns 0. A step without
-  /// memory is left out.
+  /// Replaces the plane, values in 0 to 1; the result may leave that range. Returns 0. A step
+  /// without memory is left out.
   int apply(GIMG<float>& plane) const;
 
   /// plane = its base layer, detail = plane - base, with the steps of this object.

@@ -43,7 +43,8 @@ class DetailLayer {
   // Splits the plane; false, with the plane untouched, when memory is short.
   bool split(const SaturationTone& tone, const PlaneView& plane, int rows) {
     const auto width = static_cast<std::size_t>(plane.width);
-    if (plane.width > INT_MAX / 4 || !memory_.reserve(width * static_cast<std::size_t>(plane.height)))
+    if (plane.width > INT_MAX / 4 ||
+        !memory_.reserve(width * static_cast<std::size_t>(plane.height)))
       return false;
     detail_ = {memory_.data(), plane.width * 4, plane.width, plane.height};
     BaseDetailSplit split;
@@ -102,7 +103,7 @@ void reshape(SaturationTone& tone, const PlaneView& plane, int rows) {
 int SaturationTone::apply(GIMG<float>& image) {
   const PlaneView plane(image);
   if (plane.empty()) return 0;
-  const int rows = bandRows(bandHeight, plane.width);
+  const int rows = bandRows(bandHeight, plane.width, plane.height);
   SaturationPass pass(*this, plane);
   forEachBand(plane.height, rows, [&](int y, int count) { pass.collect(y, count); });
   pass.process();
@@ -140,7 +141,7 @@ void SaturationTone::buildCurve() {
 SaturationPass::SaturationPass(SaturationTone& tone, const PlaneView& plane)
     : tone_(tone), plane_(plane) {
   if (plane.empty()) return;
-  rows_ = bandRows(tone.bandHeight, plane.width);
+  rows_ = bandRows(tone.bandHeight, plane.width, plane.height);
   useGamma_ = tone.mode == 0 && differs(tone.gamma, 1.0f, 0.0001f);
   if (tone.eqStrength > 0.01f && tone.eqSample > 3) {
     // The whole range, nothing emphasised, nothing clipped.

@@ -4,8 +4,8 @@
 
 namespace vx {
 
-/// A power curve through nine points: level(i) = (top * i) / 8, value(i) = pow(i / 8, exponent) * top.
-/// Between the points runs a cubic; values outside 0..top stay as they are.
+/// A power curve through nine points: level(i) = (top * i) / 8, value(i) = pow(i / 8, exponent) *
+/// top. Between the points runs a cubic; values outside 0..top stay as they are.
 class PowerCurve {
  public:
   PowerCurve(float top, float exponent);

@@ -16,9 +16,8 @@ namespace {
 // Rows of `width` floats, padded as images are; empty when memory is short.
 PlaneView allocateRows(AlignedArray<float>& memory, int width, int rows) {
   const std::int64_t step = (std::int64_t{width} + 7) / 8 * 32;
-  if (step > INT_MAX ||
-      !memory.reserve(static_cast<std::size_t>(step) / sizeof(float) *
-                      static_cast<std::size_t>(rows)))
+  if (step > INT_MAX || !memory.reserve(static_cast<std::size_t>(step) / sizeof(float) *
+                                        static_cast<std::size_t>(rows)))
     return {};
   return {memory.data(), static_cast<int>(step), width, rows};
 }
@@ -30,13 +29,14 @@ bool UnsharpMask::active() const { return std::fabs(amount - 1.0f) > 0.001f && s
 int UnsharpMask::apply(GIMG<float>& image) const {
   const PlaneView plane(image);
   if (!active() || plane.empty()) return 0;
-  const int rows = bandRows(bandHeight, plane.width);
+  const int rows = bandRows(bandHeight, plane.width, plane.height);
   UnsharpRows unsharp;
   if (!unsharp.begin(*this, plane.width, plane.height, rows)) return 0;
   forEachBand(plane.height, rows, [&](int y, int count) {
     const PlaneView in = unsharp.input(count);
     for (int i = 0; i < count; ++i)
-      std::memcpy(in.row(i), plane.row(y + i), static_cast<std::size_t>(plane.width) * sizeof(float));
+      std::memcpy(in.row(i), plane.row(y + i),
+                  static_cast<std::size_t>(plane.width) * sizeof(float));
     int first = 0;
     unsharp.advance(plane, &first);
   });
@@ -85,8 +85,7 @@ int UnsharpRows::advance(const PlaneView& plane, int* first) {
   const std::size_t rowBytes = static_cast<std::size_t>(width_) * sizeof(float);
   if (arrived_ == 0) {
     firstKept_ = -kReach;
-    for (int i = 0; i < kReach; ++i)
-      std::memcpy(window_.row(i), window_.row(kReach), rowBytes);
+    for (int i = 0; i < kReach; ++i) std::memcpy(window_.row(i), window_.row(kReach), rowBytes);
   }
   arrived_ += pending_;
   pending_ = 0;
@@ -112,7 +111,8 @@ int UnsharpRows::advance(const PlaneView& plane, int* first) {
   const PlaneView out = plane.rows(finished_, count);
   prim::primSub_32f_C1R(blur_.data, blur_.step, in.data, in.step, inner, wide.step, width_, count);
   prim::primMulC_32f_C1IR(amount_, inner, wide.step, width_, count);
-  prim::primAdd_32f_C1R(blur_.data, blur_.step, inner, wide.step, out.data, out.step, width_, count);
+  prim::primAdd_32f_C1R(blur_.data, blur_.step, inner, wide.step, out.data, out.step, width_,
+                        count);
   finished_ = last;
   return count;
 }

@@ -44,9 +44,9 @@ class UnsharpRows {
   float amount_ = 1.0f;
   int width_ = 0;
   int height_ = 0;
-  int arrived_ = 0;   // rows of the plane written so far
-  int pending_ = 0;   // rows handed out by input()
-  int finished_ = 0;  // rows of the result
+  int arrived_ = 0;    // rows of the plane written so far
+  int pending_ = 0;    // rows handed out by input()
+  int finished_ = 0;   // rows of the result
   int firstKept_ = 0;  // plane row in the first row of window_
   AlignedArray<float> windowMemory_;
   AlignedArray<float> columnMemory_;

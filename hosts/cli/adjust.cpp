@@ -21,12 +21,12 @@ void adjust(Raster& raster, const AdjustSettings& s, int previewScale, Progress&
   int result = 0;
   try {
     result = vxAdjustRgb(raster.pixels(), raster.depth() == 8 ? kRgb8 : kRgb16, raster.rowBytes(),
-                         raster.paddedWidth(), raster.paddedHeight(), previewScale, nullptr, nullptr,
-                         onProgress, &progress, s.lumaEqAmount, s.lumaEqRadius, s.lumaEqPeakGain,
-                         s.lumaGamma, s.lumaEqTopCut, s.lumaEqFloor, s.lumaDetailRange,
-                         s.lumaDetailRadius, s.lumaDetailGamma, s.lumaDetailGain, s.sharpenAmount,
-                         s.satEqAmount, s.satEqRadius, s.satContrast, s.satGamma, s.hueShift, 0,
-                         nullptr, 0, 0, 0);
+                         raster.paddedWidth(), raster.paddedHeight(), previewScale, nullptr,
+                         nullptr, onProgress, &progress, s.lumaEqAmount, s.lumaEqRadius,
+                         s.lumaEqPeakGain, s.lumaGamma, s.lumaEqTopCut, s.lumaEqFloor,
+                         s.lumaDetailRange, s.lumaDetailRadius, s.lumaDetailGamma, s.lumaDetailGain,
+                         s.sharpenAmount, s.satEqAmount, s.satEqRadius, s.satContrast, s.satGamma,
+                         s.hueShift, 0, nullptr, 0, 0, 0);
   } catch (...) {
     // The library lets nothing out but a failed allocation.
     throw FileError("not enough memory to enhance a picture of this size");
@@ -44,7 +44,8 @@ AdjustCommand::AdjustCommand(CLI::App& program)
   const auto help = [](const std::string& text) { return wrapped(text, kHelpWidth); };
   const char* group = "Presets";
   std::string shipped;
-  for (const std::string& name : shippedPresets()) shipped += (shipped.empty() ? ": " : ", ") + name;
+  for (const std::string& name : shippedPresets())
+    shipped += (shipped.empty() ? ": " : ", ") + name;
   command_
       ->add_option("--preset", presets_,
                    help("Settings from a file, or one of the shipped ones by name" + shipped +
@@ -99,11 +100,12 @@ int AdjustCommand::run() {
     }
     if (files_.inputs.empty()) return kExitDone;
   }
-  return runBatch(files_, {.verb = "enhancing",
-                           .settings = describe(chosen),
-                           .apply = [&chosen](Raster& raster, int previewScale, Progress& progress) {
-                             adjust(raster, chosen, previewScale, progress);
-                           }});
+  return runBatch(files_,
+                  {.verb = "enhancing",
+                   .settings = describe(chosen),
+                   .apply = [&chosen](Raster& raster, int previewScale, Progress& progress) {
+                     adjust(raster, chosen, previewScale, progress);
+                   }});
 }
 
 }  // namespace vx::cli

@@ -44,7 +44,8 @@ void report(const Job& job, const Treatment& treatment, int width, int height, i
   const double total = time.reading + time.treating + time.writing;
   std::printf("%s -> %s\n", job.input.c_str(), job.output.c_str());
   std::printf("  settings  %s\n", treatment.settings.c_str());
-  std::printf("  picture   %d x %d (%.1f megapixels), %d bits", width, height, pixels / 1e6, inDepth);
+  std::printf("  picture   %d x %d (%.1f megapixels), %d bits", width, height, pixels / 1e6,
+              inDepth);
   if (inDepth != outDepth) std::printf(" -> %d bits", outDepth);
   std::printf("\n  seconds   %.2f (reading %.2f, %s %.2f, writing %.2f)\n", total, time.reading,
               treatment.verb.c_str(), time.treating, time.writing);
@@ -58,7 +59,8 @@ void report(const Job& job, const Treatment& treatment, int width, int height, i
   std::fflush(stdout);
 }
 
-void runJob(const Job& job, const FileOptions& options, const Treatment& treatment, Progress& progress) {
+void runJob(const Job& job, const FileOptions& options, const Treatment& treatment,
+            Progress& progress) {
   if (!job.refusal.empty()) throw FileError(job.refusal);
   try {
     checkWritable(job.output, options.force);
@@ -121,7 +123,8 @@ int runBatch(const FileOptions& options, const Treatment& treatment) {
   bool failed = false;
   for (std::size_t i = 0; i < jobs.size(); ++i) {
     const Job& job = jobs[i];
-    const std::string count = jobs.size() > 1 ? std::to_string(i + 1) + "/" + std::to_string(jobs.size()) + " " : "";
+    const std::string count =
+        jobs.size() > 1 ? std::to_string(i + 1) + "/" + std::to_string(jobs.size()) + " " : "";
     progress.beginPicture(count + job.input.filename().string());
     try {
       throwIfCancelled();

@@ -12,7 +12,8 @@ namespace {
 
 std::atomic<bool> requested{false};
 std::atomic<const char*> partFile{nullptr};
-static_assert(std::atomic<bool>::is_always_lock_free && std::atomic<const char*>::is_always_lock_free,
+static_assert(std::atomic<bool>::is_always_lock_free &&
+                  std::atomic<const char*>::is_always_lock_free,
               "used in a signal handler");
 
 void onSignal(int) {

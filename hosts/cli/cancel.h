@@ -1,5 +1,5 @@
-// Leaving on SIGINT, SIGTERM or SIGHUP: the first asks the work to stop at its next callback, the second
-// leaves at once. Neither leaves a file that is not finished.
+// Leaving on SIGINT, SIGTERM or SIGHUP: the first asks the work to stop at its next callback, the
+// second leaves at once. Neither leaves a file that is not finished.
 #pragma once
 
 namespace vx::cli {

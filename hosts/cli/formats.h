@@ -1,4 +1,5 @@
-// The four picture formats: by content for inputs, by extension for outputs, and what each can hold.
+// The four picture formats: by content for inputs, by extension for outputs, and what each can
+// hold.
 #pragma once
 
 #include <filesystem>

@@ -19,7 +19,8 @@ GLogWriterOutput dropLog(GLogLevelFlags, const GLogField*, gsize, gpointer) {
 void startLibraries(const char* program, bool verbose) {
   // libvips' warnings would stand between our lines; what matters comes back as an error.
   g_log_set_writer_func(dropLog, nullptr, nullptr);
-  if (vips_init(program) != 0) throw FileError(std::string("libvips does not start: ") + vips_error_buffer());
+  if (vips_init(program) != 0)
+    throw FileError(std::string("libvips does not start: ") + vips_error_buffer());
   // Every picture is read once.
   vips_cache_set_max(0);
   initialiseMetadata(verbose);
@@ -33,8 +34,9 @@ int usage(const std::string& reason) {
 }
 
 int run(int argc, char** argv) {
-  CLI::App program("Makes photographs better.\n\nExample: vxicore adjust photo.jpg -o better.jpg --preset vivid",
-                   "vxicore");
+  CLI::App program(
+      "Makes photographs better.\n\nExample: vxicore adjust photo.jpg -o better.jpg --preset vivid",
+      "vxicore");
   program.get_formatter()->column_width(kHelpNames);
   program.set_version_flag("--version", "vxicore " VX_VERSION);
   AdjustCommand adjust(program);

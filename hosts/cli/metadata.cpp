@@ -31,30 +31,34 @@ std::unique_ptr<Exiv2::Image> openImage(const std::vector<std::uint8_t>& file) {
       Exiv2::ImageFactory::open(file.data(), static_cast<long>(file.size())).release());
 }
 
-// Tags of the first directory that describe how a TIFF file stores its pixels, or hold what travels in
-// another way (XMP 700, IPTC 33723, Photoshop 34377, ICC 34675): each file has its own.
+// Tags of the first directory that describe how a TIFF file stores its pixels, or hold what travels
+// in another way (XMP 700, IPTC 33723, Photoshop 34377, ICC 34675): each file has its own.
 bool isStructure(const Exiv2::Exifdatum& datum) {
-  static constexpr std::array<int, 38> kTags{
-      254, 255, 256, 257, 258, 259, 262, 263, 264, 265, 266, 273, 277, 278,   279,   284,   288,   289,   317,
-      320, 321, 322, 323, 324, 325, 330, 338, 339, 340, 341, 347, 512, 513, 514, 700, 33723, 34377, 34675};
-  return datum.groupName() == "Image" && std::find(kTags.begin(), kTags.end(), datum.tag()) != kTags.end();
+  static constexpr std::array<int, 38> kTags{254, 255, 256, 257, 258, 259,   262,   263,  264, 265,
+                                             266, 273, 277, 278, 279, 284,   288,   289,  317, 320,
+                                             321, 322, 323, 324, 325, 330,   338,   339,  340, 341,
+                                             347, 512, 513, 514, 700, 33723, 34377, 34675};
+  return datum.groupName() == "Image" &&
+         std::find(kTags.begin(), kTags.end(), datum.tag()) != kTags.end();
 }
 
 // Also drops what stands there twice: PNG files of some programs carry EXIF in two chunks.
 void dropStructure(Exiv2::ExifData& exif) {
-  // The thumbnail shows the picture as it was, and in a TIFF its directory would be a broken second page.
+  // The thumbnail shows the picture as it was, and in a TIFF its directory would be a broken second
+  // page.
   Exiv2::ExifThumb(exif).erase();
   std::set<std::string> seen;
   for (auto datum = exif.begin(); datum != exif.end();) {
     const std::string group = datum->groupName();
-    const bool further = group.starts_with("SubImage") || group.starts_with("SubThumb") || group == "Image2" ||
-                         group == "Image3" || group == "Thumbnail";
+    const bool further = group.starts_with("SubImage") || group.starts_with("SubThumb") ||
+                         group == "Image2" || group == "Image3" || group == "Thumbnail";
     const bool known = !seen.insert(datum->key()).second;
     datum = further || known || isStructure(*datum) ? exif.erase(datum) : std::next(datum);
   }
 }
 
-void decodeExif(const std::vector<std::uint8_t>& blob, Exiv2::ExifData& exif, Exiv2::ByteOrder& order) {
+void decodeExif(const std::vector<std::uint8_t>& blob, Exiv2::ExifData& exif,
+                Exiv2::ByteOrder& order) {
   std::string_view bytes(reinterpret_cast<const char*>(blob.data()), blob.size());
   constexpr std::string_view kMarker("Exif\0\0", 6);
   if (bytes.starts_with(kMarker)) bytes.remove_prefix(kMarker.size());
@@ -77,8 +81,8 @@ void replaceInt(Exiv2::XmpData& xmp, const char* key, int value) {
 
 bool isMakerNote(const Exiv2::Exifdatum& datum) {
   // Groups of makers are all that are not of the standard.
-  static constexpr std::array<std::string_view, 6> kStandard{"Image", "Photo", "GPSInfo",
-                                                             "Iop", "Thumbnail", "MakerNote"};
+  static constexpr std::array<std::string_view, 6> kStandard{"Image", "Photo",     "GPSInfo",
+                                                             "Iop",   "Thumbnail", "MakerNote"};
   return std::find(kStandard.begin(), kStandard.end(), datum.groupName()) == kStandard.end();
 }
 
@@ -92,7 +96,8 @@ std::string summaryOf(Exiv2::Image& image) {
   image.readMetadata();
   Exiv2::ExifData exif = image.exifData();
   dropStructure(exif);
-  const auto makers = static_cast<std::size_t>(std::count_if(exif.begin(), exif.end(), isMakerNote));
+  const auto makers =
+      static_cast<std::size_t>(std::count_if(exif.begin(), exif.end(), isMakerNote));
   const Exiv2::DataBuf* icc = image.iccProfile();
   add("ICC", icc ? static_cast<std::size_t>(icc->size_) : 0, "bytes");
   add("EXIF", static_cast<std::size_t>(exif.count()) - makers, "tags");
@@ -183,7 +188,8 @@ void Metadata::attach(std::vector<std::uint8_t>& file, Format format) {
   }
 }
 
-void Metadata::attachByExiv2(std::vector<std::uint8_t>& file, Format format, const Content& content) {
+void Metadata::attachByExiv2(std::vector<std::uint8_t>& file, Format format,
+                             const Content& content) {
   const auto image = openImage(file);
   image->readMetadata();
   if (format != Format::kTiff && !image->exifData().empty()) {
@@ -235,7 +241,9 @@ void Metadata::attachToPng(std::vector<std::uint8_t>& file) {
   }
 }
 
-std::string Metadata::summary(const std::filesystem::path& path) { return summaryAt(path.string()); }
+std::string Metadata::summary(const std::filesystem::path& path) {
+  return summaryAt(path.string());
+}
 
 std::string Metadata::summary(const std::vector<std::uint8_t>& file) { return summaryAt(file); }
 

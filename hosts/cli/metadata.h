@@ -27,8 +27,8 @@ class Metadata {
   /// Makes every mention of the picture's size true. Orientation stays: the pixels were not turned.
   void setSize(int width, int height);
 
-  /// Puts all of it into `file`, an encoded picture of `format`. What the format cannot hold is left
-  /// out, with a line in notes(). Throws FileError.
+  /// Puts all of it into `file`, an encoded picture of `format`. What the format cannot hold is
+  /// left out, with a line in notes(). Throws FileError.
   void attach(std::vector<std::uint8_t>& file, Format format);
 
   /// What a file really holds, as "ICC 3144 bytes, EXIF 49 tags, maker note 12 tags".

@@ -63,8 +63,10 @@ class PartFile {
   void rename(const fs::path& target, bool force) {
     throwIfCancelled();
     if (force) {
-      if (::rename(path_.c_str(), target.c_str()) != 0) fail("cannot rename the finished file", errno);
-    } else if (renameat2(AT_FDCWD, path_.c_str(), AT_FDCWD, target.c_str(), RENAME_NOREPLACE) != 0) {
+      if (::rename(path_.c_str(), target.c_str()) != 0)
+        fail("cannot rename the finished file", errno);
+    } else if (renameat2(AT_FDCWD, path_.c_str(), AT_FDCWD, target.c_str(), RENAME_NOREPLACE) !=
+               0) {
       // File systems without that flag: a hard link refuses an existing name just as well.
       if (errno != EINVAL && errno != ENOSYS) failTaken(errno);
       if (link(path_.c_str(), target.c_str()) != 0) failTaken(errno);

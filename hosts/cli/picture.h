@@ -1,4 +1,5 @@
-// A picture file in memory: its pixels as the library wants them, and what its file said about them.
+// A picture file in memory: its pixels as the library wants them, and what its file said about
+// them.
 #pragma once
 
 #include <cstdint>
@@ -38,14 +39,14 @@ struct ReadOptions {
 int outputDepth(const ReadOptions& options, int sourceDepth);
 
 /// Reads the whole picture, reduced by `previewScale` (an axis becomes its ceil(size / scale)).
-/// JPEG, PNG, TIFF and WebP with 8 or 16-bit grey, RGB or CMYK; grey becomes three equal colours, CMYK
-/// goes to sRGB by its profile. Throws FileError for anything else, and for what the output cannot
-/// hold; Cancelled on a signal.
+/// JPEG, PNG, TIFF and WebP with 8 or 16-bit grey, RGB or CMYK; grey becomes three equal colours,
+/// CMYK goes to sRGB by its profile. Throws FileError for anything else, and for what the output
+/// cannot hold; Cancelled on a signal.
 Picture readPicture(const std::filesystem::path& path, const ReadOptions& options,
                     Progress& progress);
 
-/// The bytes of a file that shows the picture, with its ICC profile, resolution and (PNG) texts. EXIF,
-/// XMP and IPTC are not there yet. Throws FileError, Cancelled.
+/// The bytes of a file that shows the picture, with its ICC profile, resolution and (PNG) texts.
+/// EXIF, XMP and IPTC are not there yet. Throws FileError, Cancelled.
 std::vector<std::uint8_t> encodePicture(const Picture& picture, Format format, int depth,
                                         int quality, Progress& progress);
 

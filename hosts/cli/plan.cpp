@@ -20,7 +20,8 @@ std::vector<fs::path> expandInputs(const std::vector<std::string>& inputs) {
       continue;
     }
     std::vector<fs::path> found;
-    for (fs::directory_iterator entry(input, error), end; !error && entry != end; entry.increment(error)) {
+    for (fs::directory_iterator entry(input, error), end; !error && entry != end;
+         entry.increment(error)) {
       const bool hidden = entry->path().filename().string().starts_with('.');
       if (!hidden && formatByExtension(entry->path())) found.push_back(entry->path());
     }
@@ -35,7 +36,8 @@ std::vector<fs::path> expandInputs(const std::vector<std::string>& inputs) {
 std::optional<Format> wantedFormat(const FileOptions& options) {
   if (options.format.empty()) return std::nullopt;
   const auto format = formatByName(options.format);
-  if (!format) throw UsageError("--format: '" + options.format + "' is not jpeg, png, tiff or webp");
+  if (!format)
+    throw UsageError("--format: '" + options.format + "' is not jpeg, png, tiff or webp");
   return format;
 }
 
@@ -47,7 +49,8 @@ struct Target {
 
 Target findTarget(const FileOptions& options, std::size_t pictures, bool folderInput) {
   if (options.output.empty()) {
-    if (options.suffix.empty()) throw UsageError("say where the result goes: -o OUT, or --suffix TEXT");
+    if (options.suffix.empty())
+      throw UsageError("say where the result goes: -o OUT, or --suffix TEXT");
     return {};
   }
   const fs::path output = options.output;
@@ -56,7 +59,8 @@ Target findTarget(const FileOptions& options, std::size_t pictures, bool folderI
   const bool folder = fs::is_directory(output, error);
   if (folder || options.output.ends_with('/') || pictures > 1 || folderInput) {
     const bool fileName = !options.output.ends_with('/') && formatByExtension(output).has_value();
-    if (!folder && (exists || fileName)) throw UsageError(options.output + ": several pictures need a folder");
+    if (!folder && (exists || fileName))
+      throw UsageError(options.output + ": several pictures need a folder");
     fs::create_directories(output, error);
     if (error) throw UsageError(options.output + ": cannot make this folder: " + error.message());
     return {.folder = output, .file = std::nullopt};
@@ -77,10 +81,13 @@ Job makeJob(const fs::path& input, const Target& target, const FileOptions& opti
     job.output = *target.file;
     const auto byName = formatByExtension(job.output);
     if (!format && !byName) {
-      throw UsageError(job.output.string() + ": the extension says no format; use .jpg, .png, .tif or .webp, or --format");
+      throw UsageError(
+          job.output.string() +
+          ": the extension says no format; use .jpg, .png, .tif or .webp, or --format");
     }
     if (format && byName && *format != *byName) {
-      throw UsageError(job.output.string() + ": the extension contradicts --format " + options.format);
+      throw UsageError(job.output.string() + ": the extension contradicts --format " +
+                       options.format);
     }
     job.format = format ? *format : *byName;
     return job;
@@ -106,8 +113,8 @@ void refuseCollisions(const std::vector<Job>& jobs) {
     const fs::path output = place(job.output);
     const auto [other, fresh] = outputs.emplace(output, &job);
     if (!fresh) {
-      throw UsageError(other->second->input.string() + " and " + job.input.string() + " would both be written to " +
-                       job.output.string());
+      throw UsageError(other->second->input.string() + " and " + job.input.string() +
+                       " would both be written to " + job.output.string());
     }
     const auto input = inputs.find(output);
     if (input != inputs.end() && input->second != &job) {
@@ -121,17 +128,20 @@ void refuseCollisions(const std::vector<Job>& jobs) {
 
 std::vector<Job> planJobs(const FileOptions& options) {
   if (options.inputs.empty()) throw UsageError("no picture given");
-  if (options.suffix.find('/') != std::string::npos) throw UsageError("--suffix must not contain a /");
+  if (options.suffix.find('/') != std::string::npos)
+    throw UsageError("--suffix must not contain a /");
   const auto format = wantedFormat(options);
   const std::vector<fs::path> inputs = expandInputs(options.inputs);
   std::error_code error;
-  const bool folderInput = inputs.size() != options.inputs.size() || fs::is_directory(options.inputs[0], error);
+  const bool folderInput =
+      inputs.size() != options.inputs.size() || fs::is_directory(options.inputs[0], error);
   const Target target = findTarget(options, inputs.size(), folderInput);
   std::vector<Job> jobs;
   for (const fs::path& input : inputs) {
     jobs.push_back(makeJob(input, target, options, format));
     if (options.depth > traits(jobs.back().format).maxDepth) {
-      throw UsageError("--depth 16: " + std::string(traits(jobs.back().format).name) + " holds 8 bits");
+      throw UsageError("--depth 16: " + std::string(traits(jobs.back().format).name) +
+                       " holds 8 bits");
     }
   }
   refuseCollisions(jobs);

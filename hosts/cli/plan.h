@@ -18,8 +18,8 @@ struct Job {
 };
 
 /// One job per picture, in the order given; folders are expanded (not into subfolders), sorted by
-/// name. Makes the output folder where that is meant. Throws UsageError when the outputs are not clear
-/// or two jobs would write one file or overwrite another's input.
+/// name. Makes the output folder where that is meant. Throws UsageError when the outputs are not
+/// clear or two jobs would write one file or overwrite another's input.
 std::vector<Job> planJobs(const FileOptions& options);
 
 }  // namespace vx::cli

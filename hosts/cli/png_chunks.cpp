@@ -31,7 +31,8 @@ std::uint32_t crc32(std::string_view bytes) {
 
 void insertChunk(std::vector<std::uint8_t>& file, std::string_view type, std::string_view data) {
   std::size_t at = 8;  // behind the signature; each chunk is length, type, data, CRC
-  while (at + 12 <= file.size() && std::string_view(reinterpret_cast<char*>(&file[at + 4]), 4) != "IDAT"sv) {
+  while (at + 12 <= file.size() &&
+         std::string_view(reinterpret_cast<char*>(&file[at + 4]), 4) != "IDAT"sv) {
     at += std::size_t{12} + big32(&file[at]);
   }
   if (at + 12 > file.size()) throw FileError("cannot write: PNG without pixels");
@@ -67,7 +68,8 @@ void insertPngIptc(std::vector<std::uint8_t>& file, std::string_view iptc) {
   constexpr std::size_t kBytesPerLine = 36;
   for (std::size_t i = 0; i < resource.size(); ++i) {
     if (i % kBytesPerLine == 0) text += '\n';
-    std::snprintf(digits, sizeof digits, "%02x", static_cast<unsigned>(static_cast<unsigned char>(resource[i])));
+    std::snprintf(digits, sizeof digits, "%02x",
+                  static_cast<unsigned>(static_cast<unsigned char>(resource[i])));
     text += digits;
   }
   text += '\n';

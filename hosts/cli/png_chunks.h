@@ -8,13 +8,14 @@
 
 namespace vx::cli {
 
-/// Insert one chunk before the pixels, as the PNG specification (third edition) defines it: eXIf holds
-/// the bytes of a TIFF header and its directories, without the "Exif" marker of JPEG.
+/// Insert one chunk before the pixels, as the PNG specification (third edition) defines it: eXIf
+/// holds the bytes of a TIFF header and its directories, without the "Exif" marker of JPEG.
 void insertPngExif(std::vector<std::uint8_t>& file, std::string_view exif);
 /// An uncompressed iTXt "XML:com.adobe.xmp".
 void insertPngXmp(std::vector<std::uint8_t>& file, std::string_view packet);
-/// A tEXt "Raw profile type iptc": the Photoshop resource 0x0404 around `iptc` as hexadecimal digits, the
-/// form in which image programs have exchanged IPTC in PNG since ImageMagick introduced it.
+/// A tEXt "Raw profile type iptc": the Photoshop resource 0x0404 around `iptc` as hexadecimal
+/// digits, the form in which image programs have exchanged IPTC in PNG since ImageMagick introduced
+/// it.
 void insertPngIptc(std::vector<std::uint8_t>& file, std::string_view iptc);
 
 }  // namespace vx::cli

@@ -53,7 +53,8 @@ std::vector<std::string> shippedPresets() {
   std::set<std::string> names;
   for (const fs::path& folder : presetFolders()) {
     std::error_code error;
-    for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
+    for (fs::directory_iterator entry(folder, error), end; !error && entry != end;
+         entry.increment(error)) {
       if (entry->path().extension() == ".toml") names.insert(entry->path().stem().string());
     }
   }
@@ -68,9 +69,11 @@ void applyPreset(const std::string& name, AdjustSettings& settings) {
   for (const CLI::ConfigItem& item : CLI::ConfigTOML().from_config(file)) {
     const std::string key = item.fullname(), where = path.string() + ": " + key;
     const auto table = adjustSettings();
-    const auto setting = std::find_if(table.begin(), table.end(), [&](const Setting& s) { return s.name == key; });
+    const auto setting =
+        std::find_if(table.begin(), table.end(), [&](const Setting& s) { return s.name == key; });
     if (setting == table.end()) throw UsageError(where + ": no setting of this name");
-    if (!seen.insert(key).second || item.inputs.size() != 1) throw UsageError(where + ": wants one value, once");
+    if (!seen.insert(key).second || item.inputs.size() != 1)
+      throw UsageError(where + ": wants one value, once");
     settings.*setting->value = parseSetting(*setting, item.inputs.front(), where);
   }
 }

@@ -12,9 +12,9 @@ namespace vx::cli {
 /// Names of the presets that ship with the program, sorted.
 std::vector<std::string> shippedPresets();
 
-/// Sets in `settings` what the preset `name` sets and leaves the rest. A plain word is a shipped preset
-/// if there is one of that name, anything else a file. Throws UsageError for a missing file, an unknown
-/// or repeated key, and a value that is no number in its range.
+/// Sets in `settings` what the preset `name` sets and leaves the rest. A plain word is a shipped
+/// preset if there is one of that name, anything else a file. Throws UsageError for a missing file,
+/// an unknown or repeated key, and a value that is no number in its range.
 void applyPreset(const std::string& name, AdjustSettings& settings);
 
 /// Writes all settings, so that the file gives the same result whatever the neutral set will be.

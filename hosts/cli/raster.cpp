@@ -91,10 +91,12 @@ void give(const Library* source, File* target, const std::uint8_t* alpha, int al
 Raster::Raster(int width, int height, int depth, int alphaDepth)
     : width_(width), height_(height), depth_(depth), alphaDepth_(alphaDepth) {
   const auto rows = static_cast<std::size_t>(paddedHeight());
-  pixels_ = std::make_unique_for_overwrite<std::uint8_t[]>(static_cast<std::size_t>(rowBytes()) * rows);
+  pixels_ =
+      std::make_unique_for_overwrite<std::uint8_t[]>(static_cast<std::size_t>(rowBytes()) * rows);
   if (alphaDepth > 0) {
     const std::size_t count = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
-    alpha_ = std::make_unique_for_overwrite<std::uint8_t[]>(count * static_cast<std::size_t>(alphaDepth / 8));
+    alpha_ = std::make_unique_for_overwrite<std::uint8_t[]>(
+        count * static_cast<std::size_t>(alphaDepth / 8));
   }
 }
 
@@ -146,7 +148,8 @@ bool Raster::opaque() const {
   if (!alpha_) return true;
   const std::size_t bytes = static_cast<std::size_t>(width_) * static_cast<std::size_t>(height_) *
                             static_cast<std::size_t>(alphaDepth_ / 8);
-  return std::all_of(alpha_.get(), alpha_.get() + bytes, [](std::uint8_t byte) { return byte == 255; });
+  return std::all_of(alpha_.get(), alpha_.get() + bytes,
+                     [](std::uint8_t byte) { return byte == 255; });
 }
 
 }  // namespace vx::cli

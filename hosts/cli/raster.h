@@ -1,5 +1,6 @@
-// The pixels of one picture in the layout that the library treats: interleaved RGB, 8 or 16 bits, both
-// sizes even. Alpha waits beside it, in the samples of its file, and is never part of the work.
+// The pixels of one picture in the layout that the library treats: interleaved RGB, 8 or 16 bits,
+// both sizes even. Alpha waits beside it, in the samples of its file, and is never part of the
+// work.
 #pragma once
 
 #include <cstddef>
@@ -9,12 +10,13 @@
 
 namespace vx::cli {
 
-/// The library reads axes in pairs and leaves an odd last row or column alone (or, in its tiled path,
-/// an odd first one empty). So an odd axis is padded by one repeated edge, and the file that is written
-/// shows width x height of it.
+/// The library reads axes in pairs and leaves an odd last row or column alone (or, in its tiled
+/// path, an odd first one empty). So an odd axis is padded by one repeated edge, and the file that
+/// is written shows width x height of it.
 ///
-/// 16-bit samples run 0..32768 in the library. A file's v becomes v * 32768 / 65535, rounded, and at
-/// most 32767: a flat plane of exactly 1.0 would fall into a cell that the bilateral grid overwrites.
+/// 16-bit samples run 0..32768 in the library. A file's v becomes v * 32768 / 65535, rounded, and
+/// at most 32767: a flat plane of exactly 1.0 would fall into a cell that the bilateral grid
+/// overwrites.
 class Raster {
  public:
   /// `depth` 8 or 16 bits in the library; `alphaDepth` 0 (none), 8 or 16 as in the file.

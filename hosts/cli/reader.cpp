@@ -18,9 +18,8 @@ using vips::VImage;
 
 // A damaged or truncated file is refused rather than filled up with grey.
 VImage load(const std::filesystem::path& path, Format format, int jpegShrink) {
-  vips::VOption* options = VImage::option()
-                               ->set("access", VIPS_ACCESS_SEQUENTIAL)
-                               ->set("fail_on", VIPS_FAIL_ON_ERROR);
+  vips::VOption* options =
+      VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL)->set("fail_on", VIPS_FAIL_ON_ERROR);
   switch (format) {
     case Format::kJpeg:
       return VImage::jpegload(path.c_str(), options->set("shrink", jpegShrink));
@@ -101,12 +100,13 @@ void refuseTooLarge(int width, int height, int sampleBytes, const ReadOptions& o
                   pixels / 1e6, needed / 1e9, options.maxMegapixels);
     throw FileError(text);
   }
-  const double memory = static_cast<double>(sysconf(_SC_PHYS_PAGES)) *
-                        static_cast<double>(sysconf(_SC_PAGESIZE));
+  const double memory =
+      static_cast<double>(sysconf(_SC_PHYS_PAGES)) * static_cast<double>(sysconf(_SC_PAGESIZE));
   if (needed > memory) {
-    std::snprintf(text, sizeof text,
-                  "has %.1f megapixels and would need about %.1f GB of memory; this machine has %.1f",
-                  pixels / 1e6, needed / 1e9, memory / 1e9);
+    std::snprintf(
+        text, sizeof text,
+        "has %.1f megapixels and would need about %.1f GB of memory; this machine has %.1f",
+        pixels / 1e6, needed / 1e9, memory / 1e9);
     throw FileError(text);
   }
   const FormatTraits& output = traits(options.output);
@@ -141,7 +141,8 @@ std::vector<std::pair<std::string, std::string>> pngTexts(const VImage& image) {
   for (gchar** at = fields; at && *at; ++at) {
     const std::string field = *at;
     // XMP and the profiles that older programs put into texts travel as metadata.
-    if (!field.starts_with("png-comment-") || field.find("XML:com.adobe.xmp") != std::string::npos ||
+    if (!field.starts_with("png-comment-") ||
+        field.find("XML:com.adobe.xmp") != std::string::npos ||
         field.find("Raw profile type") != std::string::npos) {
       continue;
     }
@@ -155,18 +156,23 @@ VImage cmykToSrgb(const VImage& image, std::vector<std::string>& notes) {
   const bool embedded = image.get_typeof(VIPS_META_ICC_NAME) == VIPS_TYPE_BLOB;
   notes.emplace_back(embedded ? "CMYK converted to sRGB by the profile in the file"
                               : "CMYK converted to sRGB by a generic profile (the file has none)");
-  return image.icc_transform("srgb", VImage::option()
-                                         ->set("embedded", true)
-                                         ->set("input_profile", "cmyk")
-                                         ->set("intent", VIPS_INTENT_RELATIVE)
-                                         ->set("depth", image.format() == VIPS_FORMAT_USHORT ? 16 : 8));
+  return image.icc_transform("srgb",
+                             VImage::option()
+                                 ->set("embedded", true)
+                                 ->set("input_profile", "cmyk")
+                                 ->set("intent", VIPS_INTENT_RELATIVE)
+                                 ->set("depth", image.format() == VIPS_FORMAT_USHORT ? 16 : 8));
 }
 
 Picture read(const std::filesystem::path& path, const ReadOptions& options, Progress& progress) {
   const Format format = formatByContent(path);
   const int scale = options.previewScale;
-  const bool inDecoder = format == Format::kJpeg && (scale == 2 || scale == 4 || scale == 8);
-  VImage image = load(path, format, inDecoder ? scale : 1);
+  VImage image = load(path, format, 1);
+  // The JPEG decoder reduces for little, but drops blocks that are not whole: where it is exact
+  // only.
+  const bool inDecoder = format == Format::kJpeg && (scale == 2 || scale == 4 || scale == 8) &&
+                         image.width() % scale == 0 && image.height() % scale == 0;
+  if (inDecoder) image = load(path, format, scale);
   refuseSeveralPictures(image);
   int colours = colourChannels(image);
   const int sampleBytes = image.format() == VIPS_FORMAT_USHORT ? 2 : 1;
@@ -216,7 +222,8 @@ Picture read(const std::filesystem::path& path, const ReadOptions& options, Prog
 }  // namespace
 
 int outputDepth(const ReadOptions& options, int sourceDepth) {
-  return std::min(options.depth != 0 ? options.depth : sourceDepth, traits(options.output).maxDepth);
+  return std::min(options.depth != 0 ? options.depth : sourceDepth,
+                  traits(options.output).maxDepth);
 }
 
 Picture readPicture(const std::filesystem::path& path, const ReadOptions& options,

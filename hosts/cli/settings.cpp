@@ -15,9 +15,9 @@ constexpr std::string_view kDetail = "Fine detail of lightness (against an edge-
 constexpr std::string_view kSharp = "Sharpness";
 constexpr std::string_view kColour = "Colour";
 
-// Ranges end where the formulas stop making pictures: a gamma of 4.5 is an exponent of 0, a top cut or
-// floor of 1 leaves no output range. Radii of less than 6 pixels (after the preview reduction) count
-// as 6 in the library.
+// Ranges end where the formulas stop making pictures: a gamma of 4.5 is an exponent of 0, a top cut
+// or floor of 1 leaves no output range. Radii of less than 6 pixels (after the preview reduction)
+// count as 6 in the library.
 constexpr std::array<Setting, 16> kSettings{{
     {"luma-eq-amount", &AdjustSettings::lumaEqAmount, 0, 1, kEq,
      "Strength: at 0.3 five sixths of the way to full equalisation with a low limit on contrast; "
@@ -31,7 +31,8 @@ constexpr std::array<Setting, 16> kSettings{{
     {"luma-eq-floor", &AdjustSettings::lumaEqFloor, 0, 0.95F, kEq,
      "Lightness that black becomes: lifts the shadows"},
     {"luma-gamma", &AdjustSettings::lumaGamma, -4, 4, kTone,
-     "Above 0 lightens (exponent 1 - g/4.5), below 0 darkens (exponent 1 - g); with fine detail on, "
+     "Above 0 lightens (exponent 1 - g/4.5), below 0 darkens (exponent 1 - g); with fine detail "
+     "on, "
      "acts on the base alone. 0 is off"},
     {"luma-detail-range", &AdjustSettings::lumaDetailRange, 0, 1, kDetail,
      "Height of a lightness step that counts as an edge and stays in the base; 0 turns this group "

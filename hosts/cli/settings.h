@@ -1,5 +1,5 @@
-// The settings of vxAdjustRgb that a user can turn, as one table: options, help, presets and the call
-// itself are all read from it, so that a setting added here appears everywhere.
+// The settings of vxAdjustRgb that a user can turn, as one table: options, help, presets and the
+// call itself are all read from it, so that a setting added here appears everywhere.
 #pragma once
 
 #include <span>

@@ -68,7 +68,8 @@ VImage describe(Source& source) {
 VipsBlob* save(const VImage& image, Format format, int depth, int quality) {
   switch (format) {
     case Format::kJpeg:
-      return image.jpegsave_buffer(VImage::option()->set("Q", quality)->set("optimize_coding", true));
+      return image.jpegsave_buffer(
+          VImage::option()->set("Q", quality)->set("optimize_coding", true));
     case Format::kPng:
       return image.pngsave_buffer(VImage::option()->set("bitdepth", depth));
     case Format::kTiff: {

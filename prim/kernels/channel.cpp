@@ -7,8 +7,8 @@
 namespace vx::prim::VX_VARIANT {
 namespace {
 
-// Elements move as integers of their size, at any address. (`auto` would drop the alignment.)
-using Unaligned32u [[gnu::aligned(1), gnu::may_alias]] = std::uint32_t;
+// Elements move as integers of their size, at any address.
+using Unaligned32u = UnalignedElement<std::uint32_t>;
 
 template <int kBytes>
 struct ElementOf;
@@ -127,8 +127,8 @@ inline std::ptrdiff_t spreadFourths(const char*, char*, std::ptrdiff_t) {
 template <int kBytes, int kFrom>
 void gatherRow(const char* from, char* to, std::ptrdiff_t width) {
   using Element = typename ElementOf<kBytes>::Unaligned;
-  const Element* __restrict in = reinterpret_cast<const Element*>(from);
-  Element* __restrict out = reinterpret_cast<Element*>(to);
+  const auto* __restrict in = reinterpret_cast<const Element*>(from);
+  auto* __restrict out = reinterpret_cast<Element*>(to);
   std::ptrdiff_t x = kBytes == 4 && kFrom == 3 ? gatherThirdFloats(from, to, width) : 0;
   for (; x < width; ++x) out[x] = in[x * kFrom];
 }
@@ -136,8 +136,8 @@ void gatherRow(const char* from, char* to, std::ptrdiff_t width) {
 template <int kBytes, int kTo>
 void spreadRow(const char* from, char* to, std::ptrdiff_t width) {
   using Element = typename ElementOf<kBytes>::Unaligned;
-  const Element* __restrict in = reinterpret_cast<const Element*>(from);
-  Element* __restrict out = reinterpret_cast<Element*>(to);
+  const auto* __restrict in = reinterpret_cast<const Element*>(from);
+  auto* __restrict out = reinterpret_cast<Element*>(to);
   std::ptrdiff_t x =
       kTo == 3 ? spreadThirds<kBytes>(from, to, width) : spreadFourths<kBytes>(from, to, width);
 #pragma GCC unroll 8

@@ -91,8 +91,8 @@ inline void readSome(const float* packed, const int* cell, const float* fz, cons
   const __m256 xr = one - x;
   const __m256 y = _mm256_set1_ps(fy);
   const __m256 yr = one - y;
-  const __m256 nearRow = x * (high.nearRight * z + low.nearRight * zr) +
-                         xr * (high.nearLeft * z + low.nearLeft * zr);
+  const __m256 nearRow =
+      x * (high.nearRight * z + low.nearRight * zr) + xr * (high.nearLeft * z + low.nearLeft * zr);
   const __m256 farRow =
       x * (high.farRight * z + low.farRight * zr) + xr * (high.farLeft * z + low.farLeft * zr);
   _mm256_storeu_ps(dst, yr * nearRow + y * farRow);
@@ -121,8 +121,8 @@ inline void readSome(const float* packed, const int* cell, const float* fz, cons
   const __m128 xr = one - x;
   const __m128 y = _mm_set1_ps(fy);
   const __m128 yr = one - y;
-  const __m128 nearRow = x * (high.nearRight * z + low.nearRight * zr) +
-                         xr * (high.nearLeft * z + low.nearLeft * zr);
+  const __m128 nearRow =
+      x * (high.nearRight * z + low.nearRight * zr) + xr * (high.nearLeft * z + low.nearLeft * zr);
   const __m128 farRow =
       x * (high.farRight * z + low.farRight * zr) + xr * (high.farLeft * z + low.farLeft * zr);
   _mm_storeu_ps(dst, yr * nearRow + y * farRow);
@@ -141,7 +141,8 @@ int primvGridCells_32f8u(const float* src, std::uint8_t* dst, int length, const 
     const int n = length - start < kStrip ? length - start : kStrip;
     coordinates(src + start, coordinate, n, *axis);
     std::uint8_t* out = dst + start;
-    for (int i = 0; i < n; ++i) out[i] = static_cast<std::uint8_t>(cellOf(coordinate[i], zero, top));
+    for (int i = 0; i < n; ++i)
+      out[i] = static_cast<std::uint8_t>(cellOf(coordinate[i], zero, top));
   }
   return kStatusOk;
 }

@@ -19,7 +19,7 @@ inline void countByTable(const std::int16_t* src, int step, int width, int heigh
   for (int v = 0; v <= kValues; ++v) sums[v] = 0;
   std::uint32_t* counts = sums + 1 - INT16_MIN;
   for (int y = 0; y < height; ++y) {
-    const std::int16_t* in = row(src, step, y);
+    const Unaligned16s* in = row(reinterpret_cast<const Unaligned16s*>(src), step, y);
     for (int x = 0; x < width; ++x) ++counts[in[x]];
   }
   for (int v = 0; v < kValues; ++v) sums[v + 1] += sums[v];
@@ -36,7 +36,7 @@ inline void countByComparing(const std::int16_t* src, int step, int width, int h
     const int high = levels[i + 1];
     std::uint32_t count = 0;
     for (int y = 0; y < height; ++y) {
-      const std::int16_t* in = row(src, step, y);
+      const Unaligned16s* in = row(reinterpret_cast<const Unaligned16s*>(src), step, y);
       for (int x = 0; x < width; ++x) count += in[x] >= low && in[x] < high;
     }
     hist[i] = static_cast<int>(count);

@@ -17,17 +17,8 @@
 namespace vx::prim::VX_VARIANT {
 namespace {
 
-// A 16-bit element at any address. A class, since a template parameter would drop the attributes of
-// Unaligned16u.
 template <class T>
-struct [[gnu::packed, gnu::may_alias]] LooseElement {
-  T value;
-  operator T() const { return value; }
-  void operator=(T v) { value = v; }
-};
-
-template <class T>
-using Element = std::conditional_t<sizeof(T) == 2, LooseElement<T>, T>;
+using Element = std::conditional_t<sizeof(T) == 2, UnalignedElement<T>, T>;
 
 template <class T>
 [[maybe_unused]] inline Element<T>* elements(T* base, int step, int y) {

@@ -79,7 +79,7 @@ int primMean_16s_C1R(const std::int16_t* src, int srcStep, int width, int height
   constexpr int kStrip = 1 << 15;  // its sum fits an int
   std::int64_t sum = 0;
   for (int y = 0; y < height; ++y) {
-    const std::int16_t* in = row(src, srcStep, y);
+    const Unaligned16s* in = row(reinterpret_cast<const Unaligned16s*>(src), srcStep, y);
     for (std::ptrdiff_t x = 0; x < width; x += kStrip) {
       const int count = width - x < kStrip ? static_cast<int>(width - x) : kStrip;
       int partial = 0;
@@ -97,7 +97,7 @@ int primMin_16s_C1R(const std::int16_t* src, int srcStep, int width, int height,
   if (emptySize(width, height)) return kStatusBadSize;
   std::int16_t least = INT16_MAX;
   for (int y = 0; y < height && least > INT16_MIN; ++y) {
-    const std::int16_t* in = row(src, srcStep, y);
+    const Unaligned16s* in = row(reinterpret_cast<const Unaligned16s*>(src), srcStep, y);
     for (int x = 0; x < width; ++x) least = in[x] < least ? in[x] : least;
   }
   *min = least;

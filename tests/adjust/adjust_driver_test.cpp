@@ -4,6 +4,8 @@
 #include <immintrin.h>
 
 #include <climits>
+#include <cmath>
+#include <limits>
 
 #include "picture.h"
 
@@ -40,18 +42,19 @@ TEST(AdjustDriver, tileBordersCannotBeSeen) {
   AdjustSettings settings = kBrighter;
   settings.satContrast =
       0.5f;  // pixel by pixel, like the gamma: the result may not depend on tiles
-  for (const int format : {1, 3}) {
-    Picture flat(format, 3000, 2000);
-    flat.forEachSample([&](int, int, int c) { return 60 + 40 * c; });
+  const struct { int format, width, height; } cases[] = {{1, 2400, 1800}, {3, 3000, 30}};
+  for (const auto& [format, w, h] : cases) {
+    Picture flat(format, w, h), corner(format, 64, 64);
+    const auto field = [](int, int, int c) { return 60 + 40 * c; };
+    flat.forEachSample(field);
+    corner.forEachSample(field);
     ASSERT_EQ(adjust(flat, settings), 1);
-    Picture corner(format, 64, 64);
-    corner.forEachSample([&](int, int, int c) { return 60 + 40 * c; });
     ASSERT_EQ(adjust(corner, settings), 1);
     for (int c = 0; c < 3; ++c) {
       const int wanted = corner.get(5, 5, c);
       EXPECT_NE(wanted, 60 + 40 * c);
-      for (int y = 0; y < 2000; ++y)
-        for (int x = 0; x < 3000; ++x)
+      for (int y = 0; y < h; ++y)
+        for (int x = 0; x < w; ++x)
           ASSERT_NEAR(flat.get(x, y, c), wanted, tolerance(format)) << x << " " << y;
     }
   }
@@ -209,6 +212,58 @@ TEST(AdjustDriver, sixteenBitRowsMayStartAtOddAddresses) {
                               static_cast<std::size_t>(w * vx::bytesPerPixel(format))),
                   0);
     }
+}
+
+// Whatever a setting holds, the call ends, touches nothing else and says that it is done.
+TEST(AdjustDriver, anySettingMayHoldAnything) {
+  constexpr float AdjustSettings::*kFloats[] = {
+      &AdjustSettings::lumaEqAmount,    &AdjustSettings::lumaEqRadius,
+      &AdjustSettings::lumaEqPeakGain,  &AdjustSettings::lumaGamma,
+      &AdjustSettings::lumaEqTopCut,    &AdjustSettings::lumaEqFloor,
+      &AdjustSettings::lumaDetailRange, &AdjustSettings::lumaDetailRadius,
+      &AdjustSettings::lumaDetailGamma, &AdjustSettings::lumaDetailGain,
+      &AdjustSettings::sharpenAmount,   &AdjustSettings::satEqAmount,
+      &AdjustSettings::satEqRadius,     &AdjustSettings::satContrast,
+      &AdjustSettings::satGamma,        &AdjustSettings::hueShift,
+      &AdjustSettings::denoiseStrength, &AdjustSettings::grainRestore,
+      &AdjustSettings::unblockStrength};
+  constexpr float kInfinity = std::numeric_limits<float>::infinity();
+  constexpr AdjustSettings kEverything = {.lumaEqAmount = 0.5f,
+                                          .lumaEqRadius = 12.0f,
+                                          .lumaEqPeakGain = 0.3f,
+                                          .lumaGamma = 0.5f,
+                                          .lumaDetailRange = 0.1f,
+                                          .lumaDetailRadius = 10.0f,
+                                          .lumaDetailGamma = 0.8f,
+                                          .lumaDetailGain = 1.5f,
+                                          .sharpenAmount = 1.5f,
+                                          .satEqAmount = 0.3f,
+                                          .satEqRadius = 12.0f,
+                                          .satContrast = 1.2f,
+                                          .satGamma = 0.9f,
+                                          .hueShift = 0.1f};
+  Picture p(5, 40, 30, 3);
+  p.randomise(12, 255);
+  const auto run = [&](const AdjustSettings& settings) {
+    Picture q = p;
+    EXPECT_EQ(adjust(q, settings), 1);
+    q.forEachSample([&](int x, int y, int c) { return p.get(x, y, c); });
+    EXPECT_TRUE(q.bytes == p.bytes);
+  };
+  for (const auto field : kFloats)
+    for (const float value :
+         {std::nanf(""), kInfinity, -kInfinity, 1e30f, -1e30f, 1e-30f, -1.0f, 0.0f, 3e9f, 0.049f}) {
+      AdjustSettings settings = kEverything;
+      settings.*field = value;
+      run(settings);
+    }
+  for (const int scale : {INT_MIN, -1, 0, 2, INT_MAX}) {
+    AdjustSettings settings = kEverything;
+    settings.previewScale = scale;
+    run(settings);
+    settings.lumaEqRadius = settings.lumaDetailRadius = settings.satEqRadius = 1e30f;
+    run(settings);
+  }
 }
 
 // Bits of MXCSR apart from the flags of exceptions that have happened.

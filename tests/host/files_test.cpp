@@ -16,10 +16,13 @@ class Files : public HostTest {
   }
   void cut(const std::string& from, const std::string& to, double share) const {
     const auto bytes = bytesOf(path(from));
-    write(to, std::string(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(share * static_cast<double>(bytes.size()))));
+    write(to, std::string(bytes.begin(),
+                          bytes.begin() + static_cast<std::ptrdiff_t>(
+                                              share * static_cast<double>(bytes.size()))));
   }
   // One picture fails, in one line that names it and gives a reason; nothing is left behind.
-  void expectRefused(const std::string& in, const std::string& reason, const std::string& out = "out.png") const {
+  void expectRefused(const std::string& in, const std::string& reason,
+                     const std::string& out = "out.png") const {
     SCOPED_TRACE(in);
     const Names before = files();
     const Outcome outcome = run({"adjust", in, "-o", out});
@@ -59,7 +62,7 @@ TEST_F(Files, WhatWouldLoseSomethingIsRefused) {
   pages.set(VIPS_META_PAGE_HEIGHT, 30);
   pages.tiffsave(path("pages.tif").c_str());
   pages.webpsave(path("moving.webp").c_str());
-  image.bandjoin({image, image}).tiffsave(path("bands.tif").c_str());
+  VImage::bandjoin({image, image, image}).tiffsave(path("bands.tif").c_str());
   pattern(40, 30, 4, 8).pngsave(path("alpha.png").c_str());
   expectRefused("float.tif", "samples");
   expectRefused("lab.tif", "only");
@@ -71,7 +74,8 @@ TEST_F(Files, WhatWouldLoseSomethingIsRefused) {
 
 TEST_F(Files, TooLargePicturesAreRefusedWithTheReason) {
   // 400 megapixels of black compress to nothing; the header alone has to be enough for the refusal.
-  VImage::black(20000, 20000).pngsave(path("large.png").c_str(), VImage::option()->set("compression", 1));
+  VImage::black(20000, 20000)
+      .pngsave(path("large.png").c_str(), VImage::option()->set("compression", 1));
   Outcome outcome = run({"adjust", "large.png", "-o", "out.png", "--max-megapixels", "100"});
   EXPECT_EQ(outcome.code, 1);
   EXPECT_NE(outcome.err.find("400.0 megapixels"), std::string::npos) << outcome.err;
@@ -85,7 +89,8 @@ TEST_F(Files, OneFailureDoesNotStopTheOthers) {
   pattern(40, 30, 3, 8).pngsave(path("a.png").c_str());
   write("b.jpg", "not a picture");
   pattern(40, 30, 3, 8).jpegsave(path("c.JPG").c_str());
-  const Outcome outcome = run({"adjust", "a.png", "b.jpg", "c.JPG", "-o", "results", "--suffix", "_x"});
+  const Outcome outcome =
+      run({"adjust", "a.png", "b.jpg", "c.JPG", "-o", "results", "--suffix", "_x"});
   EXPECT_EQ(outcome.code, 1);
   EXPECT_EQ(outcome.complaints().size(), 1U) << outcome.err;
   EXPECT_EQ(files("results"), (Names{"a_x.png", "c_x.JPG"}));
@@ -107,7 +112,8 @@ TEST_F(Files, NothingIsOverwrittenWithoutForce) {
 
   runWell({"adjust", "in.png", "-o", "out.png", "--force"});
   EXPECT_EQ(open(path("out.png")).width(), 40);
-  EXPECT_EQ(fs::status(path("out.png")).permissions(), fs::perms::owner_read | fs::perms::owner_write);
+  EXPECT_EQ(fs::status(path("out.png")).permissions(),
+            fs::perms::owner_read | fs::perms::owner_write);
   runWell({"adjust", "in.png", "-o", "in.png", "--force", "--luma-gamma", "1"});
   EXPECT_NE(bytesOf(path("in.png")), original);
   fs::create_symlink("out.png", path("link.png"));
@@ -121,12 +127,16 @@ TEST_F(Files, FullDiskAndBadFoldersLeaveNothing) {
   write("old.tif", "precious");
   for (const std::string out : {"out.png", "out.jpg", "out.tif", "out.webp"}) {
     SCOPED_TRACE(out);
-    const Outcome outcome = run({"adjust", "in.png", "-o", out}, {.variables = {}, .fileSizeLimit = 3000});
+    const Outcome outcome =
+        run({"adjust", "in.png", "-o", out}, {.variables = {}, .fileSizeLimit = 3000});
     EXPECT_EQ(outcome.code, 1);
     EXPECT_EQ(outcome.complaints().size(), 1U) << outcome.err;
     EXPECT_NE(outcome.err.find("cannot write"), std::string::npos) << outcome.err;
   }
-  EXPECT_EQ(run({"adjust", "in.png", "-o", "old.tif", "--force"}, {.variables = {}, .fileSizeLimit = 3000}).code, 1);
+  EXPECT_EQ(run({"adjust", "in.png", "-o", "old.tif", "--force"},
+                {.variables = {}, .fileSizeLimit = 3000})
+                .code,
+            1);
   EXPECT_EQ(bytesOf(path("old.tif")).size(), 8U);
   for (const std::string out : {"missing/out.png", "/proc/out.png", "in.png/out.png"}) {
     SCOPED_TRACE(out);
@@ -161,25 +171,26 @@ TEST_F(Files, UsageErrorsAreOneLineAndDoNothing) {
   pattern(20, 20, 3, 8).pngsave(path("a.png").c_str());
   fs::create_directory(path("other"));
   pattern(20, 20, 3, 8).pngsave(path("other/a.png").c_str());
-  const std::vector<Names> wrong{{},
-                                 {"adjust"},
-                                 {"adjust", "a.png"},
-                                 {"unknown", "a.png"},
-                                 {"adjust", "a.png", "-o", "out.png", "--no-such-option"},
-                                 {"adjust", "a.png", "-o", "out.png", "--luma-gamma", "4.5"},
-                                 {"adjust", "a.png", "-o", "out.png", "--luma-gamma", "nan"},
-                                 {"adjust", "a.png", "-o", "out.png", "--luma-gamma", "1x"},
-                                 {"adjust", "a.png", "-o", "out.png", "--quality", "0"},
-                                 {"adjust", "a.png", "-o", "out.png", "--depth", "12"},
-                                 {"adjust", "a.png", "-o", "out.png", "--preview-scale", "0"},
-                                 {"adjust", "a.png", "-o", "out.jpg", "--depth", "16"},
-                                 {"adjust", "a.png", "-o", "out.bmp"},
-                                 {"adjust", "a.png", "-o", "out.png", "--format", "jpeg"},
-                                 {"adjust", "a.png", "-o", "out.png", "--format", "gif"},
-                                 {"adjust", "a.png", "other/a.png", "-o", "out.png"},
-                                 {"adjust", "a.png", "other/a.png", "-o", "out/"},
-                                 {"adjust", "a.png", "other/a.png", "-o", "other", "--force"},
-                                 {"adjust", "a.png", "-o", "out.png", "--preset", "no-such-preset"}};
+  const std::vector<Names> wrong{
+      {},
+      {"adjust"},
+      {"adjust", "a.png"},
+      {"unknown", "a.png"},
+      {"adjust", "a.png", "-o", "out.png", "--no-such-option"},
+      {"adjust", "a.png", "-o", "out.png", "--luma-gamma", "4.5"},
+      {"adjust", "a.png", "-o", "out.png", "--luma-gamma", "nan"},
+      {"adjust", "a.png", "-o", "out.png", "--luma-gamma", "1x"},
+      {"adjust", "a.png", "-o", "out.png", "--quality", "0"},
+      {"adjust", "a.png", "-o", "out.png", "--depth", "12"},
+      {"adjust", "a.png", "-o", "out.png", "--preview-scale", "0"},
+      {"adjust", "a.png", "-o", "out.jpg", "--depth", "16"},
+      {"adjust", "a.png", "-o", "out.bmp"},
+      {"adjust", "a.png", "-o", "out.png", "--format", "jpeg"},
+      {"adjust", "a.png", "-o", "out.png", "--format", "gif"},
+      {"adjust", "a.png", "other/a.png", "-o", "out.png"},
+      {"adjust", "a.png", "other/a.png", "-o", "out/"},
+      {"adjust", "a.png", "other/a.png", "-o", "other", "--force"},
+      {"adjust", "a.png", "-o", "out.png", "--preset", "no-such-preset"}};
   for (const Names& arguments : wrong) {
     SCOPED_TRACE(::testing::PrintToString(arguments));
     const Outcome outcome = run(arguments);

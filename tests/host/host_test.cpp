@@ -61,7 +61,8 @@ void HostTest::TearDown() {
   fs::remove_all(folder_, error);
 }
 
-Outcome HostTest::run(const std::vector<std::string>& arguments, const Environment& environment) const {
+Outcome HostTest::run(const std::vector<std::string>& arguments,
+                      const Environment& environment) const {
   const std::string out = folder_.string() + ".out", err = folder_.string() + ".err";
   const pid_t child = fork();
   if (child == 0) {
@@ -70,12 +71,13 @@ Outcome HostTest::run(const std::vector<std::string>& arguments, const Environme
     redirect(err.c_str(), STDERR_FILENO);
     for (const auto& [name, value] : environment.variables) setenv(name.c_str(), value.c_str(), 1);
     if (environment.fileSizeLimit > 0) {
-      const struct rlimit limit {environment.fileSizeLimit, environment.fileSizeLimit};
+      const struct rlimit limit { environment.fileSizeLimit, environment.fileSizeLimit };
       setrlimit(RLIMIT_FSIZE, &limit);
     }
     std::string program = VX_PROGRAM;
     std::vector<char*> argv{program.data()};
-    for (const std::string& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
+    for (const std::string& argument : arguments)
+      argv.push_back(const_cast<char*>(argument.c_str()));
     argv.push_back(nullptr);
     execv(program.c_str(), argv.data());
     _exit(127);
@@ -106,7 +108,8 @@ std::vector<std::string> HostTest::files(const std::string& subfolder) const {
 
 VImage pattern(int width, int height, int bands, int depth) {
   const int top = depth == 8 ? 255 : 65535;
-  std::vector<std::uint16_t> samples(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) *
+  std::vector<std::uint16_t> samples(static_cast<std::size_t>(width) *
+                                     static_cast<std::size_t>(height) *
                                      static_cast<std::size_t>(bands));
   std::size_t i = 0;
   for (int y = 0; y < height; ++y) {
@@ -123,12 +126,15 @@ VImage pattern(int width, int height, int bands, int depth) {
   // The top must survive: one white and one black corner.
   std::fill_n(samples.begin(), bands, static_cast<std::uint16_t>(top));
   std::fill_n(samples.end() - bands, bands, std::uint16_t{0});
-  const VImage image =
-      VImage::new_from_memory_copy(samples.data(), samples.size() * 2, width, height, bands, VIPS_FORMAT_USHORT);
+  const VImage image = VImage::new_from_memory(samples.data(), samples.size() * 2, width, height,
+                                               bands, VIPS_FORMAT_USHORT);
   VipsInterpretation colours = depth == 8 ? VIPS_INTERPRETATION_sRGB : VIPS_INTERPRETATION_RGB16;
   if (bands < 3) colours = depth == 8 ? VIPS_INTERPRETATION_B_W : VIPS_INTERPRETATION_GREY16;
-  return image.cast(depth == 8 ? VIPS_FORMAT_UCHAR : VIPS_FORMAT_USHORT)
-      .copy(VImage::option()->set("interpretation", colours));
+  const VImage result = VImage::new_memory();  // the samples end here
+  image.cast(depth == 8 ? VIPS_FORMAT_UCHAR : VIPS_FORMAT_USHORT)
+      .copy(VImage::option()->set("interpretation", colours))
+      .write(result);
+  return result;
 }
 
 std::unique_ptr<Exiv2::Image> metadataOf(const std::string& path) {
@@ -182,7 +188,7 @@ std::vector<std::uint8_t> bytesOf(const std::string& path) {
   return {text.begin(), text.end()};
 }
 
-VImage open(const std::string& path) { return VImage::new_from_file(path.c_str()); }
+VImage open(const std::string& path) { return VImage::new_from_file(path.c_str()).copy_memory(); }
 
 double largestDifference(const VImage& a, const VImage& b) {
   EXPECT_EQ(a.width(), b.width());

@@ -1,5 +1,5 @@
-// The frame of the tests of the command-line host: a folder of its own per test, pictures made on the
-// spot, and the built program run as a user runs it.
+// The frame of the tests of the command-line host: a folder of its own per test, pictures made on
+// the spot, and the built program run as a user runs it.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -46,8 +46,8 @@ class HostTest : public ::testing::Test {
   fs::path folder_;
 };
 
-/// A picture with gradients, texture and saturated corners; every band another function of the place.
-/// `depth` 8 or 16. Interpretation by bands: 1, 2 grey, 3, 4 RGB.
+/// A picture with gradients, texture and saturated corners; every band another function of the
+/// place. `depth` 8 or 16. Interpretation by bands: 1, 2 grey, 3, 4 RGB.
 vips::VImage pattern(int width, int height, int bands, int depth);
 
 /// EXIF with camera, orientation 6, size and a maker note (Nikon, four tags), GPS, XMP and IPTC.

@@ -30,7 +30,9 @@ class Metadata : public HostTest {
     EXPECT_EQ(text("Exif.Image.Orientation"), "6");
     EXPECT_EQ(image->xmpData()["Xmp.xmp.Rating"].toString(), "4");
     EXPECT_EQ(image->xmpData()["Xmp.dc.title"].toString(), "lang=\"x-default\" A title");
-    if (iptc) EXPECT_EQ(image->iptcData()["Iptc.Application2.Caption"].toString(), "A caption");
+    if (iptc) {
+      EXPECT_EQ(image->iptcData()["Iptc.Application2.Caption"].toString(), "A caption");
+    }
 
     const vips::VImage pixels = open(path(name));
     EXPECT_EQ(profileOf(pixels), someProfile());
@@ -58,7 +60,8 @@ TEST_F(Metadata, IsKeptFromTiffAndWebpAndOwnPng) {
   runWell({"adjust", "in.tif", "-o", "a.png"});
   runWell({"adjust", "a.png", "-o", "b.jpg"});
   runWell({"adjust", "a.png", "-o", "b.png"});
-  for (const std::string name : {"a.tif", "a.jpg", "a.png", "b.jpg", "b.png"}) expectKept(name, true);
+  for (const std::string name : {"a.tif", "a.jpg", "a.png", "b.jpg", "b.png"})
+    expectKept(name, true);
   makeSource("in.webp");
   runWell({"adjust", "in.webp", "-o", "c.webp"});
   runWell({"adjust", "in.webp", "-o", "c.jpg"});
@@ -79,7 +82,8 @@ TEST_F(Metadata, SizesFollowThePreview) {
 }
 
 TEST_F(Metadata, NoneGivesNone) {
-  pattern(20, 20, 3, 8).jpegsave(path("in.jpg").c_str(), vips::VImage::option()->set("strip", true));
+  pattern(20, 20, 3, 8)
+      .jpegsave(path("in.jpg").c_str(), vips::VImage::option()->set("strip", true));
   runWell({"adjust", "in.jpg", "-o", "out.jpg"});
   runWell({"adjust", "in.jpg", "-o", "out.webp"});
   runWell({"adjust", "in.jpg", "-o", "out.png"});

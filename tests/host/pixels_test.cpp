@@ -8,10 +8,10 @@ using vips::VImage;
 class Pixels : public HostTest {
  protected:
   // Strong settings that reach every step of the tone stage.
-  const std::vector<std::string> strong_{"--luma-gamma",      "0.6", "--luma-eq-amount",   "0.2",
-                                         "--luma-eq-radius",  "20",  "--luma-detail-range", "0.1",
-                                         "--luma-detail-gain", "1.5", "--sharpen-amount",   "1.5",
-                                         "--sat-contrast",    "1.3"};
+  const std::vector<std::string> strong_{"--luma-gamma",       "0.6", "--luma-eq-amount",    "0.2",
+                                         "--luma-eq-radius",   "20",  "--luma-detail-range", "0.1",
+                                         "--luma-detail-gain", "1.5", "--sharpen-amount",    "1.5",
+                                         "--sat-contrast",     "1.3"};
 
   std::vector<std::string> strongly(std::vector<std::string> arguments) const {
     arguments.insert(arguments.end(), strong_.begin(), strong_.end());
@@ -30,7 +30,8 @@ TEST_F(Pixels, NeutralSettingsChangeNothing) {
     EXPECT_EQ(largestDifference(shallow, open(path("out8.png"))), 0);
     // The library counts to 32768: one bit is lost, rounded; 65533 and 65534 join white.
     EXPECT_LE(largestDifference(deep, open(path("out16.tif"))), 2);
-    EXPECT_EQ(open(path("out16.tif")).getpoint(0, 0), std::vector<double>(static_cast<std::size_t>(bands), 65535.0));
+    EXPECT_EQ(open(path("out16.tif")).getpoint(0, 0),
+              std::vector<double>(static_cast<std::size_t>(bands), 65535.0));
   }
 }
 
@@ -40,8 +41,9 @@ TEST_F(Pixels, AlphaIsKeptByteForByte) {
     const char* out;
     int depth;
   };
-  for (const Case& c : {Case{"in.png", "out.png", 8}, Case{"in.png", "out16.png", 16}, Case{"in.tif", "out.tif", 8},
-                        Case{"in.tif", "out16.tif", 16}, Case{"in.png", "out.webp", 8}}) {
+  for (const Case& c :
+       {Case{"in.png", "out.png", 8}, Case{"in.png", "out16.png", 16}, Case{"in.tif", "out.tif", 8},
+        Case{"in.tif", "out16.tif", 16}, Case{"in.png", "out.webp", 8}}) {
     SCOPED_TRACE(c.out);
     const VImage image = pattern(71, 51, 4, c.depth);
     image.write_to_file(path(c.in).c_str());
@@ -51,7 +53,8 @@ TEST_F(Pixels, AlphaIsKeptByteForByte) {
     const VImage result = open(same);
     ASSERT_EQ(result.bands(), 4);
     EXPECT_EQ(largestDifference(image.extract_band(3), result.extract_band(3)), 0);
-    EXPECT_GT((image.extract_band(0) - result.extract_band(0)).abs().max(), 4) << "nothing was done";
+    EXPECT_GT((image.extract_band(0) - result.extract_band(0)).abs().max(), 4)
+        << "nothing was done";
   }
 }
 
@@ -79,7 +82,10 @@ TEST_F(Pixels, GreyStaysGrey) {
   for (const int depth : {8, 16}) {
     const VImage grey = pattern(64, 48, 1, depth);
     grey.pngsave(path("grey.png").c_str());
-    grey.bandjoin({grey, grey}).copy(VImage::option()->set("interpretation", depth == 8 ? VIPS_INTERPRETATION_sRGB : VIPS_INTERPRETATION_RGB16)).pngsave(path("rgb.png").c_str());
+    VImage::bandjoin({grey, grey, grey})
+        .copy(VImage::option()->set(
+            "interpretation", depth == 8 ? VIPS_INTERPRETATION_sRGB : VIPS_INTERPRETATION_RGB16))
+        .pngsave(path("rgb.png").c_str());
     runWell(strongly({"adjust", "grey.png", "-o", "grey_out.png", "--force"}));
     runWell(strongly({"adjust", "rgb.png", "-o", "rgb_out.png", "--force"}));
     const VImage result = open(path("grey_out.png"));
@@ -89,26 +95,30 @@ TEST_F(Pixels, GreyStaysGrey) {
 }
 
 TEST_F(Pixels, CmykBecomesSrgbAndSaysSo) {
-  pattern(64, 48, 3, 8).icc_transform("cmyk", VImage::option()->set("input_profile", "srgb")).jpegsave(path("cmyk.jpg").c_str());
+  pattern(64, 48, 3, 8)
+      .icc_transform("cmyk", VImage::option()->set("input_profile", "srgb"))
+      .jpegsave(path("cmyk.jpg").c_str());
   const Outcome outcome = run({"adjust", "cmyk.jpg", "-o", "out.png"});
   EXPECT_EQ(outcome.code, 0);
   ASSERT_EQ(outcome.complaints().size(), 1U) << outcome.err;
   EXPECT_NE(outcome.err.find("CMYK converted to sRGB"), std::string::npos);
   const VImage result = open(path("out.png"));
   EXPECT_EQ(result.bands(), 3);
-  const VImage expected = open(path("cmyk.jpg")).icc_transform("srgb", VImage::option()->set("embedded", true));
+  const VImage expected =
+      open(path("cmyk.jpg")).icc_transform("srgb", VImage::option()->set("embedded", true));
   EXPECT_LE(largestDifference(expected, result), 1);
 }
 
-// The library leaves an odd last column and row alone, and in its tiled path (an axis of 2304 or more)
-// an odd first one black; the host must not let that be seen.
+// The library leaves an odd last column and row alone, and in its tiled path (an axis of 2304 or
+// more) an odd first one black; the host must not let that be seen.
 TEST_F(Pixels, OddSizesAreTreatedWhole) {
   for (const auto& [width, height] : {std::pair{75, 51}, {2305, 41}, {2400, 33}, {41, 2401}}) {
     SCOPED_TRACE(std::to_string(width) + " x " + std::to_string(height));
     const VImage odd = pattern(width, height, 3, 8);
     const int evenWidth = width + width % 2, evenHeight = height + height % 2;
     odd.pngsave(path("odd.png").c_str());
-    odd.embed(0, 0, evenWidth, evenHeight, VImage::option()->set("extend", VIPS_EXTEND_COPY)).pngsave(path("even.png").c_str());
+    odd.embed(0, 0, evenWidth, evenHeight, VImage::option()->set("extend", VIPS_EXTEND_COPY))
+        .pngsave(path("even.png").c_str());
     runWell(strongly({"adjust", "odd.png", "-o", "odd_out.png", "--force"}));
     runWell(strongly({"adjust", "even.png", "-o", "even_out.png", "--force"}));
     const VImage result = open(path("odd_out.png"));
@@ -139,9 +149,10 @@ TEST_F(Pixels, PreviewResemblesTheReducedResult) {
   const VImage image = pattern(1200, 900, 3, 8).gaussblur(2).cast(VIPS_FORMAT_UCHAR);
   image.pngsave(path("in.png").c_str());
   image.jpegsave(path("in.jpg").c_str(), VImage::option()->set("Q", 97));
-  const std::vector<std::string> settings{"--luma-gamma", "0.8",  "--luma-eq-amount",   "0.25", "--luma-eq-radius",
-                                          "160",          "--luma-detail-range", "0.2", "--luma-detail-radius", "48",
-                                          "--luma-detail-gain", "1.6", "--sat-contrast", "1.3"};
+  const std::vector<std::string> settings{
+      "--luma-gamma",        "0.8", "--luma-eq-amount",     "0.25", "--luma-eq-radius",   "160",
+      "--luma-detail-range", "0.2", "--luma-detail-radius", "48",   "--luma-detail-gain", "1.6",
+      "--sat-contrast",      "1.3"};
   const auto with = [&settings](std::vector<std::string> arguments) {
     arguments.insert(arguments.end(), settings.begin(), settings.end());
     return arguments;

@@ -11,17 +11,20 @@ class Presets : public HostTest {
     HostTest::SetUp();
     pattern(90, 70, 3, 8).pngsave(path("in.png").c_str());
   }
-  void write(const std::string& name, const std::string& text) const { std::ofstream(path(name)) << text; }
+  void write(const std::string& name, const std::string& text) const {
+    std::ofstream(path(name)) << text;
+  }
 };
 
 TEST_F(Presets, SavedOneGivesTheSameBytes) {
-  runWell({"adjust", "in.png", "-o", "a.png", "--preset", "vivid", "--luma-gamma", "0.333333343", "--hue-shift", "-.1",
-           "--save-preset", "mine.toml"});
+  runWell({"adjust", "in.png", "-o", "a.png", "--preset", "vivid", "--luma-gamma", "0.333333343",
+           "--hue-shift", "-.1", "--save-preset", "mine.toml"});
   runWell({"adjust", "in.png", "-o", "b.png", "--preset", "mine.toml"});
   EXPECT_EQ(bytesOf(path("a.png")), bytesOf(path("b.png")));
   runWell({"adjust", "--preset", "mine.toml", "--save-preset", "again.toml"});
   EXPECT_EQ(bytesOf(path("mine.toml")), bytesOf(path("again.toml")));
-  EXPECT_EQ(run({"adjust", "--preset", "mine.toml", "--save-preset", "again.toml"}).code, 1) << "overwrote";
+  EXPECT_EQ(run({"adjust", "--preset", "mine.toml", "--save-preset", "again.toml"}).code, 1)
+      << "overwrote";
 }
 
 TEST_F(Presets, TheCommandLineHasTheLastWord) {
@@ -32,13 +35,14 @@ TEST_F(Presets, TheCommandLineHasTheLastWord) {
 }
 
 TEST_F(Presets, MistakesAreUsageErrorsThatNameTheKey) {
-  for (const auto& [text, word] : {std::pair<std::string, std::string>{"luma-gama = 1\n", "luma-gama"},
-                                   {"luma-gamma = 9\n", "luma-gamma"},
-                                   {"luma-gamma = much\n", "luma-gamma"},
-                                   {"luma-gamma = 1\nluma-gamma = 2\n", "luma-gamma"},
-                                   {"luma-gamma = [1, 2]\n", "luma-gamma"},
-                                   {"[tone]\nluma-gamma = 1\n", "tone"},
-                                   {"luma-gamma 1\n", "luma-gamma"}}) {
+  for (const auto& [text, word] :
+       {std::pair<std::string, std::string>{"luma-gama = 1\n", "luma-gama"},
+        {"luma-gamma = 9\n", "luma-gamma"},
+        {"luma-gamma = much\n", "luma-gamma"},
+        {"luma-gamma = 1\nluma-gamma = 2\n", "luma-gamma"},
+        {"luma-gamma = [1, 2]\n", "luma-gamma"},
+        {"[tone]\nluma-gamma = 1\n", "tone"},
+        {"luma-gamma 1\n", "luma-gamma"}}) {
     SCOPED_TRACE(text);
     write("wrong.toml", text);
     const Outcome outcome = run({"adjust", "in.png", "-o", "out.png", "--preset", "wrong.toml"});

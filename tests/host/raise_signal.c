@@ -18,20 +18,23 @@ static void raiseIt(void) {
   raise(number != NULL ? atoi(number) : SIGINT);
 }
 
-/* A library that keeps its promise: progress first, and 0 with the pixels untouched when told to stop. */
+/* A library that keeps its promise: progress first, and 0 with the pixels untouched when told to
+ * stop. */
 __attribute__((visibility("default"))) int vxAdjustRgb(
-    void* pixels, int format, int rowStep, int width, int height, int previewScale, VxHostAlloc hostAlloc,
-    VxHostFree hostFree, VxProgress progress, void* hostContext, float lumaEqAmount, float lumaEqRadius,
-    float lumaEqPeakGain, float lumaGamma, float lumaEqTopCut, float lumaEqFloor, float lumaDetailRange,
-    float lumaDetailRadius, float lumaDetailGamma, float lumaDetailGain, float sharpenAmount, float satEqAmount,
+    void* pixels, int format, int rowStep, int width, int height, int previewScale,
+    VxHostAlloc hostAlloc, VxHostFree hostFree, VxProgress progress, void* hostContext,
+    float lumaEqAmount, float lumaEqRadius, float lumaEqPeakGain, float lumaGamma,
+    float lumaEqTopCut, float lumaEqFloor, float lumaDetailRange, float lumaDetailRadius,
+    float lumaDetailGamma, float lumaDetailGain, float sharpenAmount, float satEqAmount,
     float satEqRadius, float satContrast, float satGamma, float hueShift, float denoiseStrength,
     const NoiseProfile* noiseProfile, float grainRestore, float unblockStrength, int denoiseMode) {
-  (void)pixels, (void)format, (void)rowStep, (void)width, (void)height, (void)previewScale, (void)hostAlloc,
-      (void)hostFree, (void)lumaEqAmount, (void)lumaEqRadius, (void)lumaEqPeakGain, (void)lumaGamma,
-      (void)lumaEqTopCut, (void)lumaEqFloor, (void)lumaDetailRange, (void)lumaDetailRadius, (void)lumaDetailGamma,
-      (void)lumaDetailGain, (void)sharpenAmount, (void)satEqAmount, (void)satEqRadius, (void)satContrast,
-      (void)satGamma, (void)hueShift, (void)denoiseStrength, (void)noiseProfile, (void)grainRestore,
-      (void)unblockStrength, (void)denoiseMode;
+  (void)pixels, (void)format, (void)rowStep, (void)width, (void)height, (void)previewScale,
+      (void)hostAlloc, (void)hostFree, (void)lumaEqAmount, (void)lumaEqRadius, (void)lumaEqPeakGain,
+      (void)lumaGamma, (void)lumaEqTopCut, (void)lumaEqFloor, (void)lumaDetailRange,
+      (void)lumaDetailRadius, (void)lumaDetailGamma, (void)lumaDetailGain, (void)sharpenAmount,
+      (void)satEqAmount, (void)satEqRadius, (void)satContrast, (void)satGamma, (void)hueShift,
+      (void)denoiseStrength, (void)noiseProfile, (void)grainRestore, (void)unblockStrength,
+      (void)denoiseMode;
   if (chosen("progress")) raiseIt();
   return progress == NULL || progress(1, 100, hostContext) != 0;
 }

@@ -163,7 +163,7 @@ TEST(ToneBadValues, gridsThatCannotBeHadAreRefusedInTheSetUp) {
   const float inf = std::numeric_limits<float>::infinity();
   BilateralFilter filter;
   EXPECT_EQ(filter.setupGrid(50, 50, 1.0f, 0.0f, 8, 0.1f, 0), kVxrcNoMemory);
-  EXPECT_EQ(filter.setupGrid(-5, 50, 0.0f, 1.0f, 8, 0.1f, 0), kVxrcNoMemory);
+  EXPECT_EQ(filter.setupGrid(-500, 50, 0.0f, 1.0f, 8, 0.1f, 0), kVxrcNoMemory);
   EXPECT_EQ(filter.setupGrid(50, INT_MIN, 0.0f, 1.0f, 2, 0.1f, 0), kVxrcNoMemory);
   EXPECT_EQ(filter.setupGrid(INT_MAX, INT_MAX, 0.0f, 1.0f, 2, 0.1f, 0), kVxrcNoMemory);
   BilateralLocalHistEq eq;
@@ -190,15 +190,13 @@ TEST(ToneBadValues, noSettingAndNoPixelLeavesTheMemory) {
 
     AdjustToneStage stage = everything();
     stage.apply(image);
-    float* const fields[] = {&stage.sharpenAmount,          &stage.sharpenSigma,
-                             &stage.hueShift,               &stage.lightness.eqStrength,
-                             &stage.lightness.eqClip,       &stage.lightness.eqPeakGain,
-                             &stage.lightness.gamma,        &stage.lightness.eqTopCut,
-                             &stage.lightness.eqFloor,      &stage.lightness.detailRange,
-                             &stage.lightness.detailGain,   &stage.lightness.detailGamma,
-                             &stage.saturation.eqStrength,  &stage.saturation.contrast,
-                             &stage.saturation.gamma,       &stage.saturation.highKnee,
-                             &stage.saturation.brightness,  &stage.saturation.detailRange};
+    float* const fields[] = {
+        &stage.sharpenAmount,         &stage.sharpenSigma,          &stage.hueShift,
+        &stage.lightness.eqStrength,  &stage.lightness.eqClip,      &stage.lightness.eqPeakGain,
+        &stage.lightness.gamma,       &stage.lightness.eqTopCut,    &stage.lightness.eqFloor,
+        &stage.lightness.detailRange, &stage.lightness.detailGain,  &stage.lightness.detailGamma,
+        &stage.saturation.eqStrength, &stage.saturation.contrast,   &stage.saturation.gamma,
+        &stage.saturation.highKnee,   &stage.saturation.brightness, &stage.saturation.detailRange};
     for (const int mode : {0, 1, 2, 3}) {
       stage.saturation.mode = mode;
       for (float* field : fields) {
@@ -209,8 +207,11 @@ TEST(ToneBadValues, noSettingAndNoPixelLeavesTheMemory) {
         ++ran;
       }
     }
-    for (const Range range : {Range{0.0f, 1.0f, bad}, {bad, 1.0f, 0.1f}, {0.0f, bad, 0.1f},
-                              {-1.0f, 7.0f, 0.01f}, {0.0f, 5.0f, 0.9f}}) {
+    for (const Range range : {Range{0.0f, 1.0f, bad},
+                              {bad, 1.0f, 0.1f},
+                              {0.0f, bad, 0.1f},
+                              {-1.0f, 7.0f, 0.01f},
+                              {0.0f, 5.0f, 0.9f}}) {
       BilateralFilter filter;
       if (filter.setupGrid(45, 31, range.low, range.high, 6, range.step, 0) == kVxrcOk)
         filter.filter(plane, guide, bad);

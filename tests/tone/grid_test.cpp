@@ -15,8 +15,8 @@ struct FilterCase {
 };
 
 void PrintTo(const FilterCase& c, std::ostream* out) {
-  *out << c.width << "x" << c.height << ", " << c.spatialSample << " pixels, " << c.range.low << ".."
-       << c.range.high << " by " << c.range.step;
+  *out << c.width << "x" << c.height << ", " << c.spatialSample << " pixels, " << c.range.low
+       << ".." << c.range.high << " by " << c.range.step;
 }
 
 class FilterAgainstReference : public ::testing::TestWithParam<FilterCase> {};
@@ -40,35 +40,32 @@ TEST_P(FilterAgainstReference, everyPixelBitForBit) {
   EXPECT_TRUE(sameBits(selfExpected, self)) << "guided by itself";
 
   referenceFilter(expected, guide, range, sample);
-  for (const int rows : {0, 1, 7, h}) {
-    for (const int threads : {1, 2, 7}) {
-      const Threads team(threads);
-      Plane again(w, h);
-      copyImage(actual, again);
-      filter.bandHeight = rows;
-      ASSERT_EQ(filter.filter(again, guide, 0.0f), kVxrcOk);
-      EXPECT_TRUE(sameBits(expected, again)) << rows << " rows, " << threads << " threads";
-    }
+  for (const auto& [rows, threads] : kRuns) {
+    const Threads team(threads);
+    Plane again(w, h);
+    copyImage(actual, again);
+    filter.bandHeight = rows;
+    ASSERT_EQ(filter.filter(again, guide, 0.0f), kVxrcOk);
+    EXPECT_TRUE(sameBits(expected, again)) << rows << " rows, " << threads << " threads";
   }
 }
 
 // The span of 1.0745 takes bins out of their column, at 0.012 by several cells, at 1.0 / 400 past
 // the 256 that a bin can say; 0.3 and 0.5 leave the shallowest columns.
-INSTANTIATE_TEST_SUITE_P(
-    Geometries, FilterAgainstReference,
-    ::testing::Values(FilterCase{97, 61, 16, {0.0f, 1.0f, 0.1f}},
-                      FilterCase{97, 61, 6, {0.0f, 1.0f, 0.025f}},
-                      FilterCase{160, 40, 7, {0.0f, 1.0f, 0.05f}},
-                      FilterCase{120, 33, 2, {0.0f, 1.0f, 0.3f}},
-                      FilterCase{64, 64, 5, {-0.03725f, 1.03725f, 0.012f}},
-                      FilterCase{70, 31, 9, {-0.5372f, 0.5373f, 0.02f}},
-                      FilterCase{50, 50, 8, {0.0f, 1.0f, 0.0025f}},
-                      FilterCase{50, 50, 8, {0.0f, 1.0f, 1.0f / 253.0f}},
-                      FilterCase{33, 20, 4, {0.0f, 2.0f, 0.5f}},
-                      FilterCase{5, 4, 16, {0.0f, 1.0f, 0.1f}},
-                      FilterCase{1, 1, 2, {0.0f, 1.0f, 0.1f}},
-                      FilterCase{1, 40, 3, {0.0f, 1.0f, 0.1f}},
-                      FilterCase{40, 1, 3, {0.0f, 1.0f, 0.1f}}));
+INSTANTIATE_TEST_SUITE_P(Geometries, FilterAgainstReference,
+                         ::testing::Values(FilterCase{97, 61, 16, {0.0f, 1.0f, 0.1f}},
+                                           FilterCase{97, 61, 6, {0.0f, 1.0f, 0.025f}},
+                                           FilterCase{160, 40, 7, {0.0f, 1.0f, 0.05f}},
+                                           FilterCase{120, 33, 2, {0.0f, 1.0f, 0.3f}},
+                                           FilterCase{64, 64, 5, {-0.03725f, 1.03725f, 0.012f}},
+                                           FilterCase{70, 31, 9, {-0.5372f, 0.5373f, 0.02f}},
+                                           FilterCase{50, 50, 8, {0.0f, 1.0f, 0.0025f}},
+                                           FilterCase{50, 50, 8, {0.0f, 1.0f, 1.0f / 253.0f}},
+                                           FilterCase{33, 20, 4, {0.0f, 2.0f, 0.5f}},
+                                           FilterCase{5, 4, 16, {0.0f, 1.0f, 0.1f}},
+                                           FilterCase{1, 1, 2, {0.0f, 1.0f, 0.1f}},
+                                           FilterCase{1, 40, 3, {0.0f, 1.0f, 0.1f}},
+                                           FilterCase{40, 1, 3, {0.0f, 1.0f, 0.1f}}));
 
 struct EqCase {
   int width, height, spatialSample;
@@ -97,15 +94,13 @@ TEST_P(EqAgainstReference, everyPixelBitForBit) {
                          s.peakPosition, 0),
             kVxrcOk);
   EXPECT_EQ(eq.gridDepth, 104);
-  for (const int rows : {0, 1, 7, h}) {
-    for (const int threads : {1, 2, 7}) {
-      const Threads team(threads);
-      Plane actual(w, h);
-      copyImage(image, actual);
-      eq.bandHeight = rows;
-      ASSERT_EQ(eq.equalize(actual, s.strength, 0.0f, s.clipScale), kVxrcOk);
-      EXPECT_TRUE(sameBits(expected, actual)) << rows << " rows, " << threads << " threads";
-    }
+  for (const auto& [rows, threads] : kRuns) {
+    const Threads team(threads);
+    Plane actual(w, h);
+    copyImage(image, actual);
+    eq.bandHeight = rows;
+    ASSERT_EQ(eq.equalize(actual, s.strength, 0.0f, s.clipScale), kVxrcOk);
+    EXPECT_TRUE(sameBits(expected, actual)) << rows << " rows, " << threads << " threads";
   }
 }
 
@@ -161,8 +156,8 @@ TEST(GridFilter, aFlatPlaneComesBack) {
     BilateralFilter filter;
     ASSERT_EQ(filter.setupGrid(70, 50, 0.0f, 1.0f, 8, 0.1f, 0), kVxrcOk);
     ASSERT_EQ(filter.filter(plane, plane, 0.0f), kVxrcOk);
-    // One division and the weights of the read: a few roundings.
-    EXPECT_LE(largestDifference(flat, plane), 4.0f * 1.2e-7f * value) << value;
+    // Each of the 64 additions to a cell may round by half a unit.
+    EXPECT_LE(largestDifference(flat, plane), 64 * 6e-8f * value) << value;
   }
 }
 

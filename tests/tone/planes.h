@@ -82,6 +82,12 @@ float largestDifference(const Image& a, const Image& b) {
   return largest;
 }
 
+/// Rows of a band and threads of a run; no result depends on either. The last is one band.
+struct Run {
+  int rows, threads;
+};
+inline constexpr Run kRuns[] = {{0, 1}, {1, 1}, {7, 1}, {7, 2}, {2, 7}, {1 << 20, 1}};
+
 /// Runs with another number of threads.
 class Threads {
  public:

