@@ -83,8 +83,8 @@ double seconds(clockid_t clock) {
   return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
 }
 
-// Runs the loop of a benchmark, and reports the fastest turn: of the wall clock, and of the time that
-// this process spent on all its threads, which other processes do not lengthen.
+// Runs the loop of a benchmark, and reports the fastest turn: of the wall clock, and of the time
+// that this process spent on all its threads, which other processes do not lengthen.
 template <class Run>
 void loop(benchmark::State& state, double megapixels, const Run& run) {
   double wall = 1e30, cpu = 1e30;
@@ -186,10 +186,10 @@ void step(benchmark::State& state, const Step& run) {
   loop(state, kStepSize.megapixels(), [&] { run(planes); });
 }
 
-#define VX_STEP(name, ...)                                                  \
-  void name(benchmark::State& state) {                                      \
-    step(state, [](Planes& p) { __VA_ARGS__ });                             \
-  }                                                                         \
+#define VX_STEP(name, ...)                      \
+  void name(benchmark::State& state) {          \
+    step(state, [](Planes& p) { __VA_ARGS__ }); \
+  }                                             \
   BENCHMARK(name)->Unit(benchmark::kMillisecond)->UseRealTime()
 
 VX_STEP(stepRgbToHls, forEachBand(p.image.height, p.rows, [&](int y, int n) {
@@ -200,8 +200,8 @@ VX_STEP(stepHlsToRgb, forEachBand(p.image.height, p.rows, [&](int y, int n) {
           prim::primHLSToRGB_32f_C3R(p.hls.row(y), p.hls.step, p.image.row(y), p.image.step,
                                      p.image.width, n);
         }););
-VX_STEP(stepUnsharp, UnsharpMask mask; mask.amount = 1.3f; mask.sigma = 0.85f;
-        p.restore(); mask.apply(p.work););
+VX_STEP(stepUnsharp, UnsharpMask mask; mask.amount = 1.3f; mask.sigma = 0.85f; p.restore();
+        mask.apply(p.work););
 VX_STEP(stepEqualize, LightnessTone tone; const AdjustToneStage full = fullSetting();
         tone.eqStrength = full.lightness.eqStrength; tone.eqClip = full.lightness.eqClip;
         tone.gamma = 0.0f; p.restore(); tone.apply(p.work););

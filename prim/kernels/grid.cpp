@@ -1,10 +1,5 @@
+#include "prim/kernels/intrinsics.h"
 #include "prim/kernels/kernel.h"
-
-#if defined(__AVX2__)
-#include <immintrin.h>
-#elif defined(__SSE2__)
-#include <emmintrin.h>
-#endif
 
 namespace vx::prim::VX_VARIANT {
 namespace {
@@ -50,9 +45,9 @@ inline float readOne(const float* cell, float fx, float fy, float fz) {
   return gy * nearRow + fy * farRow;
 }
 
-// Several pixels at a time: the eight corners of each are loaded side by side and transposed, so that
-// a register holds one corner of all pixels. `cell` counts pairs of floats from `packed`, which
-// makes the address one operand. A gather per corner ran at half the speed.
+// Several pixels at a time: the eight corners of each are loaded side by side and transposed, so
+// that a register holds one corner of all pixels. `cell` counts pairs of floats from `packed`,
+// which makes the address one operand. A gather per corner ran at half the speed.
 #if defined(VX_KERNEL_SCALAR)
 constexpr int kPixels = 1;
 inline void readSome(const float* packed, const unsigned* cell, const float* fz, const float* fx,
@@ -62,8 +57,9 @@ inline void readSome(const float* packed, const unsigned* cell, const float* fz,
 #elif defined(__AVX512F__)
 constexpr int kPixels = 16;
 inline __m512 twoPixels(const float* packed, unsigned first, unsigned second) {
-  return _mm512_insertf32x8(_mm512_castps256_ps512(_mm256_loadu_ps(packed + 2 * std::size_t{first})),
-                            _mm256_loadu_ps(packed + 2 * std::size_t{second}), 1);
+  return _mm512_insertf32x8(
+      _mm512_castps256_ps512(_mm256_loadu_ps(packed + 2 * std::size_t{first})),
+      _mm256_loadu_ps(packed + 2 * std::size_t{second}), 1);
 }
 // One corner of pixels 0 to 3 and 4 to 7: in quads 0 and 2 at z, in quads 1 and 3 at z + 1.
 struct EightPixels {
@@ -98,8 +94,8 @@ inline void readSome(const float* packed, const unsigned* cell, const float* fz,
   const __m512 yr = one - y;
   const __m512 nearRow = x * alongValue(a.nearRight, b.nearRight, z, zr) +
                          xr * alongValue(a.nearLeft, b.nearLeft, z, zr);
-  const __m512 farRow = x * alongValue(a.farRight, b.farRight, z, zr) +
-                        xr * alongValue(a.farLeft, b.farLeft, z, zr);
+  const __m512 farRow =
+      x * alongValue(a.farRight, b.farRight, z, zr) + xr * alongValue(a.farLeft, b.farLeft, z, zr);
   _mm512_storeu_ps(dst, yr * nearRow + y * farRow);
 }
 #elif defined(__AVX2__)
@@ -138,8 +134,8 @@ inline void readSome(const float* packed, const unsigned* cell, const float* fz,
   const __m256 yr = one - y;
   const __m256 nearRow = x * alongValue(a.nearRight, b.nearRight, z, zr) +
                          xr * alongValue(a.nearLeft, b.nearLeft, z, zr);
-  const __m256 farRow = x * alongValue(a.farRight, b.farRight, z, zr) +
-                        xr * alongValue(a.farLeft, b.farLeft, z, zr);
+  const __m256 farRow =
+      x * alongValue(a.farRight, b.farRight, z, zr) + xr * alongValue(a.farLeft, b.farLeft, z, zr);
   _mm256_storeu_ps(dst, yr * nearRow + y * farRow);
 }
 #else
@@ -166,8 +162,8 @@ inline void readSome(const float* packed, const unsigned* cell, const float* fz,
   const __m128 xr = one - x;
   const __m128 y = _mm_set1_ps(fy);
   const __m128 yr = one - y;
-  const __m128 nearRow = x * (high.nearRight * z + low.nearRight * zr) +
-                         xr * (high.nearLeft * z + low.nearLeft * zr);
+  const __m128 nearRow =
+      x * (high.nearRight * z + low.nearRight * zr) + xr * (high.nearLeft * z + low.nearLeft * zr);
   const __m128 farRow =
       x * (high.farRight * z + low.farRight * zr) + xr * (high.farLeft * z + low.farLeft * zr);
   _mm_storeu_ps(dst, yr * nearRow + y * farRow);
