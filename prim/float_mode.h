@@ -2,7 +2,17 @@
 
 namespace vx::prim {
 
+/// Switches the thread's flush-to-zero mode: denormal results of the vector unit become 0.
+///
+/// Switching on masks the underflow exception as well and leaves the other masks alone.
+/// @param previous   may be null; switching on stores the underflow mask that was (0x800 or 0),
+///   switching off reads it and takes the mask away again if it holds 0
+/// @return kStatusOk: every 64-bit processor has the mode
 int primSetFlushToZero(int enable, int* previous);
+
+/// Switches the thread's denormals-are-zero mode: denormal operands of the vector unit count as 0.
+///
+/// @return kStatusNoFloatMode if the processor lacks the mode
 int primSetDenormalsAreZero(int enable);
 
 /// Gives the thread the floating-point state that every computation of the library assumes (round

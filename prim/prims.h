@@ -2,8 +2,7 @@
 
 // The whole primitive layer. What holds for every primitive:
 //
-// - Names: `prim`, operation, `_`, element types, `_`, layout (C1R, C3R: interleaved channels over
-// a
+// - Names: `prim`, operation, `_`, element types, `_`, layout (C1R, C3R: interleaved channels over a
 //   rectangle; P3R: planes; I: in place; M: under an 8-bit mask); `primv` marks one-dimensional
 //   forms.
 // - Steps are in bytes, signed and never derived from the width; width and height count pixels. The
@@ -26,8 +25,10 @@
 #include "prim/filter.h"
 #include "prim/float_mode.h"
 #include "prim/geometry.h"
+#include "prim/grid.h"
 #include "prim/lut.h"
 #include "prim/memory.h"
+#include "prim/pyramid.h"
 #include "prim/rank.h"
 #include "prim/search.h"
 #include "prim/stats.h"

@@ -1,26 +1,106 @@
 #include "prim/cpu.h"
 
+#include <cpuid.h>
+
+#include <algorithm>
+
+#include "prim/common/cpu_model.h"
 #include "prim/dispatch.h"
+#include "prim/types.h"
 
 namespace vx::prim {
+namespace {
+
+constexpr int kFirstWideIndex = 5;
+constexpr int kWideLevels = 3;
+
+// Level in force inside index 5.
+constinit int wideLevel = 0;
+
+// Once per process: in a virtual machine each leaf costs a trap.
+const CpuRecord& thisCpu() noexcept {
+  static const CpuRecord record = readCpuRecord();
+  return record;
+}
+
+CpuRecord::Leaf readLeaf(unsigned leaf) noexcept {
+  CpuRecord::Leaf result;
+  __cpuid_count(leaf, 0, result.eax, result.ebx, result.ecx, result.edx);
+  return result;
+}
+
+int widestLevel() noexcept { return std::max(0, lastRunnableColumn() - kFirstWideIndex); }
+
+// Keeps the column in step with index and level. A code that was set by hand may name more than the
+// processor has; the column never does.
+void chooseColumn() noexcept {
+  const int wanted = primCpuIndex < kFirstWideIndex ? primCpuIndex : kFirstWideIndex + wideLevel;
+  primCpuColumn = std::min(wanted, lastRunnableColumn());
+}
+
+}  // namespace
 
 constinit int primCpuIndex = 0;
 
-int lastRunnableColumn() noexcept {
-  __builtin_cpu_init();
-  if (__builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
-      __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512vl"))
-    return 7;
-  if (__builtin_cpu_supports("avx2")) return 6;
-  if (__builtin_cpu_supports("sse4.1")) return 5;
-  if (__builtin_cpu_supports("ssse3")) return 4;
-  return 3;
+CpuRecord readCpuRecord() noexcept {
+  CpuRecord cpu;
+  cpu.hasCpuid = true;  // part of the 64-bit architecture
+  cpu.leaf0 = readLeaf(0);
+  const unsigned last = cpu.leaf0.eax;
+  if (last >= 1) cpu.leaf1 = readLeaf(1);
+  if (last >= 2) cpu.leaf2 = readLeaf(2);
+  if (last >= 4) cpu.leaf4 = readLeaf(4);
+  if (last >= 7) cpu.leaf7 = readLeaf(7);
+  cpu.extended0 = readLeaf(0x80000000);
+  if (cpu.extended0.eax > 0x80000000) cpu.extended1 = readLeaf(0x80000001);
+  if ((cpu.leaf1.ecx & bit_OSXSAVE) != 0) {
+    std::uint32_t low = 0;
+    std::uint32_t high = 0;
+    // xgetbv; the intrinsic would ask for a build with -mxsave.
+    asm("xgetbv" : "=a"(low), "=d"(high) : "c"(0));
+    cpu.xcr0 = std::uint64_t{high} << 32 | low;
+  }
+  return cpu;
 }
 
-int primInitCpu() { return 0; }
-int primGetCpuCode() { return 0; }
-int primSetCpuByCode(int) { return 0; }
-int primGetCacheSize(int*) { return 0; }
-int primSetWideLevel(int) { return 0; }
+int lastRunnableColumn() noexcept {
+  static const int column = lastRunnableColumn(thisCpu());
+  return column;
+}
+
+int primGetCpuCode() { return cpuCode(thisCpu()); }
+
+int primInitCpu() {
+  wideLevel = widestLevel();
+  primSetCpuByCode(primGetCpuCode());
+  return isKnownVendor(thisCpu()) ? kStatusOk : kStatusOtherVendor;
+}
+
+int primSetCpuByCode(int code) {
+  const int index = cpuIndexOfCode(code);
+  if (index < 0) return kStatusUnknownCpu;
+  primCpuIndex = index;
+  chooseColumn();
+  return kStatusOk;
+}
+
+int primGetCacheSize(int* size) {
+  if (size == nullptr) return kStatusNullPtr;
+  struct Outcome {
+    int size = 0;
+    int status = largestCache(thisCpu(), &size);
+  };
+  static const Outcome outcome;
+  *size = outcome.size;
+  return outcome.status;
+}
+
+int primSetWideLevel(int level) {
+  if (level >= 0 && level < kWideLevels) {
+    wideLevel = std::min(level, widestLevel());
+    chooseColumn();
+  }
+  return wideLevel;
+}
 
 }  // namespace vx::prim

@@ -2,6 +2,9 @@
 
 #include <immintrin.h>
 
+#include <cstdint>
+#include <cstring>
+
 #include "prim/types.h"
 
 namespace vx::prim {
@@ -12,6 +15,16 @@ constexpr unsigned kUnderflowMask = 0x0800;
 constexpr unsigned kDenormalsAreZero = 0x0040;
 // Nearest, traps masked, flush-to-zero, denormals-are-zero, no sticky flags.
 constexpr unsigned kLibraryState = 0x9FC0;
+
+// The state-save area holds the bits of the control register that may be set; 0 stands for the set
+// of the first processors, without the mode.
+bool hasDenormalsAreZero() {
+  alignas(16) std::uint8_t area[512] = {};
+  _fxsave(area);
+  std::uint32_t mask = 0;
+  std::memcpy(&mask, area + 28, sizeof(mask));
+  return (mask & kDenormalsAreZero) != 0;
+}
 
 }  // namespace
 
@@ -28,8 +41,8 @@ int primSetFlushToZero(int enable, int* previous) {
   return kStatusOk;
 }
 
-// Every 64-bit processor has the mode.
 int primSetDenormalsAreZero(int enable) {
+  if (!hasDenormalsAreZero()) return kStatusNoFloatMode;
   const unsigned state = _mm_getcsr();
   _mm_setcsr(enable != 0 ? state | kDenormalsAreZero : state & ~kDenormalsAreZero);
   return kStatusOk;

@@ -1,28 +1,141 @@
-#include "prim/kernels/kernel.h"
+#include "prim/kernels/divide.h"
+#include "prim/kernels/exp_ln.h"
+#include "prim/kernels/rows.h"
 
 namespace vx::prim::VX_VARIANT {
+namespace {
 
-int primAdd_32f_C1IR(const float*, int, float*, int, int, int) { return -9999; }
-int primAdd_32f_C3IR(const float*, int, float*, int, int, int) { return -9999; }
-int primAdd_32f_C1R(const float*, int, const float*, int, float*, int, int, int) { return -9999; }
-int primSub_32f_C1IR(const float*, int, float*, int, int, int) { return -9999; }
-int primSub_32f_C1R(const float*, int, const float*, int, float*, int, int, int) { return -9999; }
-int primMul_32f_C1IR(const float*, int, float*, int, int, int) { return -9999; }
-int primDiv_32f_C1IR(const float*, int, float*, int, int, int) { return -9999; }
-int primAddC_32f_C1IR(float, float*, int, int, int) { return -9999; }
-int primAddC_32f_C3IR(const float*, float*, int, int, int) { return -9999; }
-int primSubC_32f_C1IR(float, float*, int, int, int) { return -9999; }
-int primSubC_32f_C1R(const float*, int, float, float*, int, int, int) { return -9999; }
-int primMulC_32f_C1IR(float, float*, int, int, int) { return -9999; }
-int primMulC_32f_C3IR(const float*, float*, int, int, int) { return -9999; }
-int primMulC_32f_C1R(const float*, int, float, float*, int, int, int) { return -9999; }
-int primAbs_32f_C1R(const float*, int, float*, int, int, int) { return -9999; }
-int primAbs_32f_C1IR(float*, int, int, int) { return -9999; }
-int primAbsDiff_32f_C1R(const float*, int, const float*, int, float*, int, int, int) {
-  return -9999;
+// Subtrahend and divisor are the first operand throughout.
+constexpr auto kAdd = [](float a, float b) { return a + b; };
+constexpr auto kSubFrom = [](float subtrahend, float b) { return b - subtrahend; };
+constexpr auto kMul = [](float a, float b) { return a * b; };
+constexpr auto kAbs = [](float a) { return __builtin_fabsf(a); };
+
+}  // namespace
+
+int primAdd_32f_C1IR(const float* src, int srcStep, float* srcDst, int srcDstStep, int width,
+                     int height) {
+  return mapRows(src, srcStep, srcDst, srcDstStep, srcDst, srcDstStep, width, height, kAdd);
 }
-int primSqr_32f_C1IR(float*, int, int, int) { return -9999; }
-int primExp_32f_C1IR(float*, int, int, int) { return -9999; }
-int primLn_32f_C1IR(float*, int, int, int) { return -9999; }
+
+int primAdd_32f_C3IR(const float* src, int srcStep, float* srcDst, int srcDstStep, int width,
+                     int height) {
+  return mapRows(src, srcStep, srcDst, srcDstStep, srcDst, srcDstStep, width, height, kAdd, 3);
+}
+
+int primAdd_32f_C1R(const float* src1, int src1Step, const float* src2, int src2Step, float* dst,
+                    int dstStep, int width, int height) {
+  return mapRows(src1, src1Step, src2, src2Step, dst, dstStep, width, height, kAdd);
+}
+
+int primSub_32f_C1IR(const float* src, int srcStep, float* srcDst, int srcDstStep, int width,
+                     int height) {
+  return mapRows(src, srcStep, srcDst, srcDstStep, srcDst, srcDstStep, width, height, kSubFrom);
+}
+
+int primSub_32f_C1R(const float* src1, int src1Step, const float* src2, int src2Step, float* dst,
+                    int dstStep, int width, int height) {
+  return mapRows(src1, src1Step, src2, src2Step, dst, dstStep, width, height, kSubFrom);
+}
+
+int primMul_32f_C1IR(const float* src, int srcStep, float* srcDst, int srcDstStep, int width,
+                     int height) {
+  return mapRows(src, srcStep, srcDst, srcDstStep, srcDst, srcDstStep, width, height, kMul);
+}
+
+int primDiv_32f_C1IR(const float* src, int srcStep, float* srcDst, int srcDstStep, int width,
+                     int height) {
+  if (src == nullptr || srcDst == nullptr) return kStatusNullPtr;
+  if (emptySize(width, height)) return kStatusBadSize;
+  int status = kStatusOk;
+  for (int y = 0; y < height; ++y) {
+    if (divideRow(row(src, srcStep, y), row(srcDst, srcDstStep, y), width))
+      status = kStatusDivByZero;
+  }
+  return status;
+}
+
+int primAddC_32f_C1IR(float value, float* srcDst, int srcDstStep, int width, int height) {
+  return mapRows(srcDst, srcDstStep, srcDst, srcDstStep, width, height,
+                 [value](float a) { return a + value; });
+}
+
+int primAddC_32f_C3IR(const float* value, float* srcDst, int srcDstStep, int width, int height) {
+  if (value == nullptr || srcDst == nullptr) return kStatusNullPtr;
+  return mapChannels(srcDst, srcDstStep, width, height, {value[0], value[1], value[2]}, kAdd);
+}
+
+int primSubC_32f_C1IR(float value, float* srcDst, int srcDstStep, int width, int height) {
+  return mapRows(srcDst, srcDstStep, srcDst, srcDstStep, width, height,
+                 [value](float a) { return a - value; });
+}
+
+int primSubC_32f_C1R(const float* src, int srcStep, float value, float* dst, int dstStep, int width,
+                     int height) {
+  return mapRows(src, srcStep, dst, dstStep, width, height, [value](float a) { return a - value; });
+}
+
+int primMulC_32f_C1IR(float value, float* srcDst, int srcDstStep, int width, int height) {
+  return mapRows(srcDst, srcDstStep, srcDst, srcDstStep, width, height,
+                 [value](float a) { return a * value; });
+}
+
+int primMulC_32f_C3IR(const float* value, float* srcDst, int srcDstStep, int width, int height) {
+  if (value == nullptr || srcDst == nullptr) return kStatusNullPtr;
+  return mapChannels(srcDst, srcDstStep, width, height, {value[0], value[1], value[2]}, kMul);
+}
+
+int primMulC_32f_C1R(const float* src, int srcStep, float value, float* dst, int dstStep, int width,
+                     int height) {
+  return mapRows(src, srcStep, dst, dstStep, width, height, [value](float a) { return a * value; });
+}
+
+int primAbs_32f_C1R(const float* src, int srcStep, float* dst, int dstStep, int width, int height) {
+  return mapRows(src, srcStep, dst, dstStep, width, height, kAbs);
+}
+
+int primAbs_32f_C1IR(float* srcDst, int srcDstStep, int width, int height) {
+  return mapRows(srcDst, srcDstStep, srcDst, srcDstStep, width, height, kAbs);
+}
+
+int primAbsDiff_32f_C1R(const float* src1, int src1Step, const float* src2, int src2Step,
+                        float* dst, int dstStep, int width, int height) {
+  if (src1 == nullptr || src2 == nullptr || dst == nullptr) return kStatusNullPtr;
+  if (emptySize(width, height)) return kStatusBadSize;
+  if (shortStep(src1Step, width, 4) || shortStep(src2Step, width, 4) ||
+      shortStep(dstStep, width, 4))
+    return kStatusBadStep;
+  return mapRows(src1, src1Step, src2, src2Step, dst, dstStep, width, height,
+                 [](float a, float b) { return __builtin_fabsf(a - b); });
+}
+
+int primSqr_32f_C1IR(float* srcDst, int srcDstStep, int width, int height) {
+  return mapRows(srcDst, srcDstStep, srcDst, srcDstStep, width, height,
+                 [](float a) { return a * a; });
+}
+
+int primExp_32f_C1IR(float* srcDst, int srcDstStep, int width, int height) {
+  return mapRows(srcDst, srcDstStep, srcDst, srcDstStep, width, height, expElement);
+}
+
+int primLn_32f_C1IR(float* srcDst, int srcDstStep, int width, int height) {
+  if (srcDst == nullptr) return kStatusNullPtr;
+  if (emptySize(width, height)) return kStatusBadSize;
+  int status = kStatusOk;
+  for (int y = 0; y < height; ++y) {
+    float* p = row(srcDst, srcDstStep, y);
+    int zeros = 0;
+    int negatives = 0;
+    for (int x = 0; x < width; ++x) {
+      zeros |= p[x] == 0.0f;
+      negatives |= p[x] < 0.0f;
+      p[x] = lnElement(p[x]);
+    }
+    if (status != kStatusOk) continue;
+    if (zeros != 0) status = kStatusLnOfZero;
+    if (negatives != 0) status = kStatusLnOfNegative;
+  }
+  return status;
+}
 
 }  // namespace vx::prim::VX_VARIANT

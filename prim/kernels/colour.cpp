@@ -1,9 +1,170 @@
+#include "prim/kernels/interleave3.h"
 #include "prim/kernels/kernel.h"
 
 namespace vx::prim::VX_VARIANT {
+namespace {
 
-int primRGBToHLS_32f_C3R(const float*, int, float*, int, int, int) { return -9999; }
-int primHLSToRGB_32f_C3R(const float*, int, float*, int, int, int) { return -9999; }
-int primColorTwist_32f_P3IR(float* const*, int, int, int, const float (*)[4]) { return -9999; }
+// Pixels between one deinterleaving and the next; a multiple of every vector length.
+constexpr int kStrip = 128;
+
+// Channels of a strip. Zeroed before the first use, so that the loops may run over whole vectors.
+struct alignas(64) Strip {
+  float c0[kStrip];
+  float c1[kStrip];
+  float c2[kStrip];
+};
+
+// `count` rounded up to whole vectors of any length.
+inline int padded(int count) { return (count + 15) & ~15; }
+
+// What the selections leave of a pixel: everything else is arithmetic in double.
+struct alignas(64) Selected {
+  float max[kStrip];
+  float min[kStrip];
+  float from[kStrip];  // the hue's numerator is from - take
+  float take[kStrip];
+  float offset[kStrip];  // degrees of the channel that is the maximum
+};
+
+inline void selectHue(const Strip& rgb, Selected& p, int count) {
+  for (int i = 0; i < count; ++i) {
+    const float r = rgb.c0[i];
+    const float g = rgb.c1[i];
+    const float b = rgb.c2[i];
+    float hi = r < g ? g : r;
+    hi = hi < b ? b : hi;
+    float lo = g < r ? g : r;
+    lo = b < lo ? b : lo;
+    p.max[i] = hi;
+    p.min[i] = lo;
+    const bool isR = r == hi;
+    const bool isG = g == hi;
+    p.from[i] = isR ? g : isG ? b : r;
+    p.take[i] = isR ? b : isG ? r : g;
+    // Adding -0 changes no value, not even a negative zero.
+    p.offset[i] = isR ? -0.0f : isG ? 120.0f : 240.0f;
+  }
+}
+
+inline void hlsFromSelected(const Selected& p, Strip& hls, int count) {
+  for (int i = 0; i < count; ++i) {
+    const double hi = static_cast<double>(p.max[i]);
+    const double lo = static_cast<double>(p.min[i]);
+    const double delta = hi - lo;
+    const double sum = hi + lo;
+    const double lightness = 0.5 * sum;
+    const double spread = lightness <= 0.5 ? sum : 2.0 - hi - lo;
+    const double numerator = static_cast<double>(p.from[i]) - static_cast<double>(p.take[i]);
+    double hue = numerator * 60.0 / delta + static_cast<double>(p.offset[i]);
+    hue = hue < 0.0 ? hue + 360.0 : hue;
+    const bool grey = delta <= 1.1920929e-7;
+    hls.c0[i] = static_cast<float>(grey ? 0.0 : hue / 360.0);
+    hls.c1[i] = static_cast<float>(lightness);
+    hls.c2[i] = static_cast<float>(grey ? 0.0 : delta / spread);
+  }
+}
+
+// The ramp of one channel at t degrees: up to 60, level to 180, down to 240.
+inline float channelAt(float t, float low, float high) {
+  const float ramp = low + (high - low) * (t < 60.0f ? t : 240.0f - t) / 60.0f;
+  const float fromDown = t < 240.0f ? ramp : low;
+  const float fromLevel = t < 180.0f ? high : fromDown;
+  return t < 60.0f ? ramp : fromLevel;
+}
+
+// `mask` is 0 or all ones. Where `?:` stands the compiler moves the other side's arithmetic behind
+// a branch, and does not vectorise it again before AVX2.
+inline float select(std::int32_t mask, float yes, float no) {
+  const auto y = __builtin_bit_cast(std::int32_t, yes);
+  const auto n = __builtin_bit_cast(std::int32_t, no);
+  return __builtin_bit_cast(float, (y & mask) | (n & ~mask));
+}
+
+inline void rgbFromHls(Strip& p, int count) {
+  for (int i = 0; i < count; ++i) {
+    const float l = p.c1[i];
+    const float saturation = p.c2[i];
+    // Of two NaN the hardware keeps the one that the compiler happens to put first; with a NaN in L
+    // there shall be only that one.
+    const float s = l == l ? saturation : l;
+    const float h = p.c0[i] * 360.0f;
+    const float high = l <= 0.5f ? l * (1.0f + s) : (l + s) - l * s;
+    const float low = 2.0f * l - high;
+    float hr = h + 120.0f;
+    hr = hr >= 360.0f ? hr - 360.0f : hr;
+    float hb = h - 120.0f;
+    hb = hb < 0.0f ? hb + 360.0f : hb;
+    const std::int32_t grey = saturation == 0.0f ? -1 : 0;
+    const float r = channelAt(hr, low, high);
+    const float g = channelAt(h, low, high);
+    const float b = channelAt(hb, low, high);
+    p.c0[i] = select(grey, l, r);
+    p.c1[i] = select(grey, l, g);
+    p.c2[i] = select(grey, l, b);
+  }
+}
+
+// Rows in strips; `convert` turns the strip's three channels into the other three.
+template <class Convert>
+inline int convert3(const float* src, int srcStep, float* dst, int dstStep, int width, int height,
+                    Convert convert) {
+  if (!src || !dst) return kStatusNullPtr;
+  if (emptySize(width, height)) return kStatusBadSize;
+  Strip strip = {};
+  for (int y = 0; y < height; ++y) {
+    const float* in = row(src, srcStep, y);
+    float* out = row(dst, dstStep, y);
+    for (std::ptrdiff_t x = 0; x < width; x += kStrip) {
+      const int count = width - x < kStrip ? static_cast<int>(width - x) : kStrip;
+      load3(in + 3 * x, strip.c0, strip.c1, strip.c2, count);
+      convert(strip, padded(count));
+      store3(strip.c0, strip.c1, strip.c2, out + 3 * x, count);
+    }
+  }
+  return kStatusOk;
+}
+
+}  // namespace
+
+int primRGBToHLS_32f_C3R(const float* src, int srcStep, float* dst, int dstStep, int width,
+                         int height) {
+  Selected selected;
+  return convert3(src, srcStep, dst, dstStep, width, height, [&](Strip& strip, int count) {
+    selectHue(strip, selected, count);
+    hlsFromSelected(selected, strip, count);
+  });
+}
+
+int primHLSToRGB_32f_C3R(const float* src, int srcStep, float* dst, int dstStep, int width,
+                         int height) {
+  return convert3(src, srcStep, dst, dstStep, width, height,
+                  [](Strip& strip, int count) { rgbFromHls(strip, count); });
+}
+
+int primColorTwist_32f_P3IR(float* const* planes, int step, int width, int height,
+                            const float (*twist)[4]) {
+  if (!planes || !twist || !planes[0] || !planes[1] || !planes[2]) return kStatusNullPtr;
+  if (emptySize(width, height)) return kStatusBadSize;
+  if (step < 1) return kStatusBadStep;
+  for (int y = 0; y < height; ++y) {
+    float* plane0 = row(planes[0], step, y);
+    float* plane1 = row(planes[1], step, y);
+    float* plane2 = row(planes[2], step, y);
+    for (int x = 0; x < width; ++x) {
+      const float p0 = plane0[x];
+      const float p1 = plane1[x];
+      const float p2 = plane2[x];
+      float out[3];
+      for (int r = 0; r < 3; ++r) {
+        const float v = twist[r][0] * p0 + twist[r][1] * p1 + twist[r][2] * p2 + twist[r][3];
+        out[r] = v == v ? v : __builtin_nanf("");
+      }
+      plane0[x] = out[0];
+      plane1[x] = out[1];
+      plane2[x] = out[2];
+    }
+  }
+  return kStatusOk;
+}
 
 }  // namespace vx::prim::VX_VARIANT

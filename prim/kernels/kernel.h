@@ -23,9 +23,17 @@ namespace vx::prim::VX_VARIANT {
 
 namespace {
 
-// 16-bit host rows may start at odd addresses.
-using Unaligned16u [[gnu::aligned(1), gnu::may_alias]] = std::uint16_t;
-using Unaligned16s [[gnu::aligned(1), gnu::may_alias]] = std::int16_t;
+// An element at any address, whatever type the memory has elsewhere: 16-bit host rows may start at
+// odd addresses. A class, since an alias with attributes loses them as a template argument and
+// under auto.
+template <class T>
+struct [[gnu::packed, gnu::may_alias]] UnalignedElement {
+  T value;
+  operator T() const { return value; }
+  void operator=(T v) { value = v; }
+};
+using Unaligned16u = UnalignedElement<std::uint16_t>;
+using Unaligned16s = UnalignedElement<std::int16_t>;
 
 template <class T>
 [[maybe_unused]] inline T* row(T* base, int step, int y) {

@@ -136,6 +136,7 @@ int primSet_32f_C1R(float value, float* dst, int dstStep, int width, int height)
   if (emptySize(width, height)) return kStatusBadSize;
   for (int y = 0; y < height; ++y) {
     float* out = row(dst, dstStep, y);
+#pragma GCC unroll 4
     for (int x = 0; x < width; ++x) out[x] = value;
   }
   return kStatusOk;
@@ -147,7 +148,7 @@ int primSet_16s_C1MR(std::int16_t value, std::int16_t* dst, int dstStep, int wid
   if (emptySize(width, height)) return kStatusBadSize;
   for (int y = 0; y < height; ++y) {
     const std::uint8_t* select = row(mask, maskStep, y);
-    auto* out = reinterpret_cast<Unaligned16s*>(row(dst, dstStep, y));
+    Unaligned16s* out = reinterpret_cast<Unaligned16s*>(row(dst, dstStep, y));
     for (int x = 0; x < width; ++x) {
       const std::int16_t kept = out[x];
       out[x] = select[x] != 0 ? value : kept;
@@ -160,17 +161,16 @@ int primSet_32f_C3R(const float* value, float* dst, int dstStep, int width, int 
   if (!value || !dst) return kStatusNullPtr;
   if (emptySize(width, height)) return kStatusBadSize;
 
-  // Whole pixels and whole vectors of up to 16 floats.
-  constexpr int kStrip = 48;
-  float strip[kStrip];
-  for (int i = 0; i < kStrip; ++i) strip[i] = value[i % 3];
-  const std::ptrdiff_t count = std::ptrdiff_t{width} * 3;
+  const float v0 = value[0];
+  const float v1 = value[1];
+  const float v2 = value[2];
   for (int y = 0; y < height; ++y) {
     float* out = row(dst, dstStep, y);
-    std::ptrdiff_t x = 0;
-    for (; x + kStrip <= count; x += kStrip)
-      for (int i = 0; i < kStrip; ++i) out[x + i] = strip[i];
-    for (int i = 0; x + i < count; ++i) out[x + i] = strip[i];
+    for (std::ptrdiff_t x = 0; x < width; ++x) {
+      out[3 * x] = v0;
+      out[3 * x + 1] = v1;
+      out[3 * x + 2] = v2;
+    }
   }
   return kStatusOk;
 }

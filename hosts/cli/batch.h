@@ -1,0 +1,25 @@
+// Runs the jobs of one command line, whatever is done to the pixels.
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "hosts/cli/file_options.h"
+#include "hosts/cli/progress.h"
+#include "hosts/cli/raster.h"
+
+namespace vx::cli {
+
+/// What a subcommand does to each picture.
+struct Treatment {
+  std::string verb;      // for the progress line, as "enhancing"
+  std::string settings;  // for --verbose
+  /// Changes the raster in place. Throws FileError or Cancelled.
+  std::function<void(Raster& raster, int previewScale, Progress& progress)> apply;
+};
+
+/// Treats every picture; one that fails is told in one line on stderr and does not stop the others.
+/// Returns the exit code. Throws UsageError before anything has been written.
+int runBatch(const FileOptions& options, const Treatment& treatment);
+
+}  // namespace vx::cli

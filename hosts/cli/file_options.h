@@ -1,0 +1,36 @@
+// The options that every subcommand shares: which pictures, where to, in which form.
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <string>
+#include <vector>
+
+namespace vx::cli {
+
+struct FileOptions {
+  std::vector<std::string> inputs;
+  std::string output;
+  std::string suffix;
+  std::string format;  // empty: by the output's extension
+  int depth = 0;       // 0: as the input
+  int quality = 92;
+  int previewScale = 1;
+  double maxMegapixels = 500;
+  bool force = false;
+  bool verbose = false;
+};
+
+/// Adds the options; `options` has to outlive the parsing.
+void addFileOptions(CLI::App& app, FileOptions& options);
+
+/// A space that wrapped() does not break at.
+inline constexpr char kNoBreak = '\x1f';
+
+/// `text` in lines of at most `width` characters, broken at spaces.
+std::string wrapped(std::string_view text, std::size_t width);
+
+/// Columns of the help: names, then descriptions.
+inline constexpr std::size_t kHelpNames = 30;
+inline constexpr std::size_t kHelpWidth = 68;
+
+}  // namespace vx::cli

@@ -1,0 +1,68 @@
+// vxicore: makes photographs better, from the command line.
+#include <vips/vips.h>
+
+#include <cstdio>
+#include <exception>
+
+#include "hosts/cli/adjust.h"
+#include "hosts/cli/cancel.h"
+#include "hosts/cli/error.h"
+#include "hosts/cli/metadata.h"
+
+namespace vx::cli {
+namespace {
+
+GLogWriterOutput dropLog(GLogLevelFlags, const GLogField*, gsize, gpointer) {
+  return G_LOG_WRITER_HANDLED;
+}
+
+void startLibraries(const char* program) {
+  // libvips' warnings would stand between our lines; what matters comes back as an error.
+  g_log_set_writer_func(dropLog, nullptr, nullptr);
+  if (vips_init(program) != 0)
+    throw FileError(std::string("libvips does not start: ") + vips_error_buffer());
+  // Every picture is read once.
+  vips_cache_set_max(0);
+  initialiseMetadata();
+}
+
+int usage(const std::string& reason) {
+  // CLI11's texts may have several lines.
+  std::string line = reason.substr(0, reason.find('\n'));
+  std::fprintf(stderr, "vxicore: %s (--help shows the options)\n", line.c_str());
+  return kExitUsage;
+}
+
+int run(int argc, char** argv) {
+  CLI::App program(
+      "Makes photographs better.\n\nExample: vxicore adjust photo.jpg -o better.jpg --preset vivid",
+      "vxicore");
+  program.get_formatter()->column_width(kHelpNames);
+  program.set_version_flag("--version", "vxicore " VX_VERSION);
+  AdjustCommand adjust(program);
+  program.require_subcommand(1);
+  program.footer("vxicore COMMAND --help shows the options of a command.");
+  try {
+    program.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    if (error.get_exit_code() != 0) return usage(error.what());
+    return program.exit(error);
+  }
+  installSignalHandlers();
+  startLibraries(argv[0]);
+  return adjust.run();
+}
+
+}  // namespace
+}  // namespace vx::cli
+
+int main(int argc, char** argv) {
+  try {
+    return vx::cli::run(argc, argv);
+  } catch (const vx::cli::UsageError& error) {
+    return vx::cli::usage(error.what());
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "vxicore: %s\n", error.what());
+    return vx::cli::kExitSomeFailed;
+  }
+}

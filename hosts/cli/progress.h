@@ -1,0 +1,35 @@
+// One line on the terminal that is written over while a picture is on its way.
+#pragma once
+
+#include <chrono>
+#include <string>
+
+namespace vx::cli {
+
+class Progress {
+ public:
+  /// Silent unless stderr is a terminal.
+  Progress();
+  ~Progress() { clear(); }
+  Progress(const Progress&) = delete;
+  Progress& operator=(const Progress&) = delete;
+
+  void beginPicture(std::string name);
+  /// `step` says what is being done, as "reading". Shown at once.
+  void beginStep(std::string step);
+  /// Shown at most five times a second.
+  void update(int percent);
+  /// Wipes the line, so that a message can take its place.
+  void clear();
+
+ private:
+  void show(int percent);
+
+  using Clock = std::chrono::steady_clock;
+  bool terminal_;
+  bool shown_ = false;
+  std::string name_, step_;
+  Clock::time_point last_{};
+};
+
+}  // namespace vx::cli

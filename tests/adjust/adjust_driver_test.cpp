@@ -1,0 +1,318 @@
+#include "adjust/adjust_driver.h"
+
+#include <gtest/gtest.h>
+#include <immintrin.h>
+
+#include <climits>
+#include <cmath>
+#include <limits>
+
+#include "picture.h"
+
+namespace {
+
+using vx::AdjustSettings;
+using namespace vx::test;
+
+constexpr AdjustSettings kBrighter = {.lumaGamma = 1.0f};
+
+// Neutral settings give 8-bit samples back exactly: the trip through hue, lightness and saturation
+// moves a float by some 1e-7 and the nearest rounding edge is 4e-5 away. At 16 bits it is 3e-7.
+int tolerance(int format) { return deep(format) ? 1 : 0; }
+
+TEST(AdjustDriver, neutralSettingsLeaveAPictureAlone) {
+  for (const int format : kFormats)
+    for (const auto& [w, h] : {std::pair(64, 48), {2304, 10}, {3100, 40}, {40, 4200}}) {
+      Picture p(format, w, h, 7), before(p);
+      p.randomise(21, deep(format) ? 32767 : 254);
+      if (format == 6)
+        for (int y = 0; y < h; ++y)
+          for (int x = 0; x < w; ++x) *(p.at(x, y, 0) - 1) &= 0x7F;
+      before = p;
+      ASSERT_EQ(adjust(p), 1);
+      EXPECT_LE(p.distance(before), tolerance(format)) << format << " " << w << "x" << h;
+      // All but the colour: slack, extra channel.
+      p.forEachSample([&](int x, int y, int c) { return before.get(x, y, c); });
+      EXPECT_TRUE(p.bytes == before.bytes) << format << " " << w << "x" << h;
+    }
+}
+
+// A flat field and a ramp show a border of tiles that differs by as little as one level.
+TEST(AdjustDriver, tileBordersCannotBeSeen) {
+  AdjustSettings settings = kBrighter;
+  settings.satContrast =
+      0.5f;  // pixel by pixel, like the gamma: the result may not depend on tiles
+  const struct { int format, width, height; } cases[] = {{1, 2400, 1800}, {3, 3000, 30}};
+  for (const auto& [format, w, h] : cases) {
+    Picture flat(format, w, h), corner(format, 64, 64);
+    const auto field = [](int, int, int c) { return 60 + 40 * c; };
+    flat.forEachSample(field);
+    corner.forEachSample(field);
+    ASSERT_EQ(adjust(flat, settings), 1);
+    ASSERT_EQ(adjust(corner, settings), 1);
+    for (int c = 0; c < 3; ++c) {
+      const int wanted = corner.get(5, 5, c);
+      EXPECT_NE(wanted, 60 + 40 * c);
+      for (int y = 0; y < h; ++y)
+        for (int x = 0; x < w; ++x)
+          ASSERT_NEAR(flat.get(x, y, c), wanted, tolerance(format)) << x << " " << y;
+    }
+  }
+  Picture ramp(1, 4000, 6), before(ramp);
+  ramp.forEachSample([](int x, int, int c) { return (x + 40 * c) / 17; });
+  before = ramp;
+  ASSERT_EQ(adjust(ramp), 1);
+  EXPECT_EQ(ramp.distance(before), 0);
+}
+
+TEST(AdjustDriver, oddLastColumnAndRowOfOnePieceStay) {
+  for (const int format : kFormats) {
+    Picture p(format, 31, 17);
+    p.forEachSample([&](int, int, int) { return deep(format) ? 9000 : 90; });
+    ASSERT_EQ(adjust(p, kBrighter), 1);
+    const int old = deep(format) ? 9000 : 90;
+    for (int y = 0; y < 17; ++y)
+      for (int x = 0; x < 31; ++x)
+        EXPECT_EQ(p.get(x, y, 1) == old, x == 30 || y == 16) << x << " " << y;
+  }
+}
+
+// The single tile of an odd axis sits at its far end.
+TEST(AdjustDriver, firstRowOrColumnOfAnOddAxisWithOneTileBecomesBlack) {
+  for (const auto& [w, h] : {std::pair(3000, 1001), {101, 2304}, {2303, 2304}}) {
+    Picture p(1, w, h);
+    p.forEachSample([](int, int, int c) { return 100 + c; });
+    ASSERT_EQ(adjust(p), 1);
+    for (int y = 0; y < h; ++y)
+      for (int x = 0; x < w; ++x) {
+        const bool black = (h == 1001 && y == 0) || (w % 2 == 1 && x == 0);
+        ASSERT_EQ(p.get(x, y, 2), black ? 0 : 102) << x << " " << y;
+      }
+  }
+}
+
+TEST(AdjustDriver, sizeLimitDecidesBetweenOnePieceAndTiles) {
+  const auto reports = [](int w, int h) {
+    Picture p(1, w, h);
+    Host host;
+    EXPECT_EQ(adjust(p, {}, &host), 1);
+    return host.positions;
+  };
+  EXPECT_EQ(reports(2303, 4), (std::vector{1}));
+  EXPECT_EQ(reports(2304, 100), (std::vector{1, 46, 91}));
+  EXPECT_EQ(reports(2, 2304), (std::vector{1, 31, 61, 91}));
+  EXPECT_EQ(reports(2304, 1728), (std::vector{1, 23, 45, 67, 89}));
+  const auto many = reports(110000, 2);
+  ASSERT_GT(many.size(), 101u);
+  EXPECT_EQ(many[1], 2);
+  EXPECT_EQ(many.back(), static_cast<int>(many.size())) << "one by one, past 100";
+}
+
+TEST(AdjustDriver, cancellingLeavesThePictureAlone) {
+  for (const int w : {50, 3000})
+    for (const bool lend : {false, true}) {
+      Picture p(1, w, 20), before(p);
+      p.randomise(4, 255);
+      before = p;
+      Host count;
+      Picture copy = p;
+      ASSERT_EQ(adjust(copy, kBrighter, &count, lend), 1);
+      for (int at = 0; at < count.reports; ++at) {
+        Host host;
+        host.cancelAt = at;
+        EXPECT_EQ(adjust(p, kBrighter, &host, lend), 0);
+        EXPECT_EQ(host.reports, at + 1);
+        EXPECT_EQ(host.live, 0);
+        EXPECT_EQ(host.asked, lend && at > 0 ? 4 : 0) << "nothing is allocated before the first";
+        EXPECT_TRUE(p.bytes == before.bytes);
+      }
+    }
+}
+
+TEST(AdjustDriver, unknownFormatsGiveMinusTwo) {
+  for (const int format : {-1, 0, 2, 4, 7, 8, INT_MAX})
+    for (const int width : {20, 2400}) {
+      std::vector<std::uint8_t> pixels(static_cast<std::size_t>(width) * 8 * 4, 99), before(pixels);
+      Host host;
+      EXPECT_EQ(adjust(pixels.data(), format, width * 8, width, 4, {}, &host, true), -2);
+      EXPECT_EQ(host.reports, 1);
+      EXPECT_EQ(host.live, 0);
+      EXPECT_EQ(pixels, before);
+    }
+}
+
+TEST(AdjustDriver, hostileArgumentsDoNothing) {
+  std::uint8_t pixels[64] = {1, 2, 3};
+  std::uint8_t before[64];
+  std::memcpy(before, pixels, 64);
+  const struct {
+    void* pixels;
+    int format, rowStep, width, height, result;
+  } cases[] = {{nullptr, 1, 30, 10, 10, 1},     {nullptr, 6, 65536 * 8, 65536, 65536, 1},
+               {nullptr, 2, 30, 10, 10, -2},    {nullptr, 5, 30, 5000, 1, 1},
+               {pixels, 1, 30, 0, 10, 1},       {pixels, 1, 30, 10, 0, 1},
+               {pixels, 5, 30, -10, 10, 1},     {pixels, 6, 30, INT_MIN, INT_MIN, 1},
+               {pixels, 3, 30, 1, 1, 1},        {pixels, 9, 30, 0, 0, -2},
+               {pixels, 1, 30, 5000, 1, -1},    {pixels, 1, 30, 1, 5000, -1},
+               {pixels, 5, 30, 5000, 0, -1},    {pixels, 5, 30, INT_MAX, -1, -1},
+               {pixels, 1, 30, INT_MAX, 2, -1}, {pixels, 1, 0, 10, 10, 1},
+               {pixels, 3, -30, 10, 10, 1},     {pixels, 1, INT_MIN, 5000, 5000, 1},
+               {pixels, 7, -1, 50, 50, -2}};
+  for (const auto& c : cases) {
+    Host host;
+    EXPECT_EQ(adjust(c.pixels, c.format, c.rowStep, c.width, c.height, kBrighter, &host, true),
+              c.result)
+        << c.format << " " << c.rowStep << " " << c.width << "x" << c.height;
+    EXPECT_EQ(host.reports, 1) << "the first report comes before every check";
+    EXPECT_EQ(host.asked, 0);
+  }
+  EXPECT_EQ(std::memcmp(pixels, before, 64), 0);
+}
+
+// A picture stored bottom up gives the same pixels, in formats that read by channel.
+TEST(AdjustDriver, negativeStepsTurnThePictureOver) {
+  for (const int format : {5, 6})
+    for (const int w : {30, 2400}) {
+      Picture down(format, w, 12), up(down);
+      down.randomise(2, deep(format) ? 20000 : 150);
+      up = down;
+      ASSERT_EQ(adjust(down, kBrighter), 1);
+      ASSERT_EQ(
+          adjust(up.at(0, 11, 0) - (deep(format) ? 2 : 1), format, -up.step, w, 12, kBrighter), 1);
+      EXPECT_LE(down.distance(up), tolerance(format));
+      EXPECT_GT(down.get(0, 0, 0), 0);
+    }
+}
+
+// Rows that overlap are no picture, but they are memory: nothing beyond the last row is touched.
+TEST(AdjustDriver, shortStepsStayInsideThePicturesBytes) {
+  for (const int format : kFormats)
+    for (const int w : {30, 2400})
+      for (const int step : {1, 2, 7}) {
+        std::vector<std::uint8_t> bytes(
+            static_cast<std::size_t>(9 * step + w * vx::bytesPerPixel(format)), 50);
+        EXPECT_EQ(adjust(bytes.data(), format, step, w, 10, kBrighter), 1);
+      }
+}
+
+TEST(AdjustDriver, sixteenBitRowsMayStartAtOddAddresses) {
+  for (const int format : {3, 6})
+    for (const int w : {50, 2400}) {
+      Picture even(format, w, 8, 6);
+      even.randomise(6, 20000);
+      std::vector<std::uint8_t> block(1 + even.bytes.size() + 8);
+      const int oddStep = even.step + 1;
+      for (int y = 0; y < 8; ++y)
+        std::memcpy(block.data() + 1 + oddStep * y, even.bytes.data() + even.step * y,
+                    static_cast<std::size_t>(w * vx::bytesPerPixel(format)));
+      ASSERT_EQ(adjust(even, kBrighter), 1);
+      ASSERT_EQ(adjust(block.data() + 1, format, oddStep, w, 8, kBrighter), 1);
+      for (int y = 0; y < 8; ++y)
+        EXPECT_EQ(std::memcmp(block.data() + 1 + oddStep * y, even.bytes.data() + even.step * y,
+                              static_cast<std::size_t>(w * vx::bytesPerPixel(format))),
+                  0);
+    }
+}
+
+// Whatever a setting holds, the call ends, touches nothing else and says that it is done.
+TEST(AdjustDriver, anySettingMayHoldAnything) {
+  constexpr float AdjustSettings::*kFloats[] = {
+      &AdjustSettings::lumaEqAmount,    &AdjustSettings::lumaEqRadius,
+      &AdjustSettings::lumaEqPeakGain,  &AdjustSettings::lumaGamma,
+      &AdjustSettings::lumaEqTopCut,    &AdjustSettings::lumaEqFloor,
+      &AdjustSettings::lumaDetailRange, &AdjustSettings::lumaDetailRadius,
+      &AdjustSettings::lumaDetailGamma, &AdjustSettings::lumaDetailGain,
+      &AdjustSettings::sharpenAmount,   &AdjustSettings::satEqAmount,
+      &AdjustSettings::satEqRadius,     &AdjustSettings::satContrast,
+      &AdjustSettings::satGamma,        &AdjustSettings::hueShift,
+      &AdjustSettings::denoiseStrength, &AdjustSettings::grainRestore,
+      &AdjustSettings::unblockStrength};
+  constexpr float kInfinity = std::numeric_limits<float>::infinity();
+  constexpr AdjustSettings kEverything = {.lumaEqAmount = 0.5f,
+                                          .lumaEqRadius = 12.0f,
+                                          .lumaEqPeakGain = 0.3f,
+                                          .lumaGamma = 0.5f,
+                                          .lumaDetailRange = 0.1f,
+                                          .lumaDetailRadius = 10.0f,
+                                          .lumaDetailGamma = 0.8f,
+                                          .lumaDetailGain = 1.5f,
+                                          .sharpenAmount = 1.5f,
+                                          .satEqAmount = 0.3f,
+                                          .satEqRadius = 12.0f,
+                                          .satContrast = 1.2f,
+                                          .satGamma = 0.9f,
+                                          .hueShift = 0.1f};
+  Picture p(5, 40, 30, 3);
+  p.randomise(12, 255);
+  const auto run = [&](const AdjustSettings& settings) {
+    Picture q = p;
+    EXPECT_EQ(adjust(q, settings), 1);
+    q.forEachSample([&](int x, int y, int c) { return p.get(x, y, c); });
+    EXPECT_TRUE(q.bytes == p.bytes);
+  };
+  for (const auto field : kFloats)
+    for (const float value :
+         {std::nanf(""), kInfinity, -kInfinity, 1e30f, -1e30f, 1e-30f, -1.0f, 0.0f, 3e9f, 0.049f}) {
+      AdjustSettings settings = kEverything;
+      settings.*field = value;
+      run(settings);
+    }
+  for (const int scale : {INT_MIN, -1, 0, 2, INT_MAX}) {
+    AdjustSettings settings = kEverything;
+    settings.previewScale = scale;
+    run(settings);
+    settings.lumaEqRadius = settings.lumaDetailRadius = settings.satEqRadius = 1e30f;
+    run(settings);
+  }
+}
+
+// Bits of MXCSR apart from the flags of exceptions that have happened.
+unsigned floatState() { return _mm_getcsr() & ~0x3Fu; }
+
+TEST(AdjustDriver, hostKeepsItsFloatingPointStateAndDoesNotChangeTheResult) {
+  Picture plain(1, 2400, 30), odd(plain);
+  plain.randomise(9, 255);
+  odd = plain;
+  AdjustSettings settings = kBrighter;
+  settings.sharpenAmount = 1.5f;
+  ASSERT_EQ(adjust(plain, settings), 1);
+
+  // Upward rounding, no flush-to-zero, and every exception a trap: one float operation of the
+  // library that runs under this state and is not exact ends the test.
+  const unsigned saved = _mm_getcsr();
+  const unsigned hostState = 0x4000;
+  unsigned seen = hostState;
+  Host host;
+  host.onReport = host.onMemory = [&] { seen = floatState() == hostState ? seen : floatState(); };
+  _mm_setcsr(hostState);
+  const int result = adjust(odd, settings, &host, true);
+  const unsigned after = floatState();
+  _mm_setcsr(saved);
+  EXPECT_EQ(result, 1);
+  EXPECT_EQ(seen, hostState) << "in the callbacks";
+  EXPECT_EQ(after, hostState);
+  EXPECT_GT(host.reports, 1);
+  EXPECT_EQ(host.asked, 4);
+  EXPECT_TRUE(plain.bytes == odd.bytes);
+}
+
+TEST(AdjustDriver, callbacksMayCallTheLibraryAgain) {
+  Picture outer(1, 2400, 30), alone(outer), inner(1, 40, 40), innerAlone(inner);
+  outer.randomise(1, 255);
+  inner.randomise(2, 255);
+  alone = outer;
+  innerAlone = inner;
+  ASSERT_EQ(adjust(alone, kBrighter), 1);
+  ASSERT_EQ(adjust(innerAlone, kBrighter), 1);
+  Host host;
+  host.onReport = [&, done = false]() mutable {
+    if (done) return;
+    done = true;
+    EXPECT_EQ(adjust(inner, kBrighter), 1);
+  };
+  ASSERT_EQ(adjust(outer, kBrighter, &host), 1);
+  EXPECT_TRUE(outer.bytes == alone.bytes);
+  EXPECT_TRUE(inner.bytes == innerAlone.bytes);
+}
+
+}  // namespace

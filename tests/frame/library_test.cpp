@@ -1,0 +1,47 @@
+// The shared library as a host meets it: loaded at run time, by its six names.
+
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+#include <immintrin.h>
+
+#include <fstream>
+#include <string>
+
+#include "vxicore26.h"
+
+namespace {
+
+TEST(Library, loadingSetsTheModesAndTheTraceStartsAtRecordZero) {
+  const std::string path = "/tmp//vxtrace_log.txt";
+  std::ifstream old(path, std::ios::ate);
+  const auto before = old ? static_cast<long>(old.tellg()) : -1L;
+
+  const unsigned saved = _mm_getcsr();
+  _mm_setcsr(0x1780);  // underflow traps, neither mode
+  void* library = dlopen(VX_LIBRARY, RTLD_NOW | RTLD_LOCAL);
+  const unsigned loaded = _mm_getcsr() & ~0x3Fu;
+  _mm_setcsr(saved);
+  ASSERT_NE(library, nullptr) << dlerror();
+  EXPECT_EQ(loaded, 0x9FC0u) << "flush-to-zero, underflow masked, denormals-are-zero";
+
+  for (const char* name : {"vxAdjustRgb", "vxUnblock", "vxDenoiseEstNoise", "vxYUVEdgeRGB",
+                           "vxSetupLib", "setDebugTrace"})
+    EXPECT_NE(dlsym(library, name), nullptr) << name;
+  const auto setupLib = reinterpret_cast<decltype(&vxSetupLib)>(dlsym(library, "vxSetupLib"));
+
+  ASSERT_EQ(setupLib(1, nullptr), 1);
+  ASSERT_EQ(setupLib(0, nullptr), 0);
+  std::ifstream now(path);
+  now.seekg(std::max(before, 0L));
+  std::string text((std::istreambuf_iterator<char>(now)), {});
+  EXPECT_EQ(text,
+            "<<<<0: setTrace - traceFile: \n -- /tmp//vxtrace_log.txt \n>>>>\n"
+            "<<<<1: setTrace - traceMask:  1 \n>>>>\n");
+  if (before < 0) std::remove(path.c_str());
+
+  // Closing is harmless, and the library stays: threads of its team may still be alive.
+  EXPECT_EQ(dlclose(library), 0);
+  EXPECT_EQ(setupLib(0, nullptr), 0);
+}
+
+}  // namespace

@@ -1,0 +1,158 @@
+#include "frame/trace.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "frame/load.h"
+#include "vxicore26.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class Trace : public testing::Test {
+ protected:
+  Trace() {
+    std::string pattern = (fs::temp_directory_path() / "vxtraceXXXXXX").string();
+    folder = mkdtemp(pattern.data());
+  }
+  ~Trace() override {
+    setDebugTrace(0, folder.c_str());
+    fs::remove_all(folder);
+  }
+  std::string file() const { return folder + "/vxtrace_log.txt"; }
+  std::string written() const {
+    std::ifstream in(file());
+    std::stringstream text;
+    text << in.rdbuf();
+    return text.str();
+  }
+  // Text of the records of a set-up call, the first of which has number n.
+  std::string setUpRecords(int n, int mask) const {
+    return "<<<<" + std::to_string(n) + ": setTrace - traceFile: \n -- " + file() +
+           " \n>>>>\n<<<<" + std::to_string(n + 1) +
+           ": setTrace - traceMask:  " + std::to_string(mask) + " \n>>>>\n";
+  }
+  int firstNumber() const { return std::stoi(written().substr(4)); }
+
+  std::string folder;
+};
+
+TEST_F(Trace, recordsHaveTheirExactForm) {
+  EXPECT_EQ(vxSetupLib(1, folder.c_str()), 1);
+  const int n = firstNumber();
+  std::string wanted = setUpRecords(n, 1);
+  EXPECT_EQ(written(), wanted);
+  EXPECT_EQ(vx::traceLine("Title", "the body"), 1);
+  wanted += "<<<<" + std::to_string(n + 2) + ": Title\n -- the body \n>>>>\n";
+  setDebugTrace(-1, nullptr);  // bit 0 of -1 is set
+  wanted += setUpRecords(n + 3, -1);
+  EXPECT_EQ(written(), wanted);
+}
+
+TEST_F(Trace, callsWriteTheirArguments) {
+  setDebugTrace(1, folder.c_str());
+  const std::size_t start = written().size();
+  auto* pixels = reinterpret_cast<void*>(std::uintptr_t{0xABCDEF01234});
+  vxUnblock(0, pixels, 3, -4, 0, 6, 263, 17, 9, -10);
+  vxUnblock(1, nullptr, 3, 30, 10, 10, 80, 1, 0, 0);
+  vxYUVEdgeRGB(1, nullptr, 2, 0, 4, 1.5, 0.01, 2, -3, 1e3, 0, 0.125, 7, -7, 1, 2, 3, 42);
+  const std::string bodies[] = {
+      "F: vxUnblock\n -- 0 abcdef01234 3 -4 0 6  263 17 9 -10  rc=0",
+      "F: vxUnblock\n -- 1 0 3 30 10 10  80 1 0 0  rc=0",
+      "F: vxYUVEdgeRGB\n -- 1 0 2 0 4  1.500000 0.010000 2.000000 -3.000000 1000.000000 0.000000 "
+      "0.125000  7 -7  1.000000 2.000000 3.000000 42  rc=0"};
+  std::string wanted;
+  int number = firstNumber() + 2;
+  for (const std::string& body : bodies)
+    wanted += "<<<<" + std::to_string(number++) + ": " + body + " \n>>>>\n";
+  EXPECT_EQ(written().substr(start), wanted);
+}
+
+TEST_F(Trace, longTextIsCutAtTheRecordsBuffer) {
+  setDebugTrace(1, folder.c_str());
+  const std::size_t start = written().size();
+  constexpr double kLong = 1e308;
+  vxYUVEdgeRGB(0, nullptr, 0, 0, 0, kLong, kLong, kLong, kLong, kLong, kLong, kLong, 0, 0, kLong,
+               kLong, kLong, 0);
+  const std::string text = written().substr(start);
+  const std::size_t body = text.find("\n -- ") + 5;
+  EXPECT_EQ(text.substr(body + 511), " \n>>>>\n");
+}
+
+TEST_F(Trace, maskDecides) {
+  EXPECT_EQ(vxSetupLib(0, folder.c_str()), 0);
+  EXPECT_EQ(vx::getTraceMask(), 0);
+  EXPECT_EQ(vxSetupLib(2, nullptr), 0);
+  EXPECT_EQ(vx::getTraceMask(), 2);
+  EXPECT_EQ(vx::traceLine("a", "b"), 0);
+  EXPECT_EQ(vxSetupLib(-1, "/nowhere"), 0);
+  EXPECT_EQ(vx::getTraceMask(), 2) << "a negative mask changes nothing";
+  EXPECT_FALSE(fs::exists(file()));
+  EXPECT_EQ(vxSetupLib(3, nullptr), 1) << "the folder given with mask 0 holds";
+  EXPECT_EQ(vx::traceLine("a", "b"), 1);
+  EXPECT_TRUE(written().ends_with(": a\n -- b \n>>>>\n")) << written();
+}
+
+TEST_F(Trace, foldersMayHaveAnyLength) {
+  std::string longName = folder;
+  for (int i = 0; i < 700; ++i) longName += "/.";
+  EXPECT_EQ(vxSetupLib(1, longName.c_str()), 1);
+  EXPECT_NE(written().find(longName), std::string::npos);
+  const std::string beyond = folder + std::string(100000, 'x');
+  EXPECT_EQ(vxSetupLib(1, beyond.c_str()), 0);
+}
+
+TEST_F(Trace, aFileThatCannotBeOpenedIsPassedOver) {
+  EXPECT_EQ(vxSetupLib(1, (folder + "/missing").c_str()), 0);
+  EXPECT_EQ(vx::traceLine("a", "b"), 0);
+  EXPECT_EQ(vxUnblock(0, nullptr, 3, 3, 1, 1, 50, 1, 1, 0), 0);
+}
+
+TEST_F(Trace, recordsOfManyThreadsStayWhole) {
+  setDebugTrace(1, folder.c_str());
+  const int first = firstNumber();
+  constexpr int kThreads = 4, kRecords = 100;
+  std::vector<std::thread> threads;
+  for (int t = 0; t < kThreads; ++t)
+    threads.emplace_back([&, t] {
+      for (int i = 0; i < kRecords; ++i) {
+        vx::traceLine("thread", std::string(200, static_cast<char>('a' + t)).c_str());
+        if (i % 25 == 24) setDebugTrace(1, folder.c_str());
+      }
+    });
+  for (auto& thread : threads) thread.join();
+
+  std::string text = written();
+  const std::string path = "setTrace - traceFile: \n -- " + file();
+  int number = first;
+  for (std::size_t end = 0; !text.empty(); text.erase(0, end), ++number) {
+    end = text.find(" \n>>>>\n");
+    ASSERT_NE(end, std::string::npos);
+    const std::string head = "<<<<" + std::to_string(number) + ": ";
+    ASSERT_EQ(text.substr(0, head.size()), head) << "numbers follow each other";
+    const std::string body = text.substr(head.size(), end - head.size());
+    const bool whole = body == path || body == "setTrace - traceMask:  1" ||
+                       body == "thread\n -- " + std::string(200, body.back());
+    ASSERT_TRUE(whole) << body;
+    end += 7;
+  }
+  EXPECT_EQ(number - first, 2 + kThreads * (kRecords + 2 * kRecords / 25));
+}
+
+TEST_F(Trace, attachingResetsTheMaskAndKeepsTheFolder) {
+  setDebugTrace(1, folder.c_str());
+  vx::attachProcess();
+  EXPECT_EQ(vx::getTraceMask(), 0);
+  const std::size_t start = written().size();
+  EXPECT_EQ(vxSetupLib(1, nullptr), 1);
+  EXPECT_GT(written().size(), start);
+}
+
+}  // namespace

@@ -1,0 +1,202 @@
+#include "tests/host/host_test.h"
+
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cmath>
+#include <csignal>
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+
+namespace vx::host_test {
+namespace {
+
+using vips::VImage;
+
+std::string contentOf(const fs::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  std::ostringstream text;
+  text << file.rdbuf();
+  return text.str();
+}
+
+void redirect(const char* path, int descriptor) {
+  const int file = ::open(path, O_WRONLY | O_CREAT | O_TRUNC, 0600);
+  dup2(file, descriptor);
+  close(file);
+}
+
+class VipsSetUp : public ::testing::Environment {
+ public:
+  void SetUp() override {
+    if (vips_init("host_test") != 0) vips_error_exit(nullptr);
+    vips_cache_set_max(0);
+    Exiv2::XmpParser::initialize();
+    Exiv2::LogMsg::setLevel(Exiv2::LogMsg::mute);
+  }
+};
+const auto* const kVipsSetUp = ::testing::AddGlobalTestEnvironment(new VipsSetUp);
+
+}  // namespace
+
+std::vector<std::string> Outcome::complaints() const {
+  std::vector<std::string> lines;
+  std::istringstream text(err);
+  for (std::string line; std::getline(text, line);) lines.push_back(line);
+  return lines;
+}
+
+void HostTest::SetUp() {
+  std::string name = (fs::temp_directory_path() / "vxhost.XXXXXX").string();
+  ASSERT_NE(mkdtemp(name.data()), nullptr);
+  folder_ = name;
+}
+
+void HostTest::TearDown() {
+  std::error_code error;
+  fs::remove_all(folder_, error);
+}
+
+Outcome HostTest::run(const std::vector<std::string>& arguments,
+                      const Environment& environment) const {
+  const std::string out = folder_.string() + ".out", err = folder_.string() + ".err";
+  const pid_t child = fork();
+  if (child == 0) {
+    if (chdir(folder_.c_str()) != 0) _exit(127);
+    redirect(out.c_str(), STDOUT_FILENO);
+    redirect(err.c_str(), STDERR_FILENO);
+    for (const auto& [name, value] : environment.variables) setenv(name.c_str(), value.c_str(), 1);
+    if (environment.fileSizeLimit > 0) {
+      const struct rlimit limit { environment.fileSizeLimit, environment.fileSizeLimit };
+      setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    std::string program = VX_PROGRAM;
+    std::vector<char*> argv{program.data()};
+    for (const std::string& argument : arguments)
+      argv.push_back(const_cast<char*>(argument.c_str()));
+    argv.push_back(nullptr);
+    execv(program.c_str(), argv.data());
+    _exit(127);
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  Outcome outcome{WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + WTERMSIG(status), contentOf(out),
+                  contentOf(err)};
+  fs::remove(out);
+  fs::remove(err);
+  return outcome;
+}
+
+void HostTest::runWell(const std::vector<std::string>& arguments) const {
+  const Outcome outcome = run(arguments);
+  EXPECT_EQ(outcome.code, 0) << outcome.err;
+  EXPECT_EQ(outcome.err, "");
+}
+
+std::vector<std::string> HostTest::files(const std::string& subfolder) const {
+  std::vector<std::string> names;
+  for (const auto& entry : fs::directory_iterator(folder_ / subfolder)) {
+    names.push_back(entry.path().filename().string());
+  }
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+VImage pattern(int width, int height, int bands, int depth) {
+  const int top = depth == 8 ? 255 : 65535;
+  std::vector<std::uint16_t> samples(static_cast<std::size_t>(width) *
+                                     static_cast<std::size_t>(height) *
+                                     static_cast<std::size_t>(bands));
+  std::size_t i = 0;
+  for (int y = 0; y < height; ++y) {
+    for (int x = 0; x < width; ++x) {
+      for (int b = 0; b < bands; ++b) {
+        const double wave = std::sin(0.11 * x + 0.9 * b) * std::cos(0.07 * y - 0.5 * b);
+        const double slope = static_cast<double>(x + y) / (width + height);
+        const double texture = ((x * 7 + y * 13 + b * 29) % 11) / 60.0;
+        const double value = 0.42 + 0.3 * wave + 0.3 * (slope - 0.5) + texture - 0.08;
+        samples[i++] = static_cast<std::uint16_t>(std::clamp(value, 0.0, 1.0) * top);
+      }
+    }
+  }
+  // The top must survive: one white and one black corner.
+  std::fill_n(samples.begin(), bands, static_cast<std::uint16_t>(top));
+  std::fill_n(samples.end() - bands, bands, std::uint16_t{0});
+  const VImage image = VImage::new_from_memory(samples.data(), samples.size() * 2, width, height,
+                                               bands, VIPS_FORMAT_USHORT);
+  VipsInterpretation colours = depth == 8 ? VIPS_INTERPRETATION_sRGB : VIPS_INTERPRETATION_RGB16;
+  if (bands < 3) colours = depth == 8 ? VIPS_INTERPRETATION_B_W : VIPS_INTERPRETATION_GREY16;
+  const VImage result = VImage::new_memory();  // the samples end here
+  image.cast(depth == 8 ? VIPS_FORMAT_UCHAR : VIPS_FORMAT_USHORT)
+      .copy(VImage::option()->set("interpretation", colours))
+      .write(result);
+  return result;
+}
+
+std::unique_ptr<Exiv2::Image> metadataOf(const std::string& path) {
+  std::unique_ptr<Exiv2::Image> image(Exiv2::ImageFactory::open(path).release());
+  image->readMetadata();
+  return image;
+}
+
+void addMetadata(const std::string& path, int width, int height) {
+  const auto image = metadataOf(path);
+  Exiv2::ExifData& exif = image->exifData();
+  exif["Exif.Image.Make"] = "NIKON CORPORATION";
+  exif["Exif.Image.Model"] = "NIKON D70";
+  exif["Exif.Image.Orientation"] = std::uint16_t{6};
+  exif["Exif.Photo.DateTimeOriginal"] = "2024:05:06 07:08:09";
+  exif["Exif.Photo.PixelXDimension"] = static_cast<std::uint32_t>(width);
+  exif["Exif.Photo.PixelYDimension"] = static_cast<std::uint32_t>(height);
+  exif["Exif.GPSInfo.GPSLatitudeRef"] = "N";
+  exif["Exif.GPSInfo.GPSLatitude"] = "51/1 3/1 4/1";
+  exif["Exif.Nikon3.Version"] = "48 50 49 48";
+  exif["Exif.Nikon3.Quality"] = "FINE";
+  exif["Exif.Nikon3.SerialNumber"] = "NO= 12345678";
+  exif["Exif.Nikon3.ShutterCount"] = std::uint32_t{4711};
+  image->xmpData()["Xmp.dc.title"] = "lang=x-default A title";
+  image->xmpData()["Xmp.xmp.Rating"] = "4";
+  if (image->checkMode(Exiv2::mdIptc) == Exiv2::amReadWrite) {
+    image->iptcData()["Iptc.Application2.Caption"] = "A caption";
+  }
+  image->writeMetadata();
+}
+
+std::vector<std::uint8_t> profileOf(const VImage& image) {
+  if (image.get_typeof(VIPS_META_ICC_NAME) != VIPS_TYPE_BLOB) return {};
+  std::size_t size = 0;
+  const auto* bytes = static_cast<const std::uint8_t*>(image.get_blob(VIPS_META_ICC_NAME, &size));
+  return {bytes, bytes + size};
+}
+
+std::vector<std::uint8_t> someProfile() {
+  VipsBlob* blob = nullptr;
+  if (vips_profile_load("srgb", &blob, nullptr) != 0) return {};
+  std::size_t size = 0;
+  const auto* bytes = static_cast<const std::uint8_t*>(vips_blob_get(blob, &size));
+  std::vector<std::uint8_t> result(bytes, bytes + size);
+  vips_area_unref(VIPS_AREA(blob));
+  return result;
+}
+
+std::vector<std::uint8_t> bytesOf(const std::string& path) {
+  const std::string text = contentOf(path);
+  return {text.begin(), text.end()};
+}
+
+VImage open(const std::string& path) { return VImage::new_from_file(path.c_str()).copy_memory(); }
+
+double largestDifference(const VImage& a, const VImage& b) {
+  EXPECT_EQ(a.width(), b.width());
+  EXPECT_EQ(a.height(), b.height());
+  EXPECT_EQ(a.bands(), b.bands());
+  EXPECT_EQ(a.format(), b.format());
+  if (a.width() != b.width() || a.height() != b.height() || a.bands() != b.bands()) return 1e9;
+  return (a - b).abs().max();
+}
+
+}  // namespace vx::host_test

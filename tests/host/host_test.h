@@ -1,0 +1,66 @@
+// The frame of the tests of the command-line host: a folder of its own per test, pictures made on
+// the spot, and the built program run as a user runs it.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <exiv2/exiv2.hpp>
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+#include <vips/vips8>
+
+namespace vx::host_test {
+
+namespace fs = std::filesystem;
+
+struct Outcome {
+  int code;  // exit code, or 1000 + signal
+  std::string out, err;
+
+  /// The lines on stderr, without the empty last one.
+  std::vector<std::string> complaints() const;
+};
+
+struct Environment {
+  std::map<std::string, std::string> variables;
+  std::uint64_t fileSizeLimit = 0;  // bytes; 0: none
+};
+
+class HostTest : public ::testing::Test {
+ protected:
+  void SetUp() override;
+  void TearDown() override;
+
+  std::string path(const std::string& name) const { return (folder_ / name).string(); }
+  /// Runs the program in the test's folder.
+  Outcome run(const std::vector<std::string>& arguments, const Environment& environment = {}) const;
+  /// The same, expecting success and silence on stderr.
+  void runWell(const std::vector<std::string>& arguments) const;
+  /// Names in the folder, sorted: shows what was left behind.
+  std::vector<std::string> files(const std::string& subfolder = "") const;
+
+  fs::path folder_;
+};
+
+/// A picture with gradients, texture and saturated corners; every band another function of the
+/// place. `depth` 8 or 16. Interpretation by bands: 1, 2 grey, 3, 4 RGB.
+vips::VImage pattern(int width, int height, int bands, int depth);
+
+/// EXIF with camera, orientation 6, size and a maker note (Nikon, four tags), GPS, XMP and IPTC.
+void addMetadata(const std::string& path, int width, int height);
+std::unique_ptr<Exiv2::Image> metadataOf(const std::string& path);
+
+/// A stand-in for an ICC profile: a valid sRGB one, as bytes.
+std::vector<std::uint8_t> someProfile();
+std::vector<std::uint8_t> profileOf(const vips::VImage& image);
+
+std::vector<std::uint8_t> bytesOf(const std::string& path);
+vips::VImage open(const std::string& path);
+/// The largest difference of two images of one shape; fails the test where the shapes differ.
+double largestDifference(const vips::VImage& a, const vips::VImage& b);
+
+}  // namespace vx::host_test

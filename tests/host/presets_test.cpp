@@ -1,0 +1,66 @@
+#include <fstream>
+
+#include "tests/host/host_test.h"
+
+namespace vx::host_test {
+namespace {
+
+class Presets : public HostTest {
+ protected:
+  void SetUp() override {
+    HostTest::SetUp();
+    pattern(90, 70, 3, 8).pngsave(path("in.png").c_str());
+  }
+  void write(const std::string& name, const std::string& text) const {
+    std::ofstream(path(name)) << text;
+  }
+};
+
+TEST_F(Presets, SavedOneGivesTheSameBytes) {
+  runWell({"adjust", "in.png", "-o", "a.png", "--preset", "vivid", "--luma-gamma", "0.333333343",
+           "--hue-shift", "-.1", "--save-preset", "mine.toml"});
+  runWell({"adjust", "in.png", "-o", "b.png", "--preset", "mine.toml"});
+  EXPECT_EQ(bytesOf(path("a.png")), bytesOf(path("b.png")));
+  runWell({"adjust", "--preset", "mine.toml", "--save-preset", "again.toml"});
+  EXPECT_EQ(bytesOf(path("mine.toml")), bytesOf(path("again.toml")));
+  EXPECT_EQ(run({"adjust", "--preset", "mine.toml", "--save-preset", "again.toml"}).code, 1)
+      << "overwrote";
+}
+
+TEST_F(Presets, TheCommandLineHasTheLastWord) {
+  write("bright.toml", "luma-gamma = 2\nsat-contrast = 0.5\n");
+  runWell({"adjust", "in.png", "-o", "a.png", "--luma-gamma", "1", "--preset", "bright.toml"});
+  runWell({"adjust", "in.png", "-o", "b.png", "--luma-gamma", "1", "--sat-contrast", "0.5"});
+  EXPECT_EQ(bytesOf(path("a.png")), bytesOf(path("b.png")));
+}
+
+TEST_F(Presets, MistakesAreUsageErrorsThatNameTheKey) {
+  for (const auto& [text, word] :
+       {std::pair<std::string, std::string>{"luma-gama = 1\n", "luma-gama"},
+        {"luma-gamma = 9\n", "luma-gamma"},
+        {"luma-gamma = much\n", "luma-gamma"},
+        {"luma-gamma = 1\nluma-gamma = 2\n", "luma-gamma"},
+        {"luma-gamma = [1, 2]\n", "luma-gamma"},
+        {"[tone]\nluma-gamma = 1\n", "tone"},
+        {"luma-gamma 1\n", "luma-gamma"}}) {
+    SCOPED_TRACE(text);
+    write("wrong.toml", text);
+    const Outcome outcome = run({"adjust", "in.png", "-o", "out.png", "--preset", "wrong.toml"});
+    EXPECT_EQ(outcome.code, 2);
+    EXPECT_EQ(outcome.complaints().size(), 1U);
+    EXPECT_NE(outcome.err.find(word), std::string::npos) << outcome.err;
+  }
+  EXPECT_EQ(files(), (std::vector<std::string>{"in.png", "wrong.toml"}));
+}
+
+TEST_F(Presets, ShippedOnesWorkAndDiffer) {
+  std::vector<std::vector<std::uint8_t>> results{bytesOf(path("in.png"))};
+  for (const std::string name : {"clean-jpeg", "low-light", "vivid"}) {
+    runWell({"adjust", "in.png", "-o", name + ".png", "--preset", name});
+    for (const auto& other : results) EXPECT_NE(bytesOf(path(name + ".png")), other) << name;
+    results.push_back(bytesOf(path(name + ".png")));
+  }
+}
+
+}  // namespace
+}  // namespace vx::host_test

@@ -1,0 +1,137 @@
+#include "tests/prim/variants/guarded_image.h"
+
+#include <sys/mman.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <new>
+
+namespace vx::test {
+namespace {
+
+constexpr std::size_t kPage = 4096;
+constexpr std::ptrdiff_t kWatched = 128;  // two vectors of the widest body on either side
+
+std::size_t wholePages(std::size_t bytes) { return (bytes + kPage - 1) / kPage * kPage; }
+
+}  // namespace
+
+GuardedPages::GuardedPages(std::size_t bytes) : bytes_(wholePages(bytes)) {
+  void* all = mmap(nullptr, bytes_ + 2 * kPage, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  if (all == MAP_FAILED) throw std::bad_alloc();
+  begin_ = static_cast<unsigned char*>(all) + kPage;
+  if (mprotect(begin_, bytes_, PROT_READ | PROT_WRITE) != 0) {
+    munmap(all, bytes_ + 2 * kPage);
+    throw std::bad_alloc();
+  }
+}
+
+GuardedPages::~GuardedPages() { munmap(begin_ - kPage, bytes_ + 2 * kPage); }
+
+GuardedImage::GuardedImage(Role role, const Layout& layout, std::mt19937& rng)
+    : layout_(layout),
+      role_(role),
+      rowBytes_(std::ptrdiff_t{layout.frame.left + layout.width + layout.frame.right} *
+                layout.pixels.stride * layout.elementBytes),
+      stride_(static_cast<int>(rowBytes_) + layout.padding),
+      regionBytes_(static_cast<std::size_t>(
+          std::ptrdiff_t{stride_} * (layout.frame.top + layout.height + layout.frame.bottom - 1) +
+          rowBytes_)),
+      pages_(regionBytes_ + 4 * kWatched) {
+  switch (layout.placement) {
+    case Placement::aligned:
+      region_ = pages_.begin() + kWatched;
+      break;
+    case Placement::shifted:
+      region_ =
+          pages_.begin() + kWatched +
+          (1 + rng() % (64 / unsigned(layout.addressBytes) - 1)) * unsigned(layout.addressBytes);
+      break;
+    case Placement::atStart:
+      region_ = pages_.begin();
+      break;
+    case Placement::atEnd:
+      region_ = pages_.end() - regionBytes_;
+      break;
+  }
+  window_ = std::max(pages_.begin(), region_ - std::min(kWatched, region_ - pages_.begin()));
+  windowBytes_ = static_cast<std::size_t>(
+      region_ - window_ + std::ptrdiff_t(regionBytes_) +
+      std::min(kWatched, pages_.end() - region_ - std::ptrdiff_t(regionBytes_)));
+  for (std::size_t i = 0; i < windowBytes_; ++i) window_[i] = static_cast<unsigned char>(rng());
+
+  element_.assign(windowBytes_, 0);
+  const int usedBytes = layout.pixels.used * layout.elementBytes;
+  for (int y = -layout.frame.top; y < layout.height + layout.frame.bottom; ++y)
+    for (int x = -layout.frame.left; x < layout.width + layout.frame.right; ++x)
+      std::memset(&element_[std::size_t(address(y, x * layout.pixels.stride) - window_)], 0xFF,
+                  std::size_t(usedBytes));
+}
+
+unsigned char* GuardedImage::address(std::ptrdiff_t row, std::ptrdiff_t element) const {
+  const int rows = layout_.frame.top + layout_.height + layout_.frame.bottom;
+  const std::ptrdiff_t fromTop = row + layout_.frame.top;
+  return region_ + (layout_.bottomUp ? rows - 1 - fromTop : fromTop) * stride_ +
+         (std::ptrdiff_t{layout_.frame.left} * layout_.pixels.stride + layout_.channel + element) *
+             layout_.elementBytes;
+}
+
+void GuardedImage::capture() { captured_.assign(window_, window_ + windowBytes_); }
+
+void GuardedImage::restore(int column) {
+  restored_ = captured_;
+  const auto other = static_cast<unsigned char>(0x5A + 37 * column);
+  for (std::size_t i = 0; i < windowBytes_; ++i)
+    restored_[i] = static_cast<unsigned char>(restored_[i] ^ (other & ~element_[i]));
+  std::memcpy(window_, restored_.data(), windowBytes_);
+}
+
+void GuardedImage::keepAsExpected() { expected_.assign(window_, window_ + windowBytes_); }
+
+std::string GuardedImage::violation(bool refused) const {
+  const bool mayWrite = role_ != Role::read && !refused;
+  if (!mayWrite && std::memcmp(window_, restored_.data(), windowBytes_) == 0) return {};
+  for (std::size_t i = 0; i < windowBytes_; ++i)
+    if (window_[i] != restored_[i] && !(mayWrite && element_[i] != 0))
+      return "wrote " + describe(i, restored_);
+  return {};
+}
+
+std::string GuardedImage::difference() const {
+  if (role_ != Role::write) return {};
+  for (std::size_t i = 0; i < windowBytes_; ++i)
+    if (element_[i] != 0 && window_[i] != expected_[i])
+      return "differs at " + describe(i, expected_);
+  return {};
+}
+
+std::string GuardedImage::describe(std::size_t byte,
+                                   const std::vector<unsigned char>& wanted) const {
+  const std::ptrdiff_t offset = window_ + byte - region_;
+  char text[160];
+  if (offset < 0 || offset >= std::ptrdiff_t(regionBytes_)) {
+    std::snprintf(text, sizeof text, "%td bytes from the region's start, which has %zu", offset,
+                  regionBytes_);
+    return text;
+  }
+  const std::ptrdiff_t element = offset % stride_ / layout_.elementBytes;
+  const std::size_t start = byte - std::size_t(offset % stride_ % layout_.elementBytes);
+  std::string values;
+  for (const unsigned char* from :
+       {wanted.data() + start, static_cast<const unsigned char*>(window_) + start}) {
+    std::uint64_t bits = 0;
+    std::memcpy(&bits, from, std::min(std::size_t(layout_.elementBytes), windowBytes_ - start));
+    float real = 0;
+    std::memcpy(&real, &bits, sizeof real);
+    std::snprintf(text, sizeof text, layout_.isFloat ? " %#llx (%.9g)" : " %#llx (%g)",
+                  static_cast<unsigned long long>(bits),
+                  layout_.isFloat ? double{real} : double(bits));
+    values += text;
+  }
+  std::snprintf(text, sizeof text, "row %td, element %td%s, wanted and found:", offset / stride_,
+                element, element >= rowBytes_ / layout_.elementBytes ? " (padding)" : "");
+  return text + values;
+}
+
+}  // namespace vx::test

@@ -1,0 +1,137 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <iterator>
+#include <random>
+#include <type_traits>
+
+#include "prim/types.h"
+#include "tests/prim/variants/guarded_image.h"
+#include "tests/prim/variants/prim_info.h"
+
+namespace vx::test {
+
+/// Where the values of a trial's images come from.
+enum class Fill {
+  few,     ///< four values: equal neighbours, greys, hits on every relation
+  unit,    ///< floats in 0..1
+  pixels,  ///< floats around 0..255, bytes and words in that range, quarters so that ties occur
+  words,   ///< floats around the 16-bit ranges, half of them ties
+  spread,  ///< floats of many magnitudes, none denormal; integers over their whole range
+  wild     ///< floats with infinities, NaN, denormals, -0 and the ends of ranges among them
+};
+
+/// Size, placement and values of one call, all drawn from a fixed seed.
+class Trial {
+ public:
+  Trial(const Prim& entry, int number);
+
+  int width, height;
+  bool packed;    ///< no bytes between rows
+  bool bottomUp;  ///< negative steps, which many primitives refuse
+  Placement placement;
+  Fill fill;
+  std::mt19937 rng;
+
+  int number() const { return number_; }
+  std::uint32_t seed() const { return seed_; }
+
+  int uniform(int low, int high) {
+    return low + static_cast<int>(rng() % static_cast<unsigned>(high - low + 1));
+  }
+  bool oneIn(int n) { return uniform(1, n) == 1; }
+  template <class T, std::size_t n>
+  T pick(const T (&set)[n]) {
+    return set[rng() % n];
+  }
+
+  /// For primitives whose result on infinities and NaN is not defined.
+  void stayFinite() {
+    if (fill == Fill::wild) fill = Fill::spread;
+  }
+  /// Bytes between the rows of the trial's next image, other ones for every image.
+  int nextPadding(int addressBytes) {
+    return packed ? 0 : addressBytes * (1 + 4 * images_++ + uniform(0, 3));
+  }
+  template <class T>
+  T value() {
+    if constexpr (std::is_same_v<T, float>)
+      return floatValue();
+    else if constexpr (std::is_same_v<T, prim::Complex32f>)
+      return {floatValue(), floatValue()};
+    else if constexpr (std::is_integral_v<T>)
+      return static_cast<T>(integerValue(std::is_signed_v<T>, sizeof(T)));
+    else
+      return T(uniform(-100, 100));
+  }
+
+ private:
+  float floatValue();
+  std::int64_t integerValue(bool isSigned, std::size_t bytes);
+
+  int number_;
+  std::uint32_t seed_;
+  int images_ = 0;
+};
+
+/// Trials of a primitive: widths 1 to 70 in every placement, then some long rows.
+inline constexpr int kNarrowWidths = 70;
+inline constexpr int kPlacements = 4;
+inline constexpr int kLongWidths[] = {127, 256, 257, 1031};
+inline constexpr int kLongHeight = 13;
+inline constexpr int kTrials = kPlacements * (kNarrowWidths + int(std::size(kLongWidths)));
+
+/// Size of an image that differs from the trial's.
+struct Shape {
+  int width, height;
+  Pixels pixels{};
+  Frame frame{};
+  int padding = -1;          ///< bytes between rows; -1: other ones for every image
+  bool oddAddresses = true;  ///< 16-bit elements may start anywhere
+};
+
+/// A guarded image of elements T, filled with values of the trial.
+template <class T>
+class Image : public GuardedImage {
+ public:
+  Image(Trial& trial, Role role, const Shape& shape)
+      : GuardedImage(role, layoutOf(trial, shape), trial.rng) {
+    const Frame& f = layout_.frame;
+    for (int y = -f.top; y < layout_.height + f.bottom; ++y)
+      for (int x = -f.left; x < layout_.width + f.right; ++x)
+        for (int c = 0; c < layout_.pixels.used; ++c)
+          set(x * layout_.pixels.stride + c, y, trial.value<T>());
+  }
+  Image(Trial& trial, Role role, Pixels pixels = {}, const Frame& frame = {})
+      : Image(trial, role, Shape{trial.width, trial.height, pixels, frame}) {}
+
+  T* data() const { return reinterpret_cast<T*>(address(0, 0)); }
+  void set(int element, int row, T value) { std::memcpy(address(row, element), &value, sizeof(T)); }
+  T get(int element, int row = 0) const {
+    T value;
+    std::memcpy(&value, address(row, element), sizeof(T));
+    return value;
+  }
+
+ private:
+  static Layout layoutOf(Trial& trial, const Shape& shape) {
+    // 16-bit images may start at odd addresses and have odd steps.
+    const int addressBytes = sizeof(T) == 2 && shape.oddAddresses ? 1 : int(alignof(T));
+    const int padding = shape.padding < 0 ? trial.nextPadding(addressBytes) : shape.padding;
+    const int channel = shape.pixels.used == 1 ? trial.uniform(0, shape.pixels.stride - 1) : 0;
+    return {int(sizeof(T)),  addressBytes,  std::is_same_v<T, float>,
+            shape.width,     shape.height,  shape.pixels,
+            channel,         shape.frame,   padding,
+            trial.placement, trial.bottomUp};
+  }
+};
+
+/// A list of values: one row of a vector, a table or a scalar result.
+template <class T>
+Image<T> list(Trial& trial, Role role, int length) {
+  return Image<T>(trial, role, Shape{length, 1, {}, {}, 0, false});
+}
+
+}  // namespace vx::test

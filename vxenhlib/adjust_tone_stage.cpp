@@ -1,0 +1,146 @@
+#include "vxenhlib/adjust_tone_stage.h"
+
+#include <climits>
+#include <cmath>
+
+#include "prim/arith.h"
+#include "prim/channel.h"
+#include "prim/colour.h"
+#include "prim/memory.h"
+#include "prim/threshold.h"
+#include "vxenhlib/bands.h"
+#include "vxenhlib/lightness_pass.h"
+#include "vxenhlib/saturation_pass.h"
+#include "vxenhlib/unsharp_mask.h"
+
+namespace vx {
+namespace {
+
+void clipToOne(const PlaneView& p) {
+  prim::primThreshold_LT_32f_C1IR(p.data, p.step, p.width, p.height, 0.0f);
+  prim::primThreshold_GT_32f_C1IR(p.data, p.step, p.width, p.height, 1.0f);
+}
+
+// One image on its way through the stage.
+class StageRun {
+ public:
+  StageRun(AdjustToneStage& stage, const IMG3<float>& image)
+      : stage_(stage),
+        hue_(image.data, image.step, image.roiWidth, image.roiHeight),
+        lightness_(image.data + image.roiWidth, image.step, image.roiWidth, image.roiHeight),
+        saturation_(lightness_.data + image.roiWidth, image.step, image.roiWidth, image.roiHeight),
+        width_(image.roiWidth),
+        height_(image.roiHeight),
+        step_(image.step),
+        pixelStep_(width_ * 3 * static_cast<int>(sizeof(float))),
+        rows_(bandRows(stage.bandHeight, width_, height_)) {}
+
+  bool begin() {
+    const auto pixels = static_cast<std::size_t>(width_) * static_cast<std::size_t>(rows_);
+    const bool hueTurns = std::fabs(stage_.hueShift) > 1e-7f;
+    turnHue_ = hueTurns && shifted_.reserve(pixels) && mask_.reserve(pixels);
+    sharpen_ = std::fabs(stage_.sharpenAmount - 1.0f) > 0.001f && stage_.sharpenSigma > 0.5f;
+    UnsharpMask mask;
+    mask.amount = stage_.sharpenAmount;
+    mask.sigma = stage_.sharpenSigma;
+    unsharpRows_ = sharpen_ && unsharp_.begin(mask, width_, height_, rows_);
+    return interleaved_.reserve(3 * pixels);
+  }
+
+  void run() {
+    LightnessPass lightness(banded(stage_.lightness), lightness_);
+    SaturationTone saturationTone = banded(stage_.saturation);
+    SaturationPass saturation(saturationTone, saturation_);
+    forEachBand(height_, rows_, [&](int y, int count) {
+      front(y, count, lightness);
+      saturation.collect(y, count);
+    });
+    lightness.process();
+    saturation.process();
+    forEachBand(height_, rows_, [&](int y, int count) {
+      lightness.finish(y, count);
+      saturation.finish(y, count);
+      back(y, count);
+    });
+  }
+
+ private:
+  template <class Tone>
+  Tone banded(const Tone& tone) const {
+    Tone copy = tone;
+    if (copy.bandHeight < 1) copy.bandHeight = rows_;
+    return copy;
+  }
+
+  void front(int y, int count, LightnessPass& lightness) {
+    float* hls = interleaved_.data();
+    prim::primRGBToHLS_32f_C3R(hue_.row(y), step_, hls, pixelStep_, width_, count);
+    const PlaneView l = unsharpRows_ ? unsharp_.input(count) : lightness_.rows(y, count);
+    prim::primCopy_32f_C3C1R(hls, pixelStep_, hue_.row(y), step_, width_, count);
+    prim::primCopy_32f_C3C1R(hls + 1, pixelStep_, l.data, l.step, width_, count);
+    prim::primCopy_32f_C3C1R(hls + 2, pixelStep_, saturation_.row(y), step_, width_, count);
+    int first = y;
+    int ready = count;
+    if (unsharpRows_) ready = unsharp_.advance(lightness_, &first);
+    if (ready < 1) return;
+    if (sharpen_) clipToOne(lightness_.rows(first, ready));
+    lightness.collect(first, ready);
+  }
+
+  // One wrap: a shift of a whole turn or more leaves 0 to 1, and is clipped.
+  void turn(const PlaneView& hue) {
+    const int n = hue.width;
+    const int planeStep = n * static_cast<int>(sizeof(float));
+    const bool forward = stage_.hueShift > 0.0f;
+    prim::primAddC_32f_C1IR(stage_.hueShift, hue.data, hue.step, n, hue.height);
+    prim::primCompareC_32f_C1R(hue.data, hue.step, forward ? 1.0f : 0.0f, mask_.data(), n, n,
+                               hue.height, forward ? prim::kCompareGreater : prim::kCompareLess);
+    prim::primCopy_32f_C1R(hue.data, hue.step, shifted_.data(), planeStep, n, hue.height);
+    if (forward) {
+      prim::primSubC_32f_C1IR(1.0f, shifted_.data(), planeStep, n, hue.height);
+    } else {
+      prim::primAddC_32f_C1IR(1.0f, shifted_.data(), planeStep, n, hue.height);
+    }
+    prim::primCopy_32f_C1MR(shifted_.data(), planeStep, hue.data, hue.step, n, hue.height,
+                            mask_.data(), n);
+  }
+
+  void back(int y, int count) {
+    if (turnHue_) turn(hue_.rows(y, count));
+    clipToOne({hue_.row(y), step_, 3 * width_, count});
+    float* hls = interleaved_.data();
+    prim::primCopy_32f_C1C3R(hue_.row(y), step_, hls, pixelStep_, width_, count);
+    prim::primCopy_32f_C1C3R(lightness_.row(y), step_, hls + 1, pixelStep_, width_, count);
+    prim::primCopy_32f_C1C3R(saturation_.row(y), step_, hls + 2, pixelStep_, width_, count);
+    prim::primHLSToRGB_32f_C3R(hls, pixelStep_, hue_.row(y), step_, width_, count);
+  }
+
+  AdjustToneStage& stage_;
+  // The three planes in the rows of the image.
+  PlaneView hue_;
+  PlaneView lightness_;
+  PlaneView saturation_;
+  int width_;
+  int height_;
+  int step_;
+  int pixelStep_;
+  int rows_;
+  bool sharpen_ = false;
+  bool unsharpRows_ = false;
+  bool turnHue_ = false;
+  UnsharpRows unsharp_;
+  AlignedArray<float> interleaved_;
+  AlignedArray<float> shifted_;
+  AlignedArray<std::uint8_t> mask_;
+};
+
+}  // namespace
+
+int AdjustToneStage::apply(IMG3<float>& image) {
+  if (image.data == nullptr || image.roiWidth < 1 || image.roiHeight < 1) return 0;
+  StageRun run(*this, image);
+  if (run.begin()) run.run();
+  return 0;
+}
+
+}  // namespace vx

@@ -1,0 +1,88 @@
+#pragma once
+
+#include <omp.h>
+
+#include <algorithm>
+#include <cstdint>
+
+#include "frame/parallel.h"
+#include "vxenhlib/aligned_array.h"
+#include "vxenhlib/plane_view.h"
+
+// Stages run their chain of steps over bands of rows that stay in the second-level cache: a pass
+// over a plane in memory costs four times as much as one in cache, whatever it computes. No result
+// depends on the height of a band.
+
+namespace vx {
+
+/// Rows of a band: `requested`, or when that is below 1 as many as keep the widest stage (about 40
+/// bytes per pixel in work) within 256 KB; never more than `height`.
+inline int bandRows(int requested, int width, int height) {
+  constexpr int kBandPixels = 256 * 1024 / 40;
+  const int rows = requested > 0 ? requested : std::clamp(kBandPixels / std::max(width, 1), 2, 64);
+  return std::clamp(rows, 1, std::max(height, 1));
+}
+
+inline int bandCount(int height, int rows) {
+  return static_cast<int>((std::int64_t{height} + rows - 1) / rows);
+}
+
+/// Calls work(y, count) for each band from the top down.
+template <class Work>
+void forEachBand(int height, int rows, const Work& work) {
+  for (int y = 0, count = 0; y < height; y += count) {
+    count = std::min(rows, height - y);
+    work(y, count);
+  }
+}
+
+/// Threads that parallelBands may use now: its slots lie below.
+inline int bandSlots() { return std::max(omp_get_max_threads(), 1); }
+
+/// Calls work(y, count, slot) for each band, on the team of threads; `slot` tells the scratch of
+/// the threads apart.
+template <class Work>
+void parallelBands(int height, int rows, const Work& work) {
+  if (bandSlots() == 1) {
+    // Not a region of one: a host's own region would give its thread number to the slot.
+    return forEachBand(height, rows, [&](int y, int count) { work(y, count, 0); });
+  }
+  parallelFor(0, bandCount(height, rows), [&](int band) {
+    const int y = band * rows;
+    work(y, std::min(rows, height - y), omp_get_thread_num());
+  });
+}
+
+/// Calls shared(y, count, slot) for each band on the team of threads, and ordered(y, count) on this
+/// thread for one band after the other, each soon after its shared part, while it is in cache.
+template <class Shared, class Ordered>
+void parallelThenOrdered(int height, int rows, const Shared& shared, const Ordered& ordered) {
+  // Some bands per thread between two joins, so that uneven threads even out.
+  const std::int64_t group = bandSlots() == 1 ? 1 : 8 * bandSlots();
+  const int groupRows = static_cast<int>(std::min<std::int64_t>(rows * group, height));
+  forEachBand(height, std::max(groupRows, 1), [&](int start, int count) {
+    parallelBands(count, rows, [&](int y, int n, int slot) { shared(start + y, n, slot); });
+    forEachBand(count, rows, [&](int y, int n) { ordered(start + y, n); });
+  });
+}
+
+/// Scratch of one kind for each thread of the team.
+template <class T>
+class PerSlot {
+ public:
+  /// Room for `count` elements in each slot; false when memory is short.
+  bool reserve(std::size_t count) {
+    slots_ = static_cast<std::size_t>(bandSlots());
+    if (count > PTRDIFF_MAX / sizeof(T) / slots_ - 32) return false;
+    stride_ = (count + 15) / 16 * 16 + 16;  // slots share no cache line
+    return array_.reserve(stride_ * slots_);
+  }
+  T* at(int slot) const { return array_.data() + stride_ * static_cast<std::size_t>(slot); }
+
+ private:
+  AlignedArray<T> array_;
+  std::size_t stride_ = 0;
+  std::size_t slots_ = 0;
+};
+
+}  // namespace vx

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "vxenhlib/bands.h"
+#include "vxenhlib/grid_shape.h"
+#include "vxenhlib/plane_view.h"
+
+namespace vx {
+
+/// Reads a grid back at every pixel by trilinear interpolation. The two grid rows that an image row
+/// lies between change only every `spatialSample` rows; they are repacked once (prim/grid.h) and
+/// kept per thread.
+class GridReader {
+ public:
+  /// Memory for the threads of the team as it is now; false when it is short.
+  bool reserve(int imageWidth, const GridShape& shape);
+
+  /// Starts reading a grid that is not written any more. The spare cells behind it are read.
+  void begin(const float* grid, const GridShape& shape, int spatialSample, int imageWidth,
+             const prim::GridAxis& axis);
+
+  /// out = the grid at row `y` of the image, its columns and the values of `guide`. `out` may be
+  /// `guide`. Slots may run at the same time.
+  void readRow(int y, const float* guide, float* out, int slot);
+
+ private:
+  void pack(int gridRow, int slot);
+
+  GridShape shape_;
+  int spatialSample_ = 2;
+  int imageWidth_ = 0;
+  int packedDepth_ = 0;
+  prim::GridAxis axis_{};
+  const float* grid_ = nullptr;
+  GridColumns columns_;
+  PerSlot<float> packed_;
+  PerSlot<int> packedRow_;
+};
+
+}  // namespace vx

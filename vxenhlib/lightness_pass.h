@@ -1,0 +1,43 @@
+#pragma once
+
+#include <vector>
+
+#include "vxenhlib/base_detail_split.h"
+#include "vxenhlib/bilateral_local_hist_eq.h"
+#include "vxenhlib/detail_curve.h"
+#include "vxenhlib/lightness_tone.h"
+
+namespace vx {
+
+/// One plane on its way through LightnessTone. A histogram, a splat or a maximum over the whole
+/// plane ends a pass; everything between two of them is done band by band, so that the stage around
+/// it can join the ends: collect() for rows as they become ready, from the top down, then
+/// process(), then finish() for rows in any order.
+class LightnessPass {
+ public:
+  /// The plane must stay where it is.
+  LightnessPass(const LightnessTone& tone, const PlaneView& plane);
+
+  void collect(int y, int count);
+  void process();
+  void finish(int y, int count);
+
+ private:
+  void startSplit();
+
+  LightnessTone tone_;
+  PlaneView plane_;
+  int rows_ = 1;
+  bool useGamma_ = false;
+  bool useEq_ = false;
+  bool useDetail_ = false;
+  PowerCurve gammaCurve_{0.0f, 1.0f};
+  BilateralLocalHistEq eq_;
+  AlignedArray<float> detailMemory_;
+  PlaneView detail_;
+  BaseDetailSplit split_;
+  DetailCurve detailCurve_;
+  PerSlot<float> magnitudes_;  // one row
+};
+
+}  // namespace vx

@@ -1,0 +1,16 @@
+#pragma once
+
+namespace vx {
+
+/// Overwrites bands inside the rectangle of `width` by `height` at `data` with the nearest row or
+/// column further in: first the `top` rows from row `top`, then the `bottom` rows from row
+/// height - bottom - 1, then in every row the `left` columns from column `left` and the `right`
+/// columns from column width - right - 1. Corners thereby take the nearest inner element, and
+/// nothing outside the rectangle is touched.
+///
+/// Does nothing to an axis whose bands are negative or leave no inner element.
+/// @param step   bytes from one row to the next
+void replicateBorder_32f(float* data, int step, int width, int height, int top, int bottom,
+                         int left, int right);
+
+}  // namespace vx

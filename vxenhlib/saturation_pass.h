@@ -1,0 +1,32 @@
+#pragma once
+
+#include "vxenhlib/bilateral_local_hist_eq.h"
+#include "vxenhlib/saturation_tone.h"
+#include "vxenhlib/tone_curve.h"
+
+namespace vx {
+
+/// One plane on its way through SaturationTone, in the same steps as LightnessPass.
+class SaturationPass {
+ public:
+  /// Tone and plane must stay where they are.
+  SaturationPass(SaturationTone& tone, const PlaneView& plane);
+
+  void collect(int y, int count);
+  void process();
+  void finish(int y, int count);
+
+ private:
+  void gain(const PlaneView& rows, Peak& peak) const;
+
+  SaturationTone& tone_;
+  PlaneView plane_;
+  int rows_ = 1;
+  bool useEq_ = false;
+  bool useGamma_ = false;
+  BilateralLocalHistEq eq_;
+  Peak peak_;
+  PowerCurve gammaCurve_{0.0f, 1.0f};
+};
+
+}  // namespace vx
