@@ -2,6 +2,7 @@
 #include <cstdint>
 #include <cstdio>
 
+#include "edge/edge_driver.h"
 #include "frame/export.h"
 #include "frame/trace.h"
 #include "prim/float_mode.h"
@@ -13,8 +14,11 @@ VX_EXPORT int vxYUVEdgeRGB(int deep, void* pixels, int rowStep, int width, int h
                            int chromaShiftX, int chromaShiftY, double alignSigmaX,
                            double alignSigmaY, double alignThreshold, int edgeReserved) {
   const vx::prim::FloatModeGuard floatMode;
-  // No edge is enhanced in this version, and none is reported.
-  const int done = 0;
+  const vx::EdgeSettings settings = {baseGain,     rangeFloor,  blurSigmaX,  blurSigmaY,
+                                     adaptiveGain, chromaBlurX, chromaBlurY, chromaShiftX,
+                                     chromaShiftY, alignSigmaX, alignSigmaY, alignThreshold,
+                                     edgeReserved};
+  const int done = vx::enhanceEdges(deep != 0, pixels, rowStep, width, height, settings);
   if (vx::getTraceMask() != 0) {
     char text[vx::kTraceText];
     std::snprintf(

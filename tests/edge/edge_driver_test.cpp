@@ -2,13 +2,16 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <limits>
 #include <random>
 #include <vector>
 
+#include "frame/exceptions.h"
 #include "prim/alloc.h"
 #include "vxicore26.h"
 
@@ -48,8 +51,8 @@ TEST(EnhanceEdges, neutralSettingsReturnTheImage) {
   EXPECT_EQ(vx::enhanceEdges(false, result.data(), 64 * 3, 64, 48, neutral()), 1);
   for (std::size_t i = 0; i < bytes.size(); ++i) {
     ASSERT_NEAR(result[i], bytes[i], 1);
-    if (i < 9) ASSERT_EQ(result[i], bytes[i]) << "grey, white and black stay exactly";
   }
+  for (std::size_t i = 0; i < 9; ++i) EXPECT_EQ(result[i], bytes[i]) << "grey, white, black";
   auto words = randomSamples<std::uint16_t>(64 * 48 * 3, 32767);
   words[0] = words[1] = words[2] = 60000;  // read as unsigned, above the range
   auto deep = words;

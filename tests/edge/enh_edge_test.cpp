@@ -114,10 +114,13 @@ TEST(EnhanceLuma, smallImagesAndFlatOnesComeBack) {
       EdgePlane input(w, h), output;
       fillRandom(input, 3);
       edge.enhanceLuma(input, output);
-      for (int y = 0; y < h; ++y)
-        for (int x = 0; x < w; ++x)
-          if (x < 3 || y < 3 || x >= w - 3 || y >= h - 3)
+      for (int y = 0; y < h; ++y) {
+        for (int x = 0; x < w; ++x) {
+          if (x < 3 || y < 3 || x >= w - 3 || y >= h - 3) {
             ASSERT_EQ(output.row(y)[x], input.row(y)[x]) << w << "x" << h;
+          }
+        }
+      }
     }
   }
   EdgePlane flat(20, 20), output;
