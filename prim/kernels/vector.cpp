@@ -87,8 +87,9 @@ int primvMagnitude_32fc(const Complex32f* src, float* dst, int length) {
 #endif
 int primvMul_32fc_I(const Complex32f* src, Complex32f* srcDst, int length) {
   if (const int status = checkVector(src, srcDst, length)) return status;
-  // A difference beside a sum of products: g++ 12 makes it one instruction with a fused multiply-add
-  // under AVX-512, whatever -ffp-contract says. A product with a -1 that it cannot see is exact.
+  // A difference beside a sum of products: g++ 12 makes it one instruction with a fused
+  // multiply-add under AVX-512, whatever -ffp-contract says. A product with a -1 that it cannot see
+  // is exact.
   const float minus = opaque(-1.0f);
   VX_INDEPENDENT
   for (int i = 0; i < length; ++i) {
