@@ -17,8 +17,6 @@ class AdjustCommand {
  public:
   explicit AdjustCommand(CLI::App& program);
 
-  bool chosen() const { return command_->parsed(); }
-  bool verbose() const { return files_.verbose; }
   /// Returns the exit code. Throws UsageError.
   int run();
 

@@ -16,14 +16,14 @@ GLogWriterOutput dropLog(GLogLevelFlags, const GLogField*, gsize, gpointer) {
   return G_LOG_WRITER_HANDLED;
 }
 
-void startLibraries(const char* program, bool verbose) {
+void startLibraries(const char* program) {
   // libvips' warnings would stand between our lines; what matters comes back as an error.
   g_log_set_writer_func(dropLog, nullptr, nullptr);
   if (vips_init(program) != 0)
     throw FileError(std::string("libvips does not start: ") + vips_error_buffer());
   // Every picture is read once.
   vips_cache_set_max(0);
-  initialiseMetadata(verbose);
+  initialiseMetadata();
 }
 
 int usage(const std::string& reason) {
@@ -49,7 +49,7 @@ int run(int argc, char** argv) {
     return program.exit(error);
   }
   installSignalHandlers();
-  startLibraries(argv[0], adjust.verbose());
+  startLibraries(argv[0]);
   return adjust.run();
 }
 

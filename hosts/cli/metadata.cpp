@@ -122,9 +122,9 @@ std::string_view view(const Exiv2::byte* bytes, std::size_t size) {
 
 }  // namespace
 
-void initialiseMetadata(bool verbose) {
+void initialiseMetadata() {
   Exiv2::XmpParser::initialize();
-  Exiv2::LogMsg::setLevel(verbose ? Exiv2::LogMsg::warn : Exiv2::LogMsg::mute);
+  Exiv2::LogMsg::setLevel(Exiv2::LogMsg::mute);
 }
 
 Metadata::Metadata(const std::filesystem::path& path, const Picture& picture)

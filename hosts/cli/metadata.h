@@ -12,9 +12,9 @@
 
 namespace vx::cli {
 
-/// Once per process, before the first Metadata. Damaged maker notes are common, and Exiv2's remarks
-/// about them help nobody: they are shown with `verbose` only.
-void initialiseMetadata(bool verbose);
+/// Once per process, before the first Metadata. Silences Exiv2: damaged maker notes are common,
+/// they are copied as they are, and the remarks about them help nobody.
+void initialiseMetadata();
 
 class Metadata {
  public:
