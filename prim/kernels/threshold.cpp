@@ -78,12 +78,12 @@ int primThreshold_GT_16u_AC4IR(std::uint16_t* srcDst, int srcDstStep, int width,
   // comes first, it lies behind the image.
   std::uint16_t highest = 0xFFFF;
   asm("" : "+r"(highest));
+  const std::uint16_t levels[4] = {level[0], level[1], level[2], highest};
+  const std::uint16_t lastLevels[3] = {level[0], level[1], level[2]};
   const int whole = width - 1;
-  if (whole > 0)
-    mapChannels<std::uint16_t>(srcDst, srcDstStep, whole, height,
-                               {level[0], level[1], level[2], highest}, kClipAbove);
-  return mapChannels<std::uint16_t>(srcDst + std::ptrdiff_t{4} * whole, srcDstStep, 1, height,
-                                    {level[0], level[1], level[2]}, kClipAbove);
+  if (whole > 0) mapChannels(srcDst, srcDstStep, whole, height, levels, kClipAbove);
+  return mapChannels(srcDst + std::ptrdiff_t{4} * whole, srcDstStep, 1, height, lastLevels,
+                     kClipAbove);
 }
 
 int primThreshold_GT_32f_C1IR(float* srcDst, int srcDstStep, int width, int height, float level) {
