@@ -43,10 +43,7 @@ void cutColour(L /*layout*/, std::uint16_t* first, int rowStep, int w, int h) {
   if constexpr (L::kSamples == 3) {
     prim::primThreshold_GT_16u_C3IR(first, rowStep, w, h, kTop);
   } else {
-    // Seen from its first colour, the fourth word of a pixel is the extra channel of the next one.
-    // The last pixel of the picture has no next one, so the last column is cut as three channels.
-    prim::primThreshold_GT_16u_AC4IR(first, rowStep, w - 1, h, kTop);
-    prim::primThreshold_GT_16u_C3IR(first + 4 * (w - 1), rowStep, 1, h, kTop);
+    prim::primThreshold_GT_16u_AC4IR(first, rowStep, w, h, kTop);
   }
 }
 

@@ -71,13 +71,19 @@ int primThreshold_GT_16u_C3IR(std::uint16_t* srcDst, int srcDstStep, int width, 
 int primThreshold_GT_16u_AC4IR(std::uint16_t* srcDst, int srcDstStep, int width, int height,
                                const std::uint16_t* level) {
   if (srcDst == nullptr || level == nullptr) return kStatusNullPtr;
+  if (emptySize(width, height)) return kStatusBadSize;
   // A level that no sample exceeds leaves the fourth channel alone. Hidden from the optimiser,
   // which would otherwise drop the channel and with it the whole-vector stores (measured: 3 to 8
-  // times slower).
+  // times slower). The fourth word of a row's last pixel is not touched: where the extra channel
+  // comes first, it lies behind the image.
   std::uint16_t highest = 0xFFFF;
   asm("" : "+r"(highest));
-  return mapChannels<std::uint16_t>(srcDst, srcDstStep, width, height,
-                                    {level[0], level[1], level[2], highest}, kClipAbove);
+  const std::uint16_t levels[4] = {level[0], level[1], level[2], highest};
+  const std::uint16_t lastLevels[3] = {level[0], level[1], level[2]};
+  const int whole = width - 1;
+  if (whole > 0) mapChannels(srcDst, srcDstStep, whole, height, levels, kClipAbove);
+  return mapChannels(srcDst + std::ptrdiff_t{4} * whole, srcDstStep, 1, height, lastLevels,
+                     kClipAbove);
 }
 
 int primThreshold_GT_32f_C1IR(float* srcDst, int srcDstStep, int width, int height, float level) {

@@ -80,15 +80,11 @@ int primvMagnitude_32fc(const Complex32f* src, float* dst, int length) {
   return kStatusOk;
 }
 
-#if defined(__AVX512F__)
-// With AVX-512 at hand g++ 12 makes one fused operation of the alternating difference and sum, in
-// spite of -ffp-contract=off, and rounds once instead of twice.
-[[gnu::target("no-avx512f")]]
-#endif
 int primvMul_32fc_I(const Complex32f* src, Complex32f* srcDst, int length) {
   if (const int status = checkVector(src, srcDst, length)) return status;
-  // A difference beside a sum of products: g++ 12 makes it one instruction with a fused multiply-add
-  // under AVX-512, whatever -ffp-contract says. A product with a -1 that it cannot see is exact.
+  // With AVX-512 at hand g++ 12 makes one fused operation of the alternating difference and sum, in
+  // spite of -ffp-contract=off, and rounds once instead of twice. The product with a -1 that it
+  // cannot see is exact and leaves two sums.
   const float minus = opaque(-1.0f);
   VX_INDEPENDENT
   for (int i = 0; i < length; ++i) {
