@@ -1,4 +1,5 @@
 #include "prim/kernels/median_networks.h"
+#include "prim/kernels/rows.h"
 
 namespace vx::prim::VX_VARIANT {
 namespace {
@@ -39,16 +40,17 @@ int medianCross(const T* src, int srcStep, T* dst, int dstStep, int width, int h
   if (const int status = refusal(src, srcStep, dst, dstStep, width, height)) return status;
   if (mask != kMask33 && mask != kMask55) return kStatusBadMask;
   for (int y = 0; y < height; ++y) {
-    const T* in = row(src, srcStep, y);
-    const T *up = row(src, srcStep, y - 1), *down = row(src, srcStep, y + 1);
-    T* __restrict out = row(dst, dstStep, y);
+    const auto *in = elements(src, srcStep, y), *up = elements(src, srcStep, y - 1),
+               *down = elements(src, srcStep, y + 1);
+    Element<T>* __restrict out = elements(dst, dstStep, y);
     if (mask == kMask33) {
-      for (int x = 0; x < width; ++x) out[x] = median5(up[x], down[x], in[x - 1], in[x + 1], in[x]);
-    } else {
-      const T *up2 = row(src, srcStep, y - 2), *down2 = row(src, srcStep, y + 2);
       for (int x = 0; x < width; ++x)
-        out[x] = median9(up2[x], up[x], down[x], down2[x], in[x - 2], in[x - 1], in[x], in[x + 1],
-                         in[x + 2]);
+        out[x] = median5<T>(up[x], down[x], in[x - 1], in[x + 1], in[x]);
+    } else {
+      const auto *up2 = elements(src, srcStep, y - 2), *down2 = elements(src, srcStep, y + 2);
+      for (int x = 0; x < width; ++x)
+        out[x] = median9<T>(up2[x], up[x], down[x], down2[x], in[x - 2], in[x - 1], in[x],
+                            in[x + 1], in[x + 2]);
     }
   }
   return kStatusOk;
