@@ -204,9 +204,14 @@ int vxDenoiseEstNoise(const void* pixels, int format, int rowStep, int width, in
                       NoiseProfile* noiseProfile);
 
 /**
- * Sharpens the luminance at edges and repairs the chroma of interleaved RGB, in place.
+ * Sharpens the luminance at edges and repairs the chroma of interleaved RGB, in place, on the
+ * calling thread. The picture is split into luminance and chroma (ITU-R BT.601 weights) and back,
+ * which alone costs up to one step of 8 bits; with the neutral values nothing else happens.
  *
- * This version leaves the pixels alone and returns 0.
+ * Luminance: a Gaussian base B and the detail Y - B, which comes back multiplied by
+ * `baseGain` + `adaptiveGain` * m / (r + `rangeFloor`), where m is the distance to the nearer of the
+ * local extremes (3 by 3) and r their smoothed difference: the gain is largest in the middle of a
+ * transition. Runs when a gain is above 1 or a blur sigma above 0.45. The outer three pixels stay.
  *
  * @param deep            0: 8-bit samples; other: 16-bit samples of 0 to 32767
  * @param rowStep         from row to row, in bytes at 8 bits, in samples when `deep`
@@ -214,13 +219,16 @@ int vxDenoiseEstNoise(const void* pixels, int format, int rowStep, int width, in
  * @param rangeFloor      least local range in the division of the adaptive gain; 1 is the top of the
  *                        samples; typical 0.01
  * @param blurSigmaX,blurSigmaY      pixels; what counts as detail; 0 skips
- * @param adaptiveGain    extra gain at edges; neutral 0
- * @param chromaBlurX,chromaBlurY    pixels; neutral 0
+ * @param adaptiveGain    extra gain at edges; neutral 0, typical 1 to 3
+ * @param chromaBlurX,chromaBlurY    Gaussian blur of chroma, pixels; neutral 0, runs above 0.4
  * @param chromaShiftX,chromaShiftY  pixels to the right and downward, -7 to 7; neutral 0
- * @param alignSigmaX,alignSigmaY    pixels; search radius of the chroma repair; neutral 0
- * @param alignThreshold  a pixel that differs less from its surroundings keeps its chroma
+ * @param alignSigmaX,alignSigmaY    pixels; how far to search for the chroma that belongs to a
+ *                        pixel's luminance, at most 6; neutral 0. The cost grows with the product of
+ *                        both
+ * @param alignThreshold  a pixel whose luminance differs less from its blur keeps its chroma, in the
+ *                        scale of `rangeFloor`; typical 0.02
  * @param edgeReserved    without effect
- * @return 1
+ * @return 1. A NaN that the settings provoke becomes the top of the range
  */
 int vxYUVEdgeRGB(int deep, void* pixels, int rowStep, int width, int height,
                  double baseGain, double rangeFloor, double blurSigmaX, double blurSigmaY, double adaptiveGain,
