@@ -111,15 +111,17 @@ void EnhEdge::alignChroma(const AlignSettings& settings, const EdgePlane& Y, con
              const int h = y1 - y0;
              primSet_32f_C1R(1e9f, best.data, best.step, w, h);
              for (int dy = -radiusY; dy <= radiusY; ++dy) {
-               for (int dx = -radiusX; dx <= radiusX; ++dx) {
+               float weights[2 * kMaxRadius + 1];
+               for (int dx = -radiusX; dx <= radiusX; ++dx)
                  // Both radii 0: 0 / 0, a NaN that is never better, so all chroma stays.
-                 const float weight = static_cast<float>(
+                 weights[dx + radiusX] = static_cast<float>(
                      (std::abs(dx) + std::abs(dy)) * 0.3 / (radiusX + radiusY) + 1.0);
-                 primSearchStep_32f_C1R(
-                     at(reference, x0 + dx, y0 + dy), reference.step, at(Y, x0, y0), Y.step, weight,
-                     best.data, best.step, at(U, x0 + dx, y0 + dy), U.step, at(V, x0 + dx, y0 + dy),
-                     V.step, at(outU, x0, y0), outU.step, at(outV, x0, y0), outV.step, w, h);
-               }
+               const int x = x0 - radiusX;
+               const int y = y0 + dy;
+               primSearchRow_32f_C1R(at(reference, x, y), reference.step, at(Y, x0, y0), Y.step,
+                                     weights, 2 * radiusX + 1, best.data, best.step, at(U, x, y),
+                                     U.step, at(V, x, y), V.step, at(outU, x0, y0), outU.step,
+                                     at(outV, x0, y0), outV.step, w, h);
              }
              // Where the luminance equals its blur there is no edge to pull the chroma back from.
              primAbsDiff_32f_C1R(at(reference, x0, y0), reference.step, at(Y, x0, y0), Y.step,

@@ -4,19 +4,22 @@
 
 namespace vx::prim {
 
-/// One step of a search for the best of several candidates per pixel: where
-/// d = |candidate - target| * weight lies below `best`, best = d, dstU = srcU, dstV = srcV.
+/// Searches `count` neighbours along the row for the best of each pixel: for i = 0 .. count - 1,
+/// where d = |candidate(x + i) - target(x)| * weights[i] lies below best(x), best = d, dstU =
+/// srcU(x + i), dstV = srcV(x + i). Of equals the first stays.
 ///
 /// One channel throughout; difference, magnitude and product are rounded to single precision each.
-/// A NaN is never better. Fuses what would be six passes over memory (absolute difference, product,
-/// comparison, three copies under the mask); a search makes up to 169 of these steps.
-/// @param best       smallest distances so far, read and written
-/// @param srcU,srcV  what comes with the candidate; dstU, dstV: what came with the best so far
-/// @return null pointer -8, width or height below 1 -6, a step below the row length -14
-int primSearchStep_32f_C1R(const float* candidate, int candidateStep, const float* target,
-                           int targetStep, float weight, float* best, int bestStep,
-                           const float* srcU, int srcUStep, const float* srcV, int srcVStep,
-                           float* dstU, int dstUStep, float* dstV, int dstVStep, int width,
-                           int height);
+/// A NaN is never better. One call takes the place of 6 * count passes over memory, with the best
+/// so far held in registers.
+/// @param candidate,srcU,srcV  width + count - 1 pixels per row are read
+/// @param weights    `count` factors
+/// @param best       smallest distances so far, read and written like dstU and dstV, what came with
+/// them
+/// @return null pointer -8; width, height or count below 1 -6; a step below the row length -14
+int primSearchRow_32f_C1R(const float* candidate, int candidateStep, const float* target,
+                          int targetStep, const float* weights, int count, float* best,
+                          int bestStep, const float* srcU, int srcUStep, const float* srcV,
+                          int srcVStep, float* dstU, int dstUStep, float* dstV, int dstVStep,
+                          int width, int height);
 
 }  // namespace vx::prim

@@ -264,20 +264,4 @@ void drive(const Prim& entry, Row<T*, int, T> row) {
   });
 }
 
-// a candidate against the best so far, with the two values that come with it
-inline void drive(const Prim& entry,
-                  Row<const float*, int, const float*, int, float, float*, int, const float*, int,
-                      const float*, int, float*, int, float*, int, int, int>
-                      row) {
-  forTrials(entry, [&](Trial& t) {
-    Image<float> candidate(t, Role::read), target(t, Role::read), best(t, Role::write);
-    Image<float> srcU(t, Role::read), srcV(t, Role::read);
-    Image<float> dstU(t, Role::write), dstV(t, Role::write);
-    match(entry, t, row, {&candidate, &target, &best, &srcU, &srcV, &dstU, &dstV}, Expect::anything,
-          candidate.data(), candidate.step(), target.data(), target.step(), t.value<float>(),
-          best.data(), best.step(), srcU.data(), srcU.step(), srcV.data(), srcV.step(), dstU.data(),
-          dstU.step(), dstV.data(), dstV.step(), t.width, t.height);
-  });
-}
-
 }  // namespace vx::test

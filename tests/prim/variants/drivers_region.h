@@ -286,4 +286,25 @@ void drive(const Prim& entry, Row<const T*, int, int, int, int*, const int*, int
   });
 }
 
+// the best of some neighbours along the row, with the two values that come with it
+inline void drive(const Prim& entry,
+                  Row<const float*, int, const float*, int, const float*, int, float*, int,
+                      const float*, int, const float*, int, float*, int, float*, int, int, int>
+                      row) {
+  forTrials(entry, [&](Trial& t) {
+    const int count = t.pick({1, 2, 5, 13});
+    const Frame right{0, 0, count - 1, 0};
+    Image<float> candidate(t, Role::read, {}, right), target(t, Role::read), best(t, Role::write);
+    Image<float> srcU(t, Role::read, {}, right), srcV(t, Role::read, {}, right);
+    Image<float> dstU(t, Role::write), dstV(t, Role::write);
+    auto weights = list<float>(t, Role::read, count);
+    // Packed rows have no room for the neighbours of the last pixel.
+    match(entry, t, row, {&candidate, &target, &weights, &best, &srcU, &srcV, &dstU, &dstV},
+          t.packed || t.bottomUp ? Expect::anything : Expect::success, candidate.data(),
+          candidate.step(), target.data(), target.step(), weights.data(), count, best.data(),
+          best.step(), srcU.data(), srcU.step(), srcV.data(), srcV.step(), dstU.data(), dstU.step(),
+          dstV.data(), dstV.step(), t.width, t.height);
+  });
+}
+
 }  // namespace vx::test
