@@ -27,7 +27,7 @@ constexpr Level kLevels[] = {
     {"L1", 16 << 10, 1 << 10}, {"L2", 400 << 10, 4 << 10}, {"RAM", 64 << 20, 16 << 10}};
 
 int turns = 31;  // at L1 and L2
-int turnsFromRam = 3;
+int turnsFromRam = 5;
 constexpr double kTurnSeconds = 200e-6;  // shorter than what another process takes at a time
 constexpr double kChunkSeconds = 4e-6;   // between two looks at the clock
 constexpr int kMostInPlace = 32;         // calls on the results of calls

@@ -38,14 +38,15 @@ struct Number {
   std::string_view name;
   int value;
 };
-// Kernels of five taps, integer ones of three by three; a cubic at three quarters of the size.
+// Kernels of five taps, integer ones of three by three; eight segments, as in the tone curves; a
+// cubic at three quarters of the size.
 inline constexpr Number kNumbers[] = {
     {"roundMode", prim::primRndNear},
     {"scaleFactor", 1},
     {"selector", prim::kCompareLess},
     {"top", 8},
     {"left", 8},
-    {"count", 17},
+    {"count", 9},
     {"levelCount", 257},
     {"kernelLen", 5},
     {"anchor", 2},
@@ -222,7 +223,7 @@ T* Operands::list(std::string_view name) {
       else if (name == "levels" && std::is_integral_v<T>)
         values[i] = static_cast<T>(250 * (i - 128));
       else if (name == "levels" || name == "values")
-        values[i] = static_cast<T>(0.2 + 0.055 * i);
+        values[i] = static_cast<T>(0.2 + 0.11 * i);
       else
         values[i] = std::is_same_v<T, float> ? static_cast<T>(kMiddle) : static_cast<T>(128);
     }
