@@ -39,6 +39,15 @@ int primRGBToHLS_32f_C3R(const float* src, int srcStep, float* dst, int dstStep,
 int primHLSToRGB_32f_C3R(const float* src, int srcStep, float* dst, int dstStep, int width,
                          int height);
 
+/// primRGBToHLS_32f_C3R and primHLSToRGB_32f_C3R, bit for bit, with a plane for each of hue,
+/// lightness and saturation, as stages keep them. No two images overlap.
+int primRGBToHLS_32f_C3P3R(const float* src, int srcStep, float* hue, int hueStep, float* lightness,
+                           int lightnessStep, float* saturation, int saturationStep, int width,
+                           int height);
+int primHLSToRGB_32f_P3C3R(const float* hue, int hueStep, const float* lightness, int lightnessStep,
+                           const float* saturation, int saturationStep, float* dst, int dstStep,
+                           int width, int height);
+
 /// plane r = twist[r][0] * p0 + twist[r][1] * p1 + twist[r][2] * p2 + twist[r][3], in place on
 /// three separate planes with one step, p0 to p2 being the pixel's values before the call.
 ///

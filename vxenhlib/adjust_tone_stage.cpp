@@ -4,7 +4,6 @@
 #include <cmath>
 
 #include "prim/arith.h"
-#include "prim/channel.h"
 #include "prim/colour.h"
 #include "prim/memory.h"
 #include "prim/threshold.h"
@@ -44,7 +43,7 @@ class StageRun {
     mask.amount = stage_.sharpenAmount;
     mask.sigma = stage_.sharpenSigma;
     unsharpRows_ = sharpen_ && unsharp_.begin(mask, width_, height_, rows_);
-    return interleaved_.reserve(3 * pixels);
+    return pixels_.reserve(3 * pixels);
   }
 
   void run() {
@@ -73,12 +72,11 @@ class StageRun {
   }
 
   void front(int y, int count, LightnessPass& lightness) {
-    float* hls = interleaved_.data();
-    prim::primRGBToHLS_32f_C3R(hue_.row(y), step_, hls, pixelStep_, width_, count);
+    // The planes of a row take the place of its pixels.
+    prim::primCopy_32f_C3R(hue_.row(y), step_, pixels_.data(), pixelStep_, width_, count);
     const PlaneView l = unsharpRows_ ? unsharp_.input(count) : lightness_.rows(y, count);
-    prim::primCopy_32f_C3C1R(hls, pixelStep_, hue_.row(y), step_, width_, count);
-    prim::primCopy_32f_C3C1R(hls + 1, pixelStep_, l.data, l.step, width_, count);
-    prim::primCopy_32f_C3C1R(hls + 2, pixelStep_, saturation_.row(y), step_, width_, count);
+    prim::primRGBToHLS_32f_C3P3R(pixels_.data(), pixelStep_, hue_.row(y), step_, l.data, l.step,
+                                 saturation_.row(y), step_, width_, count);
     int first = y;
     int ready = count;
     if (unsharpRows_) ready = unsharp_.advance(lightness_, &first);
@@ -108,11 +106,9 @@ class StageRun {
   void back(int y, int count) {
     if (turnHue_) turn(hue_.rows(y, count));
     clipToOne({hue_.row(y), step_, 3 * width_, count});
-    float* hls = interleaved_.data();
-    prim::primCopy_32f_C1C3R(hue_.row(y), step_, hls, pixelStep_, width_, count);
-    prim::primCopy_32f_C1C3R(lightness_.row(y), step_, hls + 1, pixelStep_, width_, count);
-    prim::primCopy_32f_C1C3R(saturation_.row(y), step_, hls + 2, pixelStep_, width_, count);
-    prim::primHLSToRGB_32f_C3R(hls, pixelStep_, hue_.row(y), step_, width_, count);
+    prim::primHLSToRGB_32f_P3C3R(hue_.row(y), step_, lightness_.row(y), step_, saturation_.row(y),
+                                 step_, pixels_.data(), pixelStep_, width_, count);
+    prim::primCopy_32f_C3R(pixels_.data(), pixelStep_, hue_.row(y), step_, width_, count);
   }
 
   AdjustToneStage& stage_;
@@ -129,7 +125,7 @@ class StageRun {
   bool unsharpRows_ = false;
   bool turnHue_ = false;
   UnsharpRows unsharp_;
-  AlignedArray<float> interleaved_;
+  AlignedArray<float> pixels_;  // a band of them
   AlignedArray<float> shifted_;
   AlignedArray<std::uint8_t> mask_;
 };

@@ -54,16 +54,20 @@ void parallelBands(int height, int rows, const Work& work) {
 }
 
 /// Calls shared(y, count, slot) for each band on the team of threads, and ordered(y, count) on this
-/// thread for one band after the other, each soon after its shared part, while it is in cache.
+/// thread for one band after the other. A thread alone does both for a band while it is in cache. A
+/// team does the one after the other: with a region for every few bands the threads of g++'s
+/// runtime wait actively between them, which cost more time of the processor than the cache saved.
 template <class Shared, class Ordered>
 void parallelThenOrdered(int height, int rows, const Shared& shared, const Ordered& ordered) {
-  // Some bands per thread between two joins, so that uneven threads even out.
-  const std::int64_t group = bandSlots() == 1 ? 1 : 8 * bandSlots();
-  const int groupRows = static_cast<int>(std::min<std::int64_t>(rows * group, height));
-  forEachBand(height, std::max(groupRows, 1), [&](int start, int count) {
-    parallelBands(count, rows, [&](int y, int n, int slot) { shared(start + y, n, slot); });
-    forEachBand(count, rows, [&](int y, int n) { ordered(start + y, n); });
-  });
+  if (bandSlots() == 1) {
+    forEachBand(height, rows, [&](int y, int count) {
+      shared(y, count, 0);
+      ordered(y, count);
+    });
+    return;
+  }
+  parallelBands(height, rows, shared);
+  forEachBand(height, rows, ordered);
 }
 
 /// Scratch of one kind for each thread of the team.

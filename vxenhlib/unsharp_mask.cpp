@@ -59,7 +59,7 @@ bool UnsharpRows::begin(const UnsharpMask& mask, int width, int height, int rows
   if (width > INT_MAX / 4 - 4 * kReach) return false;
   // Rows above the plane, kept rows and late rows; the last band also has rows below the plane.
   const int most = std::min(rows, height);
-  window_ = allocateRows(windowMemory_, width, most + 3 * kReach);
+  window_ = allocateRows(windowMemory_, width, most + 3 * kReach + std::min(kSlack, height));
   column_ = allocateRows(columnMemory_, width + 2 * kReach, most + kReach);
   blur_ = allocateRows(blurMemory_, width, most + kReach);
   return !window_.empty() && !column_.empty() && !blur_.empty();
@@ -68,11 +68,11 @@ bool UnsharpRows::begin(const UnsharpMask& mask, int width, int height, int rows
 PlaneView UnsharpRows::input(int count) {
   pending_ = count;
   if (arrived_ == 0) return window_.rows(kReach, count);  // the rows above the plane come first
-  // Rows that no result needs any more make way.
   const int needed = finished_ - kReach;
   const int drop = needed - firstKept_;
   const int kept = arrived_ - needed;
-  if (drop > 0) {
+  if (arrived_ - firstKept_ + count + kReach > window_.height && drop > 0) {
+    // Rows that no result needs any more make way.
     for (int i = 0; i < kept; ++i)
       std::memcpy(window_.row(i), window_.row(i + drop),
                   static_cast<std::size_t>(width_) * sizeof(float));

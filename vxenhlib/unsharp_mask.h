@@ -39,6 +39,8 @@ class UnsharpRows {
  private:
   static constexpr int kReach = 3;
   static constexpr int kTaps = 2 * kReach + 1;
+  // Rows that the window grows by before the rows still needed move back to its start.
+  static constexpr int kSlack = 24;
 
   float kernel_[kTaps] = {};
   float amount_ = 1.0f;

@@ -44,12 +44,11 @@ bool isStructure(const Exiv2::Exifdatum& datum) {
 
 // Also drops what stands there twice: PNG files of some programs carry EXIF in two chunks.
 void dropStructure(Exiv2::ExifData& exif) {
-  // The thumbnail shows the picture as it was, and in a TIFF its directory would be a broken second
-  // page.
-  Exiv2::ExifThumb(exif).erase();
   std::set<std::string> seen;
   for (auto datum = exif.begin(); datum != exif.end();) {
     const std::string group = datum->groupName();
+    // The thumbnail shows the picture as it was, and in a TIFF its directory would be a broken
+    // second page; so would the further pictures of a raw file.
     const bool further = group.starts_with("SubImage") || group.starts_with("SubThumb") ||
                          group == "Image2" || group == "Image3" || group == "Thumbnail";
     const bool known = !seen.insert(datum->key()).second;

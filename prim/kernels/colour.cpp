@@ -104,41 +104,89 @@ inline void rgbFromHls(Strip& p, int count) {
   }
 }
 
-// Rows in strips; `convert` turns the strip's three channels into the other three.
+struct ToHls {
+  Selected selected;
+  void operator()(Strip& strip, int count) {
+    selectHue(strip, selected, count);
+    hlsFromSelected(selected, strip, count);
+  }
+};
+
+struct ToRgb {
+  void operator()(Strip& strip, int count) { rgbFromHls(strip, count); }
+};
+
+// Calls each(x, y, pixels) for strips of at most kStrip pixels.
+template <class Each>
+inline void overStrips(int width, int height, const Each& each) {
+  for (int y = 0; y < height; ++y)
+    for (std::ptrdiff_t x = 0; x < width; x += kStrip)
+      each(x, y, width - x < kStrip ? static_cast<int>(width - x) : kStrip);
+}
+
+// `convert` turns the strip's three channels into the other three.
 template <class Convert>
-inline int convert3(const float* src, int srcStep, float* dst, int dstStep, int width, int height,
-                    Convert convert) {
+inline int convert3(const float* src, int srcStep, float* dst, int dstStep, int width, int height) {
   if (!src || !dst) return kStatusNullPtr;
   if (emptySize(width, height)) return kStatusBadSize;
   Strip strip = {};
-  for (int y = 0; y < height; ++y) {
-    const float* in = row(src, srcStep, y);
-    float* out = row(dst, dstStep, y);
-    for (std::ptrdiff_t x = 0; x < width; x += kStrip) {
-      const int count = width - x < kStrip ? static_cast<int>(width - x) : kStrip;
-      load3(in + 3 * x, strip.c0, strip.c1, strip.c2, count);
-      convert(strip, padded(count));
-      store3(strip.c0, strip.c1, strip.c2, out + 3 * x, count);
-    }
-  }
+  Convert convert;
+  overStrips(width, height, [&](std::ptrdiff_t x, int y, int count) {
+    load3(row(src, srcStep, y) + 3 * x, strip.c0, strip.c1, strip.c2, count);
+    convert(strip, padded(count));
+    store3(strip.c0, strip.c1, strip.c2, row(dst, dstStep, y) + 3 * x, count);
+  });
   return kStatusOk;
+}
+
+inline void copyStrip(const float* __restrict from, float* __restrict to, int count) {
+  for (int i = 0; i < count; ++i) to[i] = from[i];
 }
 
 }  // namespace
 
 int primRGBToHLS_32f_C3R(const float* src, int srcStep, float* dst, int dstStep, int width,
                          int height) {
-  Selected selected;
-  return convert3(src, srcStep, dst, dstStep, width, height, [&](Strip& strip, int count) {
-    selectHue(strip, selected, count);
-    hlsFromSelected(selected, strip, count);
-  });
+  return convert3<ToHls>(src, srcStep, dst, dstStep, width, height);
 }
 
 int primHLSToRGB_32f_C3R(const float* src, int srcStep, float* dst, int dstStep, int width,
                          int height) {
-  return convert3(src, srcStep, dst, dstStep, width, height,
-                  [](Strip& strip, int count) { rgbFromHls(strip, count); });
+  return convert3<ToRgb>(src, srcStep, dst, dstStep, width, height);
+}
+
+int primRGBToHLS_32f_C3P3R(const float* src, int srcStep, float* hue, int hueStep, float* lightness,
+                           int lightnessStep, float* saturation, int saturationStep, int width,
+                           int height) {
+  if (!src || !hue || !lightness || !saturation) return kStatusNullPtr;
+  if (emptySize(width, height)) return kStatusBadSize;
+  Strip strip = {};
+  ToHls convert;
+  overStrips(width, height, [&](std::ptrdiff_t x, int y, int count) {
+    load3(row(src, srcStep, y) + 3 * x, strip.c0, strip.c1, strip.c2, count);
+    convert(strip, padded(count));
+    copyStrip(strip.c0, row(hue, hueStep, y) + x, count);
+    copyStrip(strip.c1, row(lightness, lightnessStep, y) + x, count);
+    copyStrip(strip.c2, row(saturation, saturationStep, y) + x, count);
+  });
+  return kStatusOk;
+}
+
+int primHLSToRGB_32f_P3C3R(const float* hue, int hueStep, const float* lightness, int lightnessStep,
+                           const float* saturation, int saturationStep, float* dst, int dstStep,
+                           int width, int height) {
+  if (!hue || !lightness || !saturation || !dst) return kStatusNullPtr;
+  if (emptySize(width, height)) return kStatusBadSize;
+  Strip strip = {};
+  ToRgb convert;
+  overStrips(width, height, [&](std::ptrdiff_t x, int y, int count) {
+    copyStrip(row(hue, hueStep, y) + x, strip.c0, count);
+    copyStrip(row(lightness, lightnessStep, y) + x, strip.c1, count);
+    copyStrip(row(saturation, saturationStep, y) + x, strip.c2, count);
+    convert(strip, padded(count));
+    store3(strip.c0, strip.c1, strip.c2, row(dst, dstStep, y) + 3 * x, count);
+  });
+  return kStatusOk;
 }
 
 int primColorTwist_32f_P3IR(float* const* planes, int step, int width, int height,

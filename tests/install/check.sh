@@ -3,7 +3,7 @@
 # find_package, from C99 and from C++17; then looks at the symbols and at what came with the program.
 # usage: check.sh BUILD_TREE SCRATCH
 set -euo pipefail
-build=$1 scratch=$2
+build=$(realpath "$1") scratch=$(realpath -m "$2")
 here=$(cd "$(dirname "$0")" && pwd)
 rm -rf "$scratch"
 prefix=$scratch/prefix
@@ -26,7 +26,7 @@ cmake --build "$scratch/consumer"
 "$scratch/consumer/consumer"
 
 echo "symbols"
-nm -D --defined-only "$library" | awk '$2 == "T" { print $3 }' | LC_ALL=C sort >"$scratch/symbols"
+nm -D --defined-only "$library" | awk '$2 == "T" { sub(/@.*/, "", $3); print $3 }' | LC_ALL=C sort >"$scratch/symbols"
 printf '%s\n' setDebugTrace vxAdjustRgb vxDenoiseEstNoise vxSetupLib vxUnblock vxYUVEdgeRGB | diff "$scratch/symbols" -
 
 if [ -x "$build/vxicore" ]; then

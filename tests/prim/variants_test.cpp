@@ -7,6 +7,7 @@
 
 #include "tests/prim/variants/drivers_element.h"
 #include "tests/prim/variants/drivers_grid.h"
+#include "tests/prim/variants/drivers_planes.h"
 #include "tests/prim/variants/drivers_region.h"
 
 namespace {

@@ -43,6 +43,8 @@ inline constexpr auto kLayoutCodes = std::to_array<LayoutCode>({
     {"C4C1R", {4, 1}, {1, 1}},
     {"C1C3R", {1, 1}, {3, 1}},
     {"C1C4R", {1, 1}, {4, 1}},
+    {"C3P3R", {3, 3}, {1, 1}},
+    {"P3C3R", {1, 1}, {3, 3}},
     // the one-dimensional forms
     {"32f", {1, 1}, {1, 1}},
     {"32f8u", {1, 1}, {1, 1}},
