@@ -26,9 +26,9 @@ struct Level {
 namespace detail {
 
 /// Arguments that address pixels, one image or vector each.
-inline constexpr std::string_view kImages[] = {"src",    "src1",  "src2",   "dst",
-                                               "srcDst", "mask",  "near",   "far",
-                                               "packed", "guide", "column", "fraction"};
+inline constexpr std::string_view kImages[] = {
+    "src",    "src1",  "src2",   "dst",      "srcDst", "mask",      "near",      "far",
+    "packed", "guide", "column", "fraction", "hue",    "lightness", "saturation"};
 /// Short lists: constants per channel, curves, kernels, results.
 inline constexpr std::string_view kLists[] = {"value",  "level",  "values", "levels", "kernel",
                                               "sum",    "mean",   "min",    "max",    "indexX",
