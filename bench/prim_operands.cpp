@@ -91,7 +91,8 @@ Operands::Plane Operands::shape(const ImageRole& role) const {
     width += detail::findNumber("depth")->value;
   }
   const bool looksAround = entry_.name.starts_with("primFilter") || entry_.has("3x3");
-  const int frame = role.name == "src" && looksAround ? kFrame : 0;
+  const bool isNeighbour = role.name == "candidate" || role.name == "srcU" || role.name == "srcV";
+  const int frame = (role.name == "src" && looksAround) || isNeighbour ? kFrame : 0;
   const int pixelBytes = stride * role.elementBytes;
   const std::ptrdiff_t step =
       roundUp(std::ptrdiff_t{width + 2 * frame} * pixelBytes, kLine) + (height > 1 ? kLine : 0);

@@ -27,12 +27,13 @@ namespace detail {
 
 /// Arguments that address pixels, one image or vector each.
 inline constexpr std::string_view kImages[] = {
-    "src",    "src1",  "src2",   "dst",      "srcDst", "mask",      "near",      "far",
-    "packed", "guide", "column", "fraction", "hue",    "lightness", "saturation"};
+    "src",    "src1",  "src2",   "dst",      "srcDst", "mask",      "near",       "far",
+    "packed", "guide", "column", "fraction", "hue",    "lightness", "saturation", "candidate",
+    "target", "best",  "srcU",   "srcV",     "dstU",   "dstV"};
 /// Short lists: constants per channel, curves, kernels, results.
 inline constexpr std::string_view kLists[] = {"value",  "level",  "values", "levels", "kernel",
                                               "sum",    "mean",   "min",    "max",    "indexX",
-                                              "indexY", "result", "hist"};
+                                              "indexY", "result", "hist",   "weights"};
 
 struct Number {
   std::string_view name;
@@ -179,7 +180,7 @@ class Operands {
 
   static constexpr float kMiddle = 0.625f;  ///< of the floats
   static constexpr double kFactor = 0.75;
-  static constexpr int kBorder = 8, kFrame = 2, kKernelSize = 5;
+  static constexpr int kBorder = 8, kFrame = 8, kKernelSize = 5;
   static const prim::GridAxis kAxis;
   static const float kTwist[3][4];
 
