@@ -130,7 +130,11 @@ void gatherRow(const char* from, char* to, std::ptrdiff_t width) {
   const auto* __restrict in = reinterpret_cast<const Element*>(from);
   auto* __restrict out = reinterpret_cast<Element*>(to);
   std::ptrdiff_t x = kBytes == 4 && kFrom == 3 ? gatherThirdFloats(from, to, width) : 0;
-  for (; x < width; ++x) out[x] = in[x * kFrom];
+  for (; x < width; ++x) {
+    // A structure assigned to a structure is not vectorised.
+    const typename ElementOf<kBytes>::Type element = in[x * kFrom];
+    out[x] = element;
+  }
 }
 
 template <int kBytes, int kTo>
