@@ -88,7 +88,7 @@ Operands::Plane Operands::shape(const ImageRole& role) const {
   } else if (role.name == "packed") {
     width *= 4;
   } else if (role.name == "near" || role.name == "far") {
-    width += detail::findNumber("depth")->value;
+    width += *detail::findNumber("depth");
   }
   const bool looksAround = entry_.name.starts_with("primFilter") || entry_.has("3x3");
   const bool isNeighbour = role.name == "candidate" || role.name == "srcU" || role.name == "srcV";
@@ -154,7 +154,7 @@ void Operands::place(Plane& p, int index) {
 // no infinities after a few calls in place. 16-bit values stay off -32768, which ends a search.
 void Operands::fill(Plane& p) const {
   if (p.role.name == "column") {
-    const int depth = detail::findNumber("depth")->value;
+    const int depth = *detail::findNumber("depth");
     int* const columns = reinterpret_cast<int*>(p.begin);
     for (int x = 0; x < p.width; ++x)
       columns[x] = depth * static_cast<int>(std::ptrdiff_t{8} * x / p.width);
@@ -199,8 +199,7 @@ int Operands::number(std::string_view name) const {
   if (name == "mask") return entry_.has("Vert") ? 13 : entry_.has("Horiz") ? 31 : 33;
   if (name == "step") return static_cast<int>(planes_.front().step);
   if (detail::isStep(name)) return static_cast<int>(plane(name.substr(0, name.size() - 4)).step);
-  if (const detail::Number* known = detail::findNumber(name)) return known->value;
-  return 3;  // an int that is a value
+  return detail::findNumber(name).value_or(0);
 }
 
 void* Operands::scratch() {

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string_view>
 #include <type_traits>
 #include <vector>
@@ -82,15 +83,15 @@ constexpr bool isStep(std::string_view name) {
   return name.ends_with("Step") && contains(kImages, name.substr(0, name.size() - 4));
 }
 
-constexpr const Number* findNumber(std::string_view name) {
+constexpr std::optional<int> findNumber(std::string_view name) {
   for (const Number& number : kNumbers)
-    if (number.name == name) return &number;
-  return nullptr;
+    if (number.name == name) return number.value;
+  return std::nullopt;
 }
 
 constexpr bool isKnown(std::string_view name) {
   return contains(kImages, name) || contains(kLists, name) || contains(kOthers, name) ||
-         isStep(name) || findNumber(name) != nullptr;
+         isStep(name) || findNumber(name).has_value();
 }
 
 template <class T>
