@@ -81,8 +81,7 @@ typedef int   (*VxProgress)(int position, int total, void* hostContext);
  *     everything else 0
  *
  * and gives every sample back, but for float rounding on the way to hue, lightness, saturation and
- * back. In this version unblockStrength has no effect, and the noise filter works with denoiseMode 0
- * only.
+ * back. In this version unblockStrength has no effect.
  *
  * A picture below 2304 pixels on both axes is treated in one piece; of an odd width or height the
  * last column or row keeps the host's values. A larger picture is treated in overlapping tiles

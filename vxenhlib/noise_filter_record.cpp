@@ -4,6 +4,7 @@
 #include "prim/memory.h"
 #include "vxenhlib/bilateral_filter.h"
 #include "vxenhlib/deconvolver.h"
+#include "vxenhlib/non_local_passes.h"
 
 namespace vx {
 namespace {
@@ -70,7 +71,17 @@ int NoiseFilterRecord::configure(const NoiseProfile& newProfile, bool newTierFla
   tierFlag = newTierFlag;
   twoStage = newTwoStage;
   geometry = chooseGeometry(twoStage, tierFlag, n);
+  nonLocal.reset();
   return kVxrcOk;
+}
+
+bool NoiseFilterRecord::prepareNonLocal() {
+  if (nonLocal == nullptr && geometry.blockSize > 0) {
+    const BlockGeometry& g = geometry;
+    nonLocal = std::make_unique<CNLImDnCn>(g.stackLimit, 2, g.blockSize, g.searchSize);
+    nonLocal->stepX = nonLocal->stepY = g.blockStep > g.blockSize ? g.blockSize - 1 : g.blockStep;
+  }
+  return nonLocal != nullptr && nonLocal->ready();
 }
 
 GridStep NoiseFilterRecord::lumaGrid(float amount) const {
@@ -87,10 +98,10 @@ GridStep NoiseFilterRecord::chromaGrid(float amount) const {
   return {sampleOf(amount), larger(range, kLeastChromaRange)};
 }
 
-int NoiseFilterRecord::denoise(GIMG<float>* const planes[3], float /*floorWeight*/,
-                               float newStrength, float /*detailShare*/, float newKneeRatio,
-                               float newDeviationGain, float /*chromaGuideGain*/, float sharpen,
-                               float lumaBilateral, float chromaBilateral) {
+int NoiseFilterRecord::denoise(GIMG<float>* const planes[3], float floorWeight, float newStrength,
+                               float detailShare, float newKneeRatio, float newDeviationGain,
+                               float chromaGuideGain, float sharpen, float lumaBilateral,
+                               float chromaBilateral) {
   GIMG<float>& luma = *planes[0];
   if (luma.roiWidth < geometry.searchSize || luma.roiHeight < geometry.searchSize)
     return kVxrcBadArgument;
@@ -103,6 +114,18 @@ int NoiseFilterRecord::denoise(GIMG<float>* const planes[3], float /*floorWeight
   kneeRatio = newKneeRatio;
   deviationGain = newDeviationGain;
 
+  if (strength > 0.009f && prepareNonLocal()) {
+    filterNonLocal(*nonLocal, planes,
+                   {.floorWeight = floorWeight,
+                    .strength = strength,
+                    .detailShare = detailShare,
+                    .kneeRatio = kneeRatio,
+                    .deviationGain = deviationGain,
+                    .chromaGuideGain = chromaGuideGain,
+                    .lumaNoise = profile.lumaNoise,
+                    .chromaNoise = profile.chromaNoise,
+                    .twoStage = twoStage});
+  }
   if (sharpen > kOff) sharpenLuma(luma, sharpen + 0.2f);
   const GridStep lumaStep = lumaGrid(lumaBilateral);
   if (lumaStep.sample > 0) smooth(lumaStep, kLumaRange, luma, nullptr);

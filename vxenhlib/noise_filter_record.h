@@ -1,6 +1,9 @@
 #pragma once
 
+#include <memory>
+
 #include "frame/img.h"
+#include "vxenhlib/nl_im_dn_cn.h"
 #include "vxenhlib/vxrc.h"
 #include "vxicore26.h"
 
@@ -30,6 +33,9 @@ struct GridStep {
 class NoiseFilterRecord {
  public:
   NoiseProfile profile{};
+  /// Made when the non-local passes first need it: planning its transforms takes some tenths of a
+  /// second, which the bilateral passes and small planes are spared.
+  std::unique_ptr<CNLImDnCn> nonLocal;
   float strength = 1.2f;       ///< last strength given to denoise()
   float deviationGain = 1.5f;  ///< last one given to denoise()
   float kneeRatio = 3.0f;      ///< last one given to denoise()
@@ -73,6 +79,7 @@ class NoiseFilterRecord {
   GridStep chromaGrid(float amount) const;
 
  private:
+  bool prepareNonLocal();
   void sharpenLuma(GIMG<float>& luma, float sigma);
 };
 

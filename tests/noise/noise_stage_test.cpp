@@ -139,7 +139,7 @@ TEST_P(NoiseModes, picturesBelowTheSearchTileAndFlatOnesStay) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Modes, NoiseModes, ::testing::Values(0),
+INSTANTIATE_TEST_SUITE_P(Modes, NoiseModes, ::testing::Values(0, 1),
                          [](const auto& mode) { return mode.param == 0 ? "fast" : "nonlocal"; });
 
 }  // namespace
