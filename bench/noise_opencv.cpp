@@ -1,0 +1,16 @@
+#include "bench/noise_opencv.h"
+
+#include <algorithm>
+#include <opencv2/core.hpp>
+#include <opencv2/imgproc.hpp>
+
+std::function<void()> openCvBilateral(const std::vector<std::uint8_t>& rgb, int width, int height,
+                                      bool floats) {
+  cv::setNumThreads(1);
+  cv::Mat bytes(height, width, CV_8UC3);
+  std::copy(rgb.begin(), rgb.end(), bytes.data);
+  cv::Mat image = bytes, out;
+  if (floats) bytes.convertTo(image, CV_32F, 1 / 255.0);
+  const double sigma = floats ? 30 / 255.0 : 30.0;
+  return [image, out, sigma]() mutable { cv::bilateralFilter(image, out, 9, sigma, 3.0); };
+}
