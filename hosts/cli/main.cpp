@@ -6,6 +6,7 @@
 
 #include "hosts/cli/adjust.h"
 #include "hosts/cli/cancel.h"
+#include "hosts/cli/edge.h"
 #include "hosts/cli/error.h"
 #include "hosts/cli/metadata.h"
 
@@ -40,6 +41,9 @@ int run(int argc, char** argv) {
   program.get_formatter()->column_width(kHelpNames);
   program.set_version_flag("--version", "vxicore " VX_VERSION);
   AdjustCommand adjust(program);
+  EdgeCommand edge(program);
+  // After the commands, which would inherit it.
+  program.set_help_all_flag("--help-all", "Show the options of all commands and exit");
   program.require_subcommand(1);
   program.footer("vxicore COMMAND --help shows the options of a command.");
   try {
@@ -50,7 +54,10 @@ int run(int argc, char** argv) {
   }
   installSignalHandlers();
   startLibraries(argv[0]);
-  return adjust.run();
+  for (Command* command : std::initializer_list<Command*>{&adjust, &edge}) {
+    if (command->chosen()) return command->run();
+  }
+  return kExitUsage;  // unreachable: the parser requires one
 }
 
 }  // namespace
