@@ -49,9 +49,7 @@ void Command::addSettings(std::vector<Setting> table) {
 }
 
 void Command::addExamples(const std::string& examples) {
-  command_->footer("Examples:\n" + examples +
-                   "\nAll settings start neutral.\n"
-                   "Exit codes: 0 done, 1 some picture failed, 2 wrong usage, 130 cancelled.");
+  command_->footer("Examples:\n" + examples + "\nAll settings start neutral.\n" + kExitCodesHelp);
 }
 
 void Command::applySettings() {

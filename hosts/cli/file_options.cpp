@@ -5,7 +5,7 @@
 namespace vx::cli {
 namespace {
 
-constexpr const char* kFiles = "Files";
+constexpr const char* kFiles = "Pictures in and out";
 
 std::string help(std::string_view text) { return wrapped(text, kHelpWidth); }
 
@@ -59,7 +59,7 @@ void addFileOptions(CLI::App& app, FileOptions& options) {
       ->check(CLI::Range(1, 100))
       ->group(kFiles);
   app.add_option("--max-megapixels", options.maxMegapixels,
-                 help("Refuse larger pictures; default 500. About 22 bytes of memory per pixel are "
+                 help("Refuse larger pictures; default 500. Up to 29 bytes of memory per pixel are "
                       "needed at 8 bits"))
       ->option_text("M")
       ->check(CLI::Range(0.000001, 90000.0))
