@@ -1,5 +1,6 @@
 #include "adjust/adjust_core.h"
 
+#include "adjust/noise_stage.h"
 #include "adjust/tone_settings.h"
 #include "vxenhlib/adjust_tone_stage.h"
 
@@ -9,9 +10,14 @@ namespace vx {
 // noise) belongs before the tone curves, which would amplify them; what is taken out as noise and
 // given back as grain belongs behind the curves, so that they do not touch it.
 int adjustCore(IMG3<float>& image, const AdjustSettings& settings) {
+  NoiseStage noise;
+  noise.filter(image, settings);
+
   AdjustToneStage tone;
   deriveToneSettings(settings, tone);
   tone.apply(image);
+
+  noise.restoreGrain(image, settings);
   return 1;
 }
 

@@ -14,9 +14,10 @@ namespace vx::bench {
 namespace {
 
 constexpr std::ptrdiff_t kLine = 64, kPage = 4096;
-// Images start at different places of their pages: a load from the same place of a page as a store
-// shortly before it waits for that store.
-constexpr std::ptrdiff_t kStagger = 17 * kLine;
+// A load that lies 4096 bytes, or a multiple, from a store shortly before waits for it. Each image
+// starts three lines before the place in its page where the one before starts, so that what is
+// stored last meets loads only a page later.
+constexpr std::ptrdiff_t kStagger = kPage - 3 * kLine;
 
 std::ptrdiff_t roundUp(std::ptrdiff_t value, std::ptrdiff_t to) {
   return (value + to - 1) / to * to;
@@ -142,7 +143,7 @@ void Operands::chooseSize(const std::vector<ImageRole>& roles, const Level& leve
 }
 
 void Operands::place(Plane& p, int index) {
-  const std::ptrdiff_t offset = index * kStagger;
+  const std::ptrdiff_t offset = index * kStagger % kPage;
   p.memory.reset(static_cast<unsigned char*>(
       std::aligned_alloc(kPage, static_cast<std::size_t>(roundUp(p.bytes + offset, kPage)))));
   if (p.memory == nullptr) throw std::bad_alloc();

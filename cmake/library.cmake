@@ -8,7 +8,7 @@ endforeach()
 add_library(vxicore26 SHARED ${vx_objects})
 target_include_directories(vxicore26 PUBLIC
   $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
-target_link_libraries(vxicore26 PRIVATE OpenMP::OpenMP_CXX)
+target_link_libraries(vxicore26 PRIVATE OpenMP::OpenMP_CXX PkgConfig::FFTW3F)
 set_target_properties(vxicore26 PROPERTIES
   VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}
   LINK_DEPENDS ${PROJECT_SOURCE_DIR}/cmake/vxicore26.map)
@@ -23,4 +23,4 @@ else()
 endif()
 
 add_library(vxicore26_internal STATIC ${vx_objects})
-target_link_libraries(vxicore26_internal PUBLIC vx_options OpenMP::OpenMP_CXX)
+target_link_libraries(vxicore26_internal PUBLIC vx_options OpenMP::OpenMP_CXX PkgConfig::FFTW3F)

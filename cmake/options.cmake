@@ -16,6 +16,6 @@ endif()
 # vx_add_objects(NAME SOURCE...): the objects of one folder, collected into the library.
 function(vx_add_objects name)
   add_library(${name} OBJECT ${ARGN})
-  target_link_libraries(${name} PRIVATE vx_options OpenMP::OpenMP_CXX)
+  target_link_libraries(${name} PRIVATE vx_options OpenMP::OpenMP_CXX PkgConfig::FFTW3F)
   set_property(GLOBAL APPEND PROPERTY VX_OBJECT_LIBRARIES ${name})
 endfunction()

@@ -1,10 +1,32 @@
+#include <memory>
+
+#include "adjust/load_crop.h"
 #include "frame/export.h"
+#include "frame/img.h"
 #include "prim/float_mode.h"
+#include "vxenhlib/luma_chroma.h"
+#include "vxenhlib/noise_estimator.h"
 #include "vxicore26.h"
 
-// No estimate is made in this version: nothing is read, and the profile keeps what it holds.
-VX_EXPORT int vxDenoiseEstNoise(const void* /*pixels*/, int /*format*/, int /*rowStep*/,
-                                int /*width*/, int /*height*/, NoiseProfile* /*noiseProfile*/) {
-  const vx::prim::FloatModeGuard floatMode;
-  return 0;
+VX_EXPORT int vxDenoiseEstNoise(const void* pixels, int format, int rowStep, int width, int height,
+                                NoiseProfile* noiseProfile) {
+  using namespace vx;
+  const prim::FloatModeGuard floatMode;
+  if (noiseProfile == nullptr) return 1;
+
+  std::unique_ptr<GIMG<float>> planes[3];
+  if (loadCrop(format, pixels, rowStep, cropAxis(width), cropAxis(height), planes) != kCropLoaded)
+    return -2;
+  GIMG<float>* const colours[3] = {planes[0].get(), planes[1].get(), planes[2].get()};
+  toLumaChroma(colours, false);
+
+  NoiseEstimator estimator;
+  const float luma = 1.4f * estimator.estimate(*planes[0]);
+  *noiseProfile = {.lumaLevel = estimator.meanLevel,
+                   .lumaNoise = luma,
+                   .lumaReserved = 0.0f,
+                   .chromaLevel = estimator.meanLevel,
+                   .chromaNoise = 0.35f * luma,
+                   .chromaReserved = 0.0f};
+  return 1;
 }

@@ -1,0 +1,117 @@
+#include "adjust/noise_stage.h"
+
+#include "prim/arith.h"
+#include "prim/channel.h"
+#include "prim/memory.h"
+#include "vxenhlib/bands.h"
+#include "vxenhlib/luma_chroma.h"
+#include "vxenhlib/plane_view.h"
+
+namespace vx {
+namespace {
+
+bool keepsGrain(const AdjustSettings& settings) { return settings.grainRestore > 0.01f; }
+
+// Rows y to y + count - 1 of the three planes.
+struct Rows {
+  PlaneView plane[3];
+
+  Rows(const std::unique_ptr<GIMG<float>> planes[3], int y, int count) {
+    for (int c = 0; c < 3; ++c) plane[c] = PlaneView(*planes[c]).rows(y, count);
+  }
+};
+
+void takeRows(const IMG3<float>& image, int y, Rows& rows) {
+  for (int c = 0; c < 3; ++c) {
+    const PlaneView& to = rows.plane[c];
+    prim::primCopy_32f_C3C1R(image.row(y) + c, image.step, to.data, to.step, to.width, to.height);
+  }
+}
+
+void putRows(const PlaneView& from, IMG3<float>& image, int y, int channel) {
+  prim::primCopy_32f_C1C3R(from.data, from.step, image.row(y) + channel, image.step, from.width,
+                           from.height);
+}
+
+}  // namespace
+
+float deriveNoiseSettings(const AdjustSettings& settings, NoiseFilterRecord& record) {
+  const float s = settings.denoiseStrength;
+  if (settings.denoiseMode != 0) return s * 1.2f;
+  const NoiseProfile& p = record.profile;
+  record.lumaSample = (p.lumaNoise * 0.5f) / (p.lumaLevel + 1e-10f) * s * 160.0f + 4.0f;
+  record.chromaSample = record.lumaSample + 2.0f;
+  record.lumaRange = p.lumaNoise * s * 2.5f;
+  record.chromaRange = record.lumaRange * 0.75f;
+  return 0.0f;
+}
+
+void NoiseStage::filter(IMG3<float>& image, const AdjustSettings& settings) {
+  if (!(settings.denoiseStrength > 0.001f) || settings.noiseProfile == nullptr) return;
+  const int w = image.roiWidth;
+  const int h = image.roiHeight;
+  bool memory = image.data != nullptr;
+  for (auto& plane : removed_) {
+    plane = std::make_unique<GIMG<float>>(w, h);
+    memory = memory && plane->data != nullptr;
+  }
+  const int bandHeight = bandRows(0, w, h);
+  PerSlot<float> scratch;
+  if (!memory ||
+      !scratch.reserve(static_cast<std::size_t>(bandHeight) * static_cast<std::size_t>(w))) {
+    for (auto& plane : removed_) plane.reset();
+    return;
+  }
+  parallelBands(h, bandHeight, [&](int y, int count, int) {
+    Rows rows(removed_, y, count);
+    takeRows(image, y, rows);
+    toLumaChroma(rows.plane, true);
+  });
+
+  NoiseFilterRecord record;
+  record.configure(*settings.noiseProfile, true, true);
+  const float strength = deriveNoiseSettings(settings, record);
+  GIMG<float>* const planes[3] = {removed_[0].get(), removed_[1].get(), removed_[2].get()};
+  record.denoise(planes, 0.01f, strength, 1.0f, 3.0f, 1.5f, 1.0f, 0.0f, 0.0f, 0.0f);
+
+  const bool grain = keepsGrain(settings);
+  parallelBands(h, bandHeight, [&](int y, int count, int slot) {
+    Rows rows(removed_, y, count);
+    fromLumaChroma(rows.plane, true);
+    const PlaneView before(scratch.at(slot), w * static_cast<int>(sizeof(float)), w, count);
+    for (int c = 0; c < 3; ++c) {
+      const PlaneView& plane = rows.plane[c];
+      if (grain)
+        prim::primCopy_32f_C3C1R(image.row(y) + c, image.step, before.data, before.step, w, count);
+      putRows(plane, image, y, c);
+      if (grain)
+        prim::primSub_32f_C1R(plane.data, plane.step, before.data, before.step, plane.data,
+                              plane.step, w, count);
+    }
+  });
+  if (!grain)
+    for (auto& plane : removed_) plane.reset();
+}
+
+void NoiseStage::restoreGrain(IMG3<float>& image, const AdjustSettings& settings) {
+  if (removed_[0] == nullptr) return;
+  const int w = image.roiWidth;
+  const int h = image.roiHeight;
+  const int bandHeight = bandRows(0, w, h);
+  PerSlot<float> scratch;
+  if (scratch.reserve(static_cast<std::size_t>(bandHeight) * static_cast<std::size_t>(w))) {
+    parallelBands(h, bandHeight, [&](int y, int count, int slot) {
+      const PlaneView sum(scratch.at(slot), w * static_cast<int>(sizeof(float)), w, count);
+      for (int c = 0; c < 3; ++c) {
+        const PlaneView grain = PlaneView(*removed_[c]).rows(y, count);
+        prim::primCopy_32f_C3C1R(image.row(y) + c, image.step, sum.data, sum.step, w, count);
+        prim::primMulC_32f_C1IR(settings.grainRestore, grain.data, grain.step, w, count);
+        prim::primAdd_32f_C1IR(grain.data, grain.step, sum.data, sum.step, w, count);
+        putRows(sum, image, y, c);
+      }
+    });
+  }
+  for (auto& plane : removed_) plane.reset();
+}
+
+}  // namespace vx

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <memory>
+
+#include "adjust/adjust_settings.h"
+#include "frame/img.h"
+#include "vxenhlib/noise_filter_record.h"
+
+namespace vx {
+
+/// Sets what the fast mode fixes in the record: grids of the bilateral passes that grow with the
+/// noise, chroma two pixels coarser than luma. The non-local mode leaves the record alone.
+///
+/// @return the strength of the non-local passes: 0 in the fast mode
+float deriveNoiseSettings(const AdjustSettings& settings, NoiseFilterRecord& record);
+
+/// The noise filter over an image, and the grain that it took out.
+class NoiseStage {
+ public:
+  /// Filters the image in place. Does nothing for a denoiseStrength up to 0.001, without a profile,
+  /// or when memory for three planes is short.
+  void filter(IMG3<float>& image, const AdjustSettings& settings);
+
+  /// Adds the share grainRestore of what filter() took out, above 0.01, and forgets it.
+  void restoreGrain(IMG3<float>& image, const AdjustSettings& settings);
+
+ private:
+  std::unique_ptr<GIMG<float>> removed_[3];
+};
+
+}  // namespace vx
