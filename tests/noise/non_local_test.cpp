@@ -1,0 +1,255 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+#include "prim/float_mode.h"
+#include "tests/noise/reference_non_local.h"
+#include "vxenhlib/nl_im_dn_cn.h"
+
+namespace {
+
+using namespace vx;
+using namespace vx::test;
+
+constexpr float kInfinity = std::numeric_limits<float>::infinity();
+constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
+
+TEST(NonLocal, costsAreSumsOfSquaredDifferences) {
+  const prim::FloatModeGuard floatMode;
+  for (const auto& [block, search] : {std::pair(8, 32), {12, 48}, {16, 64}, {5, 21}}) {
+    Plane first(search + 25, search + 14), second(first.width, first.height);
+    fillUnits(first, 1, 1.0f / 64.0f, 0.3f, 0.2f);
+    fillUnits(second, 2, 1.0f / 64.0f, 0.1f, 0.3f);
+    const std::vector<const Plane*> guides = {&first, &second};
+    Plane squares[2] = {{first.width, first.height}, {first.width, first.height}};
+    for (int p = 0; p < 2; ++p) {
+      for (int y = 0; y < first.height; ++y)
+        for (int x = 0; x < first.width; ++x)
+          at(squares[p], x, y) = at(*guides[static_cast<std::size_t>(p)], x, y) *
+                                 at(*guides[static_cast<std::size_t>(p)], x, y);
+      integrate(PlaneView(squares[p]));
+    }
+    const FftPlan plan(search, search);
+    BlockMatcher matcher[2];
+    ASSERT_TRUE(matcher[0].reserve({block, block, search, search}));
+    ASSERT_TRUE(matcher[1].reserve({block, block, search, search}));
+    // The last tiles are cut by the plane.
+    for (const Tile& tile : {Tile{0, 0, search, search}, {25, 14, search, search}, {7, 5, 20, 19}})
+      for (const int at : {0, 3}) {
+        const int x = tile.x + at, y = tile.y + 2 * at;
+        Plane costs(tile.width - block + 1, tile.height - block + 1);
+        // Rounding of a transform of n samples is some log2(n) units of the norms' product.
+        double norms = 0.0, energy = 0.0, wantedEnergy = 0.0;
+        for (int p = 0; p < 2; ++p) {
+          const Plane& guide = *guides[static_cast<std::size_t>(p)];
+          matcher[p].setTile(plan, PlaneView(guide), PlaneView(squares[p]), tile);
+          energy += matcher[p].addCosts(plan, PlaneView(guide), PlaneView(squares[p]), x, y, p == 0,
+                                        PlaneView(costs));
+          const double own = boxSum(PlaneView(squares[p]), x, y, block, block);
+          wantedEnergy += own;
+          norms += std::sqrt(
+              own * boxSum(PlaneView(squares[p]), tile.x, tile.y, tile.width, tile.height));
+        }
+        const double bound = 0x1p-24 * std::log2(search * search) * norms;
+        double worst = 0.0;
+        for (int v = 0; v < costs.height; ++v)
+          for (int u = 0; u < costs.width; ++u)
+            raise(worst, std::abs(vx::test::at(costs, u, v) -
+                                  blockDistance(guides, x, y, tile.x + u, tile.y + v, block)));
+        EXPECT_LT(worst, bound) << block << ", tile at " << tile.x << ", block at " << at;
+        EXPECT_EQ(energy, wantedEnergy);
+      }
+  }
+}
+
+// The rounding of the sums is part of the result: this order, and no fused operations.
+TEST(NonLocal, integralImagesKeepTheirOrder) {
+  Plane plane(37, 29), wanted(37, 29);
+  fill(plane, 3);
+  copyImage(plane, wanted);
+  for (int y = 0; y < 29; ++y)
+    for (int x = 0; x < 37; ++x) {
+      volatile float sum = 0.0f;
+      if (x > 0) sum = at(wanted, x - 1, y);
+      if (y > 0) sum = sum + at(wanted, x, y - 1);
+      if (x > 0 && y > 0) sum = sum - at(wanted, x - 1, y - 1);
+      at(wanted, x, y) = at(wanted, x, y) + sum;
+    }
+  integrate(PlaneView(plane));
+  EXPECT_TRUE(sameBits(wanted, plane));
+}
+
+// Against the primitive that looks at the whole map each time, on maps full of equal costs.
+TEST(NonLocal, selectionTakesTheFirstSmallestEachTime) {
+  std::mt19937 random(5);
+  const auto below = [&](int n) { return static_cast<int>(random() % static_cast<unsigned>(n)); };
+  StackSelection selection;
+  ASSERT_TRUE(selection.reserve(57));
+  for (int turn = 0; turn < 4000; ++turn) {
+    const bool small = turn % 2 == 0;
+    Plane costs(1 + below(small ? 6 : 57), 1 + below(small ? 6 : 57));
+    const int levels = 1 + below(60), odd = below(4);
+    for (int y = 0; y < costs.height; ++y)
+      for (int x = 0; x < costs.width; ++x)
+        at(costs, x, y) = odd == 1 && below(3) == 0   ? kInfinity
+                          : odd == 2 && below(2) == 0 ? kNan
+                                                      : static_cast<float>(below(levels) - 2);
+    if (turn % 50 == 0)
+      for (int y = 0; y < costs.height; ++y)
+        std::fill_n(costs.row(y), costs.width, turn % 100 == 0 ? kNan : kInfinity);
+    Plane map(costs.width, costs.height);
+    copyImage(costs, map);
+    const int u = below(costs.width), v = below(costs.height), limit = 1 + below(16);
+    const int exclusionX = below(4), exclusionY = below(4);
+    const float thresholds[] = {0.0f, 3.0f, 1e6f, kInfinity, kNan};
+    const float threshold = thresholds[below(5)];
+
+    const auto blank = [&](int cx, int cy) {
+      for (int y = 0; y < map.height; ++y)
+        for (int x = 0; x < map.width; ++x)
+          if (std::abs(x - cx) <= exclusionX && std::abs(y - cy) <= exclusionY)
+            at(map, x, y) = 1e20f;
+    };
+    StackMatches wanted{}, found{};
+    wanted.x[0] = wanted.x[1] = 100 + u;
+    wanted.y[0] = wanted.y[1] = 200 + v;
+    blank(u, v);
+    int count = 1, filled = limit > 1 ? 1 : 2;
+    for (bool refused = false; count < limit && !refused;) {
+      int x = 0, y = 0;
+      float& cost = wanted.cost[count];
+      prim::primMinIndex_32f_C1R(map.data, map.step, map.width, map.height, &cost, &x, &y);
+      blank(x, y);
+      wanted.x[count] = 100 + x;
+      wanted.y[count] = 200 + y;
+      filled = count + 1;
+      refused = cost > threshold;
+      count += refused ? 0 : 1;
+    }
+    const int got = selection.select(PlaneView(costs), u, v, 100, 200, limit, exclusionX,
+                                     exclusionY, threshold, found);
+    ASSERT_EQ(got, count) << turn;
+    for (int i = 0; i < filled; ++i)
+      ASSERT_TRUE(found.x[i] == wanted.x[i] && found.y[i] == wanted.y[i] &&
+                  found.cost[i] == wanted.cost[i])
+          << turn << ", match " << i;
+    ASSERT_TRUE(sameBits(map, costs)) << turn;
+  }
+}
+
+// A filter of blocks of 8, its planes, and the slow evaluation of the same pass.
+struct PassCheck {
+  Plane source, guide, other, pilot, out[2];
+  CNLImDnCn& filter;
+
+  PassCheck(CNLImDnCn& f, int w, int h, unsigned seed)
+      : source(w, h), guide(w, h), other(w, h), pilot(w, h), out{{w, h}, {w, h}}, filter(f) {
+    constexpr float kUnit = 0x1p-11f;
+    fillUnits(source, seed, kUnit, 0.025f, 0.02f);
+    fillUnits(guide, seed + 1, kUnit, 0.02f, 0.015f);
+    fillUnits(pilot, seed + 2, kUnit, 0.03f, 0.012f);
+    fill(other, seed + 3);
+  }
+
+  // The largest difference to the slow evaluation, whose choices must all be clear ones.
+  double run(bool withPilot, std::vector<int>& stacks) {
+    filter.clearImages();
+    filter.setFilterParams(0.01f, 1.2f, 3.0f, 0.022f, 1.3f, 0.01f, 1.5f, 1);
+    const NonLocalCase c = {filter.blockWidth,     filter.stepX,   filter.searchWidth, 8, 1,
+                            filter.matchThreshold, filter.settings};
+    GIMG<float>* const guides[] = {withPilot ? &pilot : &source, &guide};
+    GIMG<float>* const in[] = {&source, &other};
+    GIMG<float>* const outs[] = {&out[0], &out[1]};
+    const int guideCount = withPilot ? 1 : 2;
+    EXPECT_EQ(
+        filter.filterPlanes(guideCount, guides, &source, withPilot ? &pilot : nullptr, 2, in, outs),
+        kVxrcOk);
+    std::vector<const Plane*> searched(guideCount == 1 ? 1 : 2, &guide);
+    searched[0] = guides[0] == &pilot ? &pilot : &source;
+    const NonLocalResult wanted =
+        referencePass(c, searched, source, withPilot ? &pilot : nullptr, {&source, &other});
+    EXPECT_GE(wanted.narrowest, 0x1p-22) << "two blocks as good as each other: take another seed";
+    stacks = wanted.stacks;
+    double worst = 0.0;
+    for (std::size_t p = 0; p < 2; ++p)
+      for (std::size_t i = 0; i < wanted.planes[p].size(); ++i) {
+        const int x = static_cast<int>(i) % source.width, y = static_cast<int>(i) / source.width;
+        raise(worst, std::abs(wanted.planes[p][i] - at(out[p], x, y)));
+      }
+    return worst;
+  }
+};
+
+// Values are below 1; a transform, the weights and the sums over some hundred estimates cost them a
+// few units of rounding each.
+constexpr double kPassBound = 16 * 0x1p-24;
+
+TEST(NonLocal, aPassIsTheSlowEvaluation) {
+  const prim::FloatModeGuard floatMode;
+  CNLImDnCn filter(8, 2, 8, 32);
+  ASSERT_TRUE(filter.ready());
+  EXPECT_EQ(filter.stepX, 3);
+  for (const int step : {3, 4}) {
+    filter.stepX = filter.stepY = step;
+    PassCheck check(filter, 53, 44, 10);
+    std::vector<int> stacks;
+    EXPECT_LT(check.run(false, stacks), kPassBound) << step;
+    for (const int depth : {1, 2, 4, 8}) EXPECT_GT(stacks[static_cast<std::size_t>(depth)], 0);
+    EXPECT_LT(check.run(true, stacks), kPassBound) << step << ", pilot";
+    EXPECT_GT(stacks[8], 0);
+  }
+}
+
+// Down to planes without a block, and those narrower than a tile one way or both.
+TEST(NonLocal, planesOfAnySizeAreFilteredAsFarAsTheyGo) {
+  const prim::FloatModeGuard floatMode;
+  CNLImDnCn filter(8, 2, 8, 32);
+  filter.stepX = filter.stepY = 4;
+  for (const auto& [w, h] : {std::pair(1, 1),
+                             {7, 40},
+                             {40, 7},
+                             {8, 8},
+                             {9, 31},
+                             {45, 13},
+                             {31, 33},
+                             {32, 32},
+                             {33, 32},
+                             {25, 19}}) {
+    PassCheck check(filter, w, h, 40);
+    std::vector<int> stacks;
+    EXPECT_LT(check.run(false, stacks), kPassBound) << w << "x" << h;
+    EXPECT_LT(check.run(true, stacks), kPassBound) << w << "x" << h << ", pilot";
+  }
+}
+
+TEST(NonLocal, wrongArgumentsTouchNothing) {
+  CNLImDnCn filter(8, 2, 8, 32);
+  Plane a(40, 40), b(40, 39), out(40, 40), before(40, 40);
+  fill(a, 1);
+  fill(b, 2);
+  fill(out, 3);
+  copyImage(out, before);
+  GIMG<float>* const many[13] = {&a, &a, &a, &a, &a, &a, &a, &a, &a, &a, &a, &a, &a};
+  GIMG<float>* const outs[13] = {&out, &out, &out, &out, &out, &out, &out,
+                                 &out, &out, &out, &out, &out, &out};
+  GIMG<float>* const odd[] = {&a, &b};
+  for (const int guides : {0, 4})
+    EXPECT_EQ(filter.filterPlanes(guides, many, &a, nullptr, 1, many, outs), 4);
+  for (const int planes : {0, 13})
+    EXPECT_EQ(filter.filterPlanes(1, many, &a, nullptr, planes, many, outs), 4);
+  EXPECT_EQ(filter.filterPlanes(1, many, &b, nullptr, 1, many, outs), 2);
+  EXPECT_EQ(filter.filterPlanes(1, many, &a, &b, 1, many, outs), 2);
+  EXPECT_EQ(filter.filterPlanes(2, odd, &a, nullptr, 1, many, outs), 2);
+  EXPECT_EQ(filter.filterPlanes(1, many, &a, nullptr, 2, odd, outs), 2);
+  EXPECT_TRUE(sameBits(before, out));
+
+  // The threshold of the match is the stricter one while a pilot is remembered.
+  filter.setFilterParams(0.01f, 1.0f, 3.0f, 0.1f, 1.5f, 0.03f, 1.5f, 1);
+  EXPECT_NEAR(filter.matchThreshold, 64.0 * (1.44 * 0.0225 + 0.0009), 1e-6);
+  filter.pilot = &a;
+  filter.setFilterParams(0.01f, 1.0f, 3.0f, 0.1f, 1.5f, 0.03f, 1.5f, 1);
+  EXPECT_NEAR(filter.matchThreshold, 64.0 * (0.72 * 0.0225 + 0.000225), 1e-6);
+}
+
+}  // namespace

@@ -1,0 +1,42 @@
+#pragma once
+
+// One pass of the non-local filter in double precision: differences summed directly, positions
+// scanned one by one, transforms as sums over the definition.
+
+#include <vector>
+
+#include "tests/tone/planes.h"
+#include "vxenhlib/stack_filter.h"
+
+namespace vx::test {
+
+struct NonLocalCase {
+  int blockSize, step, searchSize, stackLimit, exclusion;
+  double matchThreshold;
+  StackSettings settings;
+};
+
+struct NonLocalResult {
+  std::vector<std::vector<double>> planes;  ///< rows one after the other
+  std::vector<int> stacks;                  ///< how many stacks of each depth, 0 to 16
+  double narrowest = 1e20;  ///< the least difference of costs that a choice depended on
+};
+
+NonLocalResult referencePass(const NonLocalCase& c, const std::vector<const Plane*>& guides,
+                             const Plane& source, const Plane* pilot,
+                             const std::vector<const Plane*>& in);
+
+/// Sum of squared differences between the blocks at (ax, ay) and (bx, by), in all guides.
+double blockDistance(const std::vector<const Plane*>& guides, int ax, int ay, int bx, int by,
+                     int blockSize);
+
+/// Patches and noise around 0, in whole multiples of `unit`: with small planes their integral
+/// images of squares are exact, so that only the transforms round the costs.
+void fillUnits(Plane& p, unsigned seed, float unit, float contrast, float sigma);
+
+/// The larger one. Unlike with std::max a NaN stays, and then fails every comparison.
+void raise(double& worst, double difference);
+
+double worstDifference(const Plane& a, const Plane& b);
+
+}  // namespace vx::test
