@@ -9,7 +9,7 @@ namespace vx::prim {
 //
 // Both steps deal with their own edges, neither allocate nor read a row twice, and keep their rows
 // in the caller's buffer, whose size the two queries tell. It may lie at any address. Single
-// precision throughout, sums from left to right and top to bottom as printed. Source, destination
+// precision throughout, sums from left to right and top to bottom. Source, destination
 // and buffer must not overlap.
 
 /// Halves an image to (width + 1) / 2 by (height + 1) / 2.

@@ -1,33 +1,35 @@
 // The subcommand "adjust": tone, detail, sharpness and colour by vxAdjustRgb.
 #pragma once
 
-#include <CLI/CLI.hpp>
-#include <map>
-#include <memory>
-#include <string>
-#include <vector>
-
-#include "hosts/cli/batch.h"
-#include "hosts/cli/file_options.h"
-#include "hosts/cli/settings.h"
+#include "hosts/cli/command.h"
 
 namespace vx::cli {
 
-class AdjustCommand {
+class AdjustCommand final : public Command {
  public:
   explicit AdjustCommand(CLI::App& program);
 
-  /// Returns the exit code. Throws UsageError.
-  int run();
-
  private:
-  AdjustSettings settings() const;
+  void treat(Raster& raster, Progress& progress) const override;
+  int libraryBytes() const override;
 
-  CLI::App* command_;
-  FileOptions files_;
-  std::vector<std::string> presets_;
-  std::string savePreset_;
-  std::map<std::string_view, std::string> values_;  // as typed, by the name of the setting
+  // The neutral set: with it the library changes nothing but float rounding.
+  float lumaEqAmount_ = 0;
+  float lumaEqRadius_ = 0;
+  float lumaEqPeakGain_ = 0;
+  float lumaEqTopCut_ = 0;
+  float lumaEqFloor_ = 0;
+  float lumaGamma_ = 0;
+  float lumaDetailRange_ = 0;
+  float lumaDetailRadius_ = 0;
+  float lumaDetailGain_ = 1;
+  float lumaDetailGamma_ = 1;
+  float sharpenAmount_ = 1;
+  float satEqAmount_ = 0;
+  float satEqRadius_ = 0;
+  float satContrast_ = 1;
+  float satGamma_ = 1;
+  float hueShift_ = 0;
 };
 
 }  // namespace vx::cli

@@ -79,7 +79,8 @@ void runJob(const Job& job, const FileOptions& options, const Treatment& treatme
   const ReadOptions wanted{.output = job.format,
                            .depth = options.depth,
                            .previewScale = options.previewScale,
-                           .maxMegapixels = options.maxMegapixels};
+                           .maxMegapixels = options.maxMegapixels,
+                           .libraryBytes = treatment.libraryBytes};
   std::vector<std::uint8_t> file;
   int width = 0, height = 0, inDepth = 0, outDepth = 0;
   {
@@ -93,7 +94,7 @@ void runJob(const Job& job, const FileOptions& options, const Treatment& treatme
     time.reading = lap();
 
     progress.beginStep(treatment.verb);
-    treatment.apply(picture.raster, options.previewScale, progress);
+    treatment.apply(picture.raster, progress);
     throwIfCancelled();
     time.treating = lap();
 

@@ -14,8 +14,9 @@ namespace vx::cli {
 struct Treatment {
   std::string verb;      // for the progress line, as "enhancing"
   std::string settings;  // for --verbose
+  int libraryBytes;      // per pixel, beside the raster
   /// Changes the raster in place. Throws FileError or Cancelled.
-  std::function<void(Raster& raster, int previewScale, Progress& progress)> apply;
+  std::function<void(Raster& raster, Progress& progress)> apply;
 };
 
 /// Treats every picture; one that fails is told in one line on stderr and does not stop the others.

@@ -29,6 +29,8 @@ inline constexpr int kExitDone = 0;
 inline constexpr int kExitSomeFailed = 1;
 inline constexpr int kExitUsage = 2;
 inline constexpr int kExitCancelled = 130;
+inline constexpr const char* kExitCodesHelp =
+    "Exit codes: 0 done, 1 some picture failed, 2 wrong usage, 130 cancelled.";
 
 /// The text of an errno, for "cannot write: No space left on device".
 std::string systemReason(int error);

@@ -3,6 +3,13 @@
 #include <algorithm>
 
 namespace vx::cli {
+namespace {
+
+constexpr const char* kFiles = "Pictures in and out";
+
+std::string help(std::string_view text) { return wrapped(text, kHelpWidth); }
+
+}  // namespace
 
 std::string wrapped(std::string_view text, std::size_t width) {
   std::string result;
@@ -23,52 +30,53 @@ std::string wrapped(std::string_view text, std::size_t width) {
 }
 
 void addFileOptions(CLI::App& app, FileOptions& options) {
-  const auto help = [](const char* text) { return wrapped(text, kHelpWidth); };
   app.add_option("IN", options.inputs,
                  help("Pictures (JPEG, PNG, TIFF, WebP), or folders whose pictures are taken"));
 
-  const char* files = "Files";
   app.add_option("-o,--output", options.output,
                  help("File to write, or folder for the results (made if missing when several "
                       "pictures come in or OUT ends in /)"))
       ->option_text("OUT")
-      ->group(files);
+      ->group(kFiles);
   app.add_option("--suffix", options.suffix,
                  help("Put behind the name of each result; without -o results stay beside their "
                       "pictures"))
       ->option_text("TEXT")
-      ->group(files);
+      ->group(kFiles);
   app.add_option("--format", options.format,
                  help("jpeg, png, tiff or webp; default by the extension of OUT, else as the "
                       "picture"))
       ->option_text("NAME")
-      ->group(files);
+      ->group(kFiles);
   app.add_option("--depth", options.depth,
                  help("Bits per sample of the result, 8 or 16; default as the picture (JPEG and "
                       "WebP hold 8)"))
       ->option_text("BITS")
       ->check(CLI::IsMember({8, 16}))
-      ->group(files);
+      ->group(kFiles);
   app.add_option("--quality", options.quality, help("Of JPEG and WebP, 1 to 100; default 92"))
       ->option_text("Q")
       ->check(CLI::Range(1, 100))
-      ->group(files);
+      ->group(kFiles);
+  app.add_option("--max-megapixels", options.maxMegapixels,
+                 help("Refuse larger pictures; default 500. Up to 29 bytes of memory per pixel are "
+                      "needed at 8 bits"))
+      ->option_text("M")
+      ->check(CLI::Range(0.000001, 90000.0))
+      ->group(kFiles);
+  app.add_flag("--force", options.force, help("Replace files that exist"))->group(kFiles);
+  app.add_flag("-v,--verbose", options.verbose,
+               help("Tell settings, sizes, seconds, memory and metadata of each picture"))
+      ->group(kFiles);
+}
+
+void addPreviewOption(CLI::App& app, FileOptions& options) {
   app.add_option("--preview-scale", options.previewScale,
                  help("Reduce the picture by this whole number, 1 to 64, and the radii with it: "
                       "shows what the full result will look like; default 1"))
       ->option_text("N")
       ->check(CLI::Range(1, 64))
-      ->group(files);
-  app.add_option("--max-megapixels", options.maxMegapixels,
-                 help("Refuse larger pictures; default 500. About 22 bytes of memory per pixel are "
-                      "needed at 8 bits"))
-      ->option_text("M")
-      ->check(CLI::Range(0.000001, 90000.0))
-      ->group(files);
-  app.add_flag("--force", options.force, help("Replace files that exist"))->group(files);
-  app.add_flag("-v,--verbose", options.verbose,
-               help("Tell settings, sizes, seconds, memory and metadata of each picture"))
-      ->group(files);
+      ->group(kFiles);
 }
 
 }  // namespace vx::cli

@@ -22,6 +22,8 @@ struct FileOptions {
 
 /// Adds the options; `options` has to outlive the parsing.
 void addFileOptions(CLI::App& app, FileOptions& options);
+/// For subcommands whose settings are radii that can be reduced along with the picture.
+void addPreviewOption(CLI::App& app, FileOptions& options);
 
 /// A space that wrapped() does not break at.
 inline constexpr char kNoBreak = '\x1f';

@@ -3,9 +3,12 @@
 
 #include <cstdio>
 #include <exception>
+#include <memory>
+#include <string>
 
 #include "hosts/cli/adjust.h"
 #include "hosts/cli/cancel.h"
+#include "hosts/cli/edge.h"
 #include "hosts/cli/error.h"
 #include "hosts/cli/metadata.h"
 
@@ -15,6 +18,15 @@ namespace {
 GLogWriterOutput dropLog(GLogLevelFlags, const GLogField*, gsize, gpointer) {
   return G_LOG_WRITER_HANDLED;
 }
+
+// --help-all is what the manual page is made of: it has groups at the margin become its headings.
+class HelpFormatter : public CLI::Formatter {
+ public:
+  std::string make_expanded(const CLI::App* command) const override {
+    return "\nCommand " + command->get_name() + ":\n  " + make_description(command) +
+           make_positionals(command) + make_groups(command, CLI::AppFormatMode::Sub);
+  }
+};
 
 void startLibraries(const char* program) {
   // libvips' warnings would stand between our lines; what matters comes back as an error.
@@ -37,11 +49,16 @@ int run(int argc, char** argv) {
   CLI::App program(
       "Makes photographs better.\n\nExample: vxicore adjust photo.jpg -o better.jpg --preset vivid",
       "vxicore");
+  program.formatter(std::make_shared<HelpFormatter>());
   program.get_formatter()->column_width(kHelpNames);
   program.set_version_flag("--version", "vxicore " VX_VERSION);
   AdjustCommand adjust(program);
+  EdgeCommand edge(program);
+  // After the commands, which would inherit it.
+  program.set_help_all_flag("--help-all", "Show the options of all commands and exit");
   program.require_subcommand(1);
-  program.footer("vxicore COMMAND --help shows the options of a command.");
+  program.footer("vxicore COMMAND --help shows the options of a command, and examples.\n" +
+                 std::string(kExitCodesHelp));
   try {
     program.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
@@ -50,7 +67,10 @@ int run(int argc, char** argv) {
   }
   installSignalHandlers();
   startLibraries(argv[0]);
-  return adjust.run();
+  for (Command* command : std::initializer_list<Command*>{&adjust, &edge}) {
+    if (command->chosen()) return command->run();
+  }
+  return kExitUsage;  // unreachable: the parser requires one
 }
 
 }  // namespace

@@ -33,6 +33,7 @@ struct ReadOptions {
   int depth = 0;  // of the output: 8, 16, or 0 for the input's as far as the output format goes
   int previewScale = 1;
   double maxMegapixels = 500;
+  int libraryBytes = 0;  // per pixel, that the library will take beside the raster
 };
 
 /// Bits per sample of the file to be written.

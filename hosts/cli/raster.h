@@ -16,7 +16,7 @@ namespace vx::cli {
 ///
 /// 16-bit samples run 0..32768 in the library. A file's v becomes v * 32768 / 65535, rounded, and
 /// at most 32767: a flat plane of exactly 1.0 would fall into a cell that the bilateral grid
-/// overwrites.
+/// overwrites, and edge enhancement ends there. 32767 comes back as the file's white.
 class Raster {
  public:
   /// `depth` 8 or 16 bits in the library; `alphaDepth` 0 (none), 8 or 16 as in the file.

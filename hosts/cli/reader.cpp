@@ -88,10 +88,10 @@ int colourChannels(const VImage& image) {
   return colours;
 }
 
-// What the work will hold at once: the raster, its alpha, and four float planes in the library.
+// What the work will hold at once: the raster, its alpha, and the planes of the library.
 void refuseTooLarge(int width, int height, int sampleBytes, const ReadOptions& options) {
   const double pixels = static_cast<double>(width) * height;
-  const double needed = pixels * (4.0 * sampleBytes + 4 * sizeof(float));
+  const double needed = pixels * (4.0 * sampleBytes + options.libraryBytes);
   char text[160];
   if (pixels > options.maxMegapixels * 1e6) {
     std::snprintf(text, sizeof text,

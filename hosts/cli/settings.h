@@ -1,5 +1,5 @@
-// The settings of vxAdjustRgb that a user can turn, as one table: options, help, presets and the
-// call itself are all read from it, so that a setting added here appears everywhere.
+// The settings that a user can turn, as one table per subcommand: options, help, presets and the
+// call itself are all read from it, so that a setting added there appears everywhere.
 #pragma once
 
 #include <span>
@@ -8,48 +8,29 @@
 
 namespace vx::cli {
 
-/// The neutral set: with it the library changes nothing but float rounding.
-struct AdjustSettings {
-  float lumaEqAmount = 0;
-  float lumaEqRadius = 0;
-  float lumaEqPeakGain = 0;
-  float lumaGamma = 0;
-  float lumaEqTopCut = 0;
-  float lumaEqFloor = 0;
-  float lumaDetailRange = 0;
-  float lumaDetailRadius = 0;
-  float lumaDetailGamma = 1;
-  float lumaDetailGain = 1;
-  float sharpenAmount = 1;
-  float satEqAmount = 0;
-  float satEqRadius = 0;
-  float satContrast = 1;
-  float satGamma = 1;
-  float hueShift = 0;
-
-  bool operator==(const AdjustSettings&) const = default;
-};
-
 struct Setting {
   std::string_view name;  // of the option (after --) and of the key in a preset
-  float AdjustSettings::*value;
-  float low, high;  // inclusive
+  float* value;           // holds the neutral value when the table is made
+  float low, high;        // inclusive
   std::string_view group;
   std::string_view help;
-
-  float neutral() const { return AdjustSettings{}.*value; }
+  bool whole = false;  // a whole number
+  float neutral = *value;
 };
 
-std::span<const Setting> adjustSettings();
+using SettingTable = std::span<const Setting>;
 
-/// The number in `text` when it is one, finite and within the setting's range; otherwise UsageError
-/// naming `where` (an option or a key).
+/// The number in `text` when it is one, finite, within the setting's range and whole where it has
+/// to be; otherwise UsageError naming `where` (an option or a key).
 float parseSetting(const Setting& setting, std::string_view text, const std::string& where);
 
 /// The shortest text that reads back as the same float.
 std::string formatNumber(float value);
 
+/// The range and neutral value of a setting for its help.
+std::string describeRange(const Setting& setting);
+
 /// The settings that differ from neutral, as "name value, name value", or "neutral".
-std::string describe(const AdjustSettings& settings);
+std::string describe(SettingTable table);
 
 }  // namespace vx::cli

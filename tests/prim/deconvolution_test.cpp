@@ -1,6 +1,5 @@
 #include "prim/deconvolution.h"
 
-#include <cmath>
 #include <cstdlib>
 
 #include "prim/alloc.h"
@@ -11,9 +10,8 @@ namespace {
 using namespace vx::prim;
 
 struct State {
-  State(const std::vector<float>& kernel, int size, int maxWidth, int maxHeight, float threshold) {
-    EXPECT_EQ(
-        primDeconvLRInitAlloc_32f_C1R(&p, kernel.data(), size, maxWidth, maxHeight, threshold), 0);
+  State(const std::vector<float>& kernel, int size, Size max, float threshold) {
+    EXPECT_EQ(call(primDeconvLRInitAlloc_32f_C1R, &p, kernel, size, max, threshold), 0);
   }
   ~State() { EXPECT_EQ(primDeconvLRFree_32f_C1R(p), 0); }
   State(const State&) = delete;
@@ -25,150 +23,84 @@ struct State {
 Plane<double> partialMean(const Plane<double>& in, const std::vector<float>& kernel, int size,
                           double threshold, int sign) {
   const int anchor = (size - 1) / 2;
-  Plane<double> out(in.width, in.height);
-  for (int y = 0; y < in.height; ++y)
-    for (int x = 0; x < in.width; ++x) {
-      double sum = 0, part = 0;
-      for (int j = 0; j < size; ++j)
-        for (int i = 0; i < size; ++i) {
-          const int sx = x + sign * (anchor - i), sy = y + sign * (anchor - j);
-          if (sx < 0 || sy < 0 || sx >= in.width || sy >= in.height) continue;
-          const double k = kernel[static_cast<std::size_t>(j * size + i)];
-          sum += k * in.at(sx, sy);
-          part += k;
-        }
-      out.at(x, y) = sum / (std::abs(part) < threshold ? 1.0 : part);
-    }
-  return out;
+  return Plane<double>(in.width, in.height).set([&](int x, int y) {
+    double sum = 0, part = 0;
+    for (int j = 0; j < size; ++j)
+      for (int i = 0; i < size; ++i) {
+        const int sx = x + sign * (anchor - i), sy = y + sign * (anchor - j);
+        if (sx < 0 || sy < 0 || sx >= in.width || sy >= in.height) continue;
+        const double k = kernel[static_cast<std::size_t>(j * size + i)];
+        sum += k * in.at(sx, sy);
+        part += k;
+      }
+    return sum / (std::abs(part) < threshold ? 1.0 : part);
+  });
 }
 
 Plane<double> lucyRichardson(const Plane<float>& src, const std::vector<float>& kernel, int size,
                              double threshold, int iterations) {
   Plane<double> e(src.width, src.height), q(src.width, src.height);
-  for (int y = 0; y < src.height; ++y)
-    for (int x = 0; x < src.width; ++x) e.at(x, y) = double{src.at(x, y)};
+  e.set([&](int x, int y) { return src.at(x, y); });
   for (int pass = 0; pass < iterations; ++pass) {
     const Plane<double> b = partialMean(e, kernel, size, threshold, 1);
-    for (int y = 0; y < src.height; ++y)
-      for (int x = 0; x < src.width; ++x)
-        q.at(x, y) = b.at(x, y) == 0 ? 0 : double{src.at(x, y)} / b.at(x, y);
+    q.set([&](int x, int y) { return b.at(x, y) == 0 ? 0 : double{src.at(x, y)} / b.at(x, y); });
     const Plane<double> c = partialMean(q, kernel, size, threshold, -1);
-    for (int y = 0; y < src.height; ++y)
-      for (int x = 0; x < src.width; ++x) e.at(x, y) *= c.at(x, y);
+    e.set([&](int x, int y) { return e.at(x, y) * c.at(x, y); });
   }
   return e;
 }
 
-std::vector<float> gauss(int size, double sigma) {
-  std::vector<float> k;
-  double sum = 0;
-  const auto w = [=](int i) {
-    return std::exp(-(i - size / 2) * (i - size / 2) / (2 * sigma * sigma));
-  };
-  for (int i = 0; i < size * size; ++i) sum += w(i / size) * w(i % size);
-  for (int i = 0; i < size * size; ++i)
-    k.push_back(static_cast<float>(w(i / size) * w(i % size) / sum));
-  return k;
-}
-
 // Lopsided kernels of odd and even size tell the convolution from its transpose; images smaller
-// than the kernel are border throughout.
-TEST(Deconvolution, iteratesAsLucyAndRichardson) {
+// than the kernel are border throughout; a black image divides by 0.
+TEST(Deconvolution, iteratesAsLucyAndRichardsonAlsoInPlace) {
   std::mt19937 rng(74);
-  onEveryVariant([&] {
-    for (int size : {1, 2, 3, 4, 5, 9})
-      for (int width : {1, 6, 40, 520}) {
+  for (int size : {1, 2, 3, 4, 5, 9})
+    for (int width : {1, 6, 40})
+      for (int brightest : {0, 255}) {
         SCOPED_TRACE(testing::Message() << "kernel " << size << ", width " << width);
-        const int height = 7;
-        std::vector<float> kernel;
-        for (int i = 0; i < size * size; ++i)
-          kernel.push_back(static_cast<float>(rng() % 100) / 512);
-        const State state(kernel, size, width + size + 3, height + size, 0.05f);
-        Plane<float> src(width, height, 0, 0, 2), dst(width, height, 1, 1, 1);
-        src.randomise(rng, 1, 255);
-        dst.fill(0.5f);
-        ASSERT_EQ(primDeconvLR_32f_C1R(src.data(), src.step, dst.data(), dst.step, width, height, 3,
-                                       state.p),
-                  0);
-        const Plane<double> expected = lucyRichardson(src, kernel, size, double{0.05f}, 3);
-        ASSERT_EQ(dst.changedOutside(0.5f), 0);
-        for (int y = 0; y < height; ++y)
+        std::vector<float> kernel(static_cast<std::size_t>(size * size));
+        for (float& k : kernel) k = static_cast<float>(rng() % 100) / 512;
+        const State state(kernel, size, {width + size + 3, 7 + size}, 0.05f);
+        Plane<float> image(width, 7);
+        image.randomise(rng, brightest / 255, brightest);
+        const Plane<double> expected = lucyRichardson(image, kernel, size, double{0.05f}, 3);
+        ASSERT_EQ(call(primDeconvLR_32f_C1R, image, image, image.size(), 3, state.p), 0);
+        for (int y = 0; y < 7; ++y)
           for (int x = 0; x < width; ++x)
-            ASSERT_NEAR(dst.at(x, y), expected.at(x, y), 1e-3 + 1e-4 * std::abs(expected.at(x, y)))
+            ASSERT_NEAR(image.at(x, y), expected.at(x, y),
+                        1e-3 + 1e-4 * std::abs(expected.at(x, y)))
                 << "at " << x << ", " << y;
       }
-  });
-}
-
-TEST(Deconvolution, comesNearerToTheUnblurredImageWithEveryIteration) {
-  const std::vector<float> kernel = gauss(7, 1.2);
-  const State state(kernel, 7, 46, 46, 0.01f);
-  Plane<double> sharp(40, 40);
-  for (int y = 0; y < 40; ++y)
-    for (int x = 0; x < 40; ++x) sharp.at(x, y) = (x / 8 + y / 8) % 2 == 0 ? 50 : 200;
-  const Plane<double> mean = partialMean(sharp, kernel, 7, 0.01, 1);
-  Plane<float> blurred(40, 40), result(40, 40);
-  for (int y = 0; y < 40; ++y)
-    for (int x = 0; x < 40; ++x) blurred.at(x, y) = static_cast<float>(mean.at(x, y));
-  const auto error = [&](const Plane<float>& image) {
-    double sum = 0;
-    for (int y = 0; y < 40; ++y)
-      for (int x = 0; x < 40; ++x) sum += std::pow(double{image.at(x, y)} - sharp.at(x, y), 2);
-    return sum;
-  };
-  double last = error(blurred);
-  for (int iterations : {1, 2, 5, 10, 15, 20}) {
-    ASSERT_EQ(primDeconvLR_32f_C1R(blurred.data(), blurred.step, result.data(), result.step, 40, 40,
-                                   iterations, state.p),
-              0);
-    EXPECT_LT(error(result), last) << iterations;
-    last = error(result);
-  }
-}
-
-TEST(Deconvolution, keepsFlatImagesUpToTheBorderAndWorksInPlace) {
-  const State state(gauss(7, 1.2), 7, 46, 46, 0.01f);
-  Plane<float> image(40, 40);
-  for (float flat : {0.0f, 100.0f}) {
-    image.fill(flat);
-    ASSERT_EQ(primDeconvLR_32f_C1R(image.data(), image.step, image.data(), image.step, 40, 40, 15,
-                                   state.p),
-              0);
-    for (int y = 0; y < 40; ++y)
-      for (int x = 0; x < 40; ++x) ASSERT_NEAR(image.at(x, y), flat, 1e-3);
-  }
 }
 
 TEST(Deconvolution, refusesInTheDocumentedOrder) {
-  const float kernel[9] = {0, 0, 0, 0, 1, 0, 0, 0, 0};
+  const std::vector<float> kernel = {0, 0, 0, 0, 1, 0, 0, 0, 0};
   primDeconvLRState* none = nullptr;
-  EXPECT_EQ(primDeconvLRInitAlloc_32f_C1R(nullptr, kernel, 0, 0, 0, -1), -8);
+  const struct {
+    int size;
+    Size max;
+    int status;
+  } kInits[] = {
+      {0, {9, 9}, -6}, {3, {0, 9}, -6}, {3, {2, 9}, -6}, {3, {9, 2}, -6}, {3, {9, 9}, -5}};
+  for (const auto& i : kInits)
+    EXPECT_EQ(call(primDeconvLRInitAlloc_32f_C1R, &none, kernel, i.size, i.max, -1), i.status);
+  EXPECT_EQ(primDeconvLRInitAlloc_32f_C1R(nullptr, kernel.data(), 0, 0, 0, -1), -8);
   EXPECT_EQ(primDeconvLRInitAlloc_32f_C1R(&none, nullptr, 0, 0, 0, -1), -8);
-  EXPECT_EQ(primDeconvLRInitAlloc_32f_C1R(&none, kernel, 0, 9, 9, -1), -6);
-  EXPECT_EQ(primDeconvLRInitAlloc_32f_C1R(&none, kernel, 3, 0, 9, -1), -6);
-  EXPECT_EQ(primDeconvLRInitAlloc_32f_C1R(&none, kernel, 3, 2, 9, -1), -6);
-  EXPECT_EQ(primDeconvLRInitAlloc_32f_C1R(&none, kernel, 3, 9, 2, -1), -6);
-  EXPECT_EQ(primDeconvLRInitAlloc_32f_C1R(&none, kernel, 3, 9, 9, -1), -5);
   EXPECT_EQ(none, nullptr);
   EXPECT_EQ(primDeconvLRFree_32f_C1R(nullptr), -8);
 
-  const State state(std::vector<float>(kernel, kernel + 9), 3, 9, 9, 0);
+  const State state(kernel, 3, {9, 9}, 0);
   float image[64] = {};
-  const auto call = [&](int s, int ds, int w, int h, int n) {
-    return primDeconvLR_32f_C1R(image, s, image, ds, w, h, n, state.p);
-  };
-  EXPECT_EQ(primDeconvLR_32f_C1R(nullptr, 0, image, 0, 0, 0, 0, state.p), -8);
-  EXPECT_EQ(primDeconvLR_32f_C1R(image, 0, nullptr, 0, 0, 0, 0, state.p), -8);
-  EXPECT_EQ(primDeconvLR_32f_C1R(image, 0, image, 0, 0, 0, 0, nullptr), -8);
-  EXPECT_EQ(call(0, 0, 0, 1, 0), -6);
-  EXPECT_EQ(call(0, 0, 8, 1, 0), -6);
-  EXPECT_EQ(call(0, 0, 1, 8, 0), -6);
-  EXPECT_EQ(call(27, 28, 7, 1, 0), -14);
-  EXPECT_EQ(call(28, 27, 7, 1, 0), -14);
-  EXPECT_EQ(call(29, 28, 7, 1, 0), -108);
-  EXPECT_EQ(call(28, 30, 7, 1, 0), -108);
-  EXPECT_EQ(call(28, 28, 7, 1, 0), -5);
-  EXPECT_EQ(call(28, 28, 7, 7, 1), 0);
+  const struct {
+    int srcStep, dstStep, width, height, iterations, status;
+  } kCalls[] = {{0, 0, 8, 1, 0, -6},    {0, 0, 1, 8, 0, -6},     {27, 28, 7, 1, 0, -14},
+                {28, 27, 7, 1, 0, -14}, {29, 28, 7, 1, 0, -108}, {28, 30, 7, 1, 0, -108},
+                {28, 28, 7, 1, 0, -5},  {28, 28, 7, 7, 1, 0}};
+  for (const auto& c : kCalls)
+    EXPECT_EQ(primDeconvLR_32f_C1R(image, c.srcStep, image, c.dstStep, c.width, c.height,
+                                   c.iterations, state.p),
+              c.status)
+        << "row " << &c - kCalls;
 }
 
 // Whichever allocation fails, those before it are released.

@@ -7,150 +7,170 @@
 namespace {
 
 using namespace vx::prim;
+using U8 = std::uint8_t;
 
 std::vector<int> randomKernel(std::mt19937& rng, int size, int limit) {
   std::vector<int> kernel(static_cast<std::size_t>(size));
-  for (int& k : kernel) k = static_cast<int>(rng() % static_cast<unsigned>(2 * limit + 1)) - limit;
+  for (int& k : kernel) k = std::uniform_int_distribution<int>(-limit, limit)(rng);
   return kernel;
 }
 
-// Widths up to a strip and more, lengths around the groups of eight taps; whole numbers keep every
-// order of summation exact.
-TEST(FilterFloat, convolvesRowsAndColumns) {
-  std::mt19937 rng(4711);
-  onEveryVariant([&] {
-    for (int len : {1, 2, 3, 4, 5, 6, 7, 8, 9, 15, 16, 23}) {
-      const int width = len == 7 ? 530 : 1 + static_cast<int>(rng() % 70), height = 5;
-      const int anchor = static_cast<int>(rng() % static_cast<unsigned>(len + 2)) - 1;
-      const std::vector<int> taps = randomKernel(rng, len, 50);
-      const std::vector<float> kernel(taps.begin(), taps.end());
-      SCOPED_TRACE(testing::Message() << len << " taps, anchor " << anchor << ", width " << width);
-
-      Plane<float> src(width, height, 24, 24), dst(width, height, 3, 1, 2);
-      src.randomise(rng, -1000, 1000);
-      dst.fill(0.5f);
-      ASSERT_EQ(primFilterRow_32f_C1R(src.data(), src.step, dst.data(), dst.step, width, height,
-                                      kernel.data(), len, anchor),
-                0);
-      expectPlane(dst, 0.5f, [&](int x, int y) {
-        double sum = 0;
-        for (int j = 0; j < len; ++j) sum += double{src.at(x + anchor - j, y)} * taps[j];
-        return sum;
-      });
-      dst.fill(0.5f);
-      ASSERT_EQ(primFilterColumn_32f_C1R(src.data(), src.step, dst.data(), dst.step, width, height,
-                                         kernel.data(), len, anchor),
-                0);
-      expectPlane(dst, 0.5f, [&](int x, int y) {
-        double sum = 0;
-        for (int j = 0; j < len; ++j) sum += double{src.at(x, y + anchor - j)} * taps[j];
-        return sum;
-      });
-    }
-  });
+// The taps run against the pixels, the first one at the anchor; exact on whole numbers.
+template <class T>
+std::int64_t convolved(const Plane<T>& src, int x, int y, const std::vector<int>& kernel,
+                       int columns, int rows, int anchorX, int anchorY) {
+  std::int64_t sum = 0;
+  for (int j = 0; j < rows; ++j)
+    for (int i = 0; i < columns; ++i)
+      sum += std::int64_t{kernel[static_cast<std::size_t>(j * columns + i)]} *
+             static_cast<std::int64_t>(src.at(x + anchorX - i, y + anchorY - j));
+  return sum;
 }
 
-TEST(FilterFloat, firstTapMeetsThePixelAtTheAnchor) {
-  const float src[] = {1, 2, 3, 4, 5, 6}, kernel[] = {1, 0, 0};
-  float dst[4];
-  ASSERT_EQ(primFilterRow_32f_C1R(src + 1, 24, dst, 16, 4, 1, kernel, 3, 1), 0);
-  for (int x = 0; x < 4; ++x) EXPECT_EQ(dst[x], src[1 + x + 1]);
+// Lengths around the groups of eight taps.
+TEST(FilterFloat, convolvesRowsAndColumns) {
+  std::mt19937 rng(4711);
+  for (int len : {1, 2, 3, 7, 8, 9, 15, 16, 23})
+    for (int anchor : {-1, 0, len / 2, len}) {
+      SCOPED_TRACE(testing::Message() << len << " taps, anchor " << anchor);
+      const std::vector<int> taps = randomKernel(rng, len, 50);
+      const std::vector<float> kernel(taps.begin(), taps.end());
+      Plane<float> src(530, 5, 24), dst(530, 5);  // more than one strip
+      src.randomise(rng, -1000, 1000);
+      ASSERT_EQ(call(primFilterRow_32f_C1R, src, dst, dst.size(), kernel, len, anchor), 0);
+      expectPlane(dst, [&](int x, int y) { return convolved(src, x, y, taps, len, 1, anchor, 0); });
+      ASSERT_EQ(call(primFilterColumn_32f_C1R, src, dst, dst.size(), kernel, len, anchor), 0);
+      expectPlane(dst, [&](int x, int y) { return convolved(src, x, y, taps, 1, len, 0, anchor); });
+    }
 }
 
 // 1e8 + 1 is 1e8 in single precision, so the order of the taps decides between 0 and 1.
 TEST(FilterFloat, addsFromTheLastTapToTheFirstInSinglePrecision) {
   const float pixels[] = {1, 1e8f, -1e8f, 1}, ones[] = {1, 1, 1};
-  onEveryVariant([&] {
-    float dst[2];
-    ASSERT_EQ(primFilterRow_32f_C1R(pixels + 1, 16, dst, 8, 2, 1, ones, 3, 1), 0);
-    EXPECT_EQ(dst[0], 0.0f) << "(1 + 1e8) - 1e8";
-    EXPECT_EQ(dst[1], 1.0f) << "(1e8 - 1e8) + 1";
-    ASSERT_EQ(primFilterColumn_32f_C1R(pixels + 1, 4, dst, 4, 1, 2, ones, 3, 1), 0);
-    EXPECT_EQ(dst[0], 0.0f);
-    EXPECT_EQ(dst[1], 1.0f);
-  });
+  float dst[2];
+  ASSERT_EQ(primFilterRow_32f_C1R(pixels + 1, 16, dst, 8, 2, 1, ones, 3, 1), 0);
+  EXPECT_EQ(dst[0], 0.0f) << "(1 + 1e8) - 1e8";
+  EXPECT_EQ(dst[1], 1.0f) << "(1e8 - 1e8) + 1";
+  ASSERT_EQ(primFilterColumn_32f_C1R(pixels + 1, 4, dst, 4, 1, 2, ones, 3, 1), 0);
+  EXPECT_EQ(dst[0], 0.0f);
+  EXPECT_EQ(dst[1], 1.0f);
 }
 
-TEST(FilterFloat, refusesInTheDocumentedOrder) {
-  const float src[16] = {}, kernel[3] = {};
-  float dst[16];
-  for (auto filter : {primFilterRow_32f_C1R, primFilterColumn_32f_C1R}) {
-    EXPECT_EQ(filter(nullptr, 0, dst, 0, 0, 0, kernel, 0, 0), -8);
-    EXPECT_EQ(filter(src, 0, nullptr, 0, 0, 0, kernel, 0, 0), -8);
-    EXPECT_EQ(filter(src, 0, dst, 0, 0, 0, nullptr, 0, 0), -8);
-    EXPECT_EQ(filter(src, 0, dst, 0, 0, 1, kernel, 3, 0), -6);
-    EXPECT_EQ(filter(src, 0, dst, 0, 1, 0, kernel, 3, 0), -6);
-    EXPECT_EQ(filter(src, 0, dst, 0, 1, 1, kernel, 0, 0), -6);
-    EXPECT_EQ(filter(src, 64, dst, 15, 4, 1, kernel, 3, 1), -14);
-    EXPECT_EQ(filter(src, -64, dst, 16, 4, 1, kernel, 3, 1), -14);
-    EXPECT_EQ(filter(src, INT_MAX, dst, 16, INT_MAX, 1, kernel, 3, 1), -14);
+// The sum as a 32-bit register holds it, the quotient in 64-bit integers or, by the float of a
+// reciprocal, in the 64-bit mantissa of long double.
+int expectedByte(std::int64_t exactSum, int divisor) {
+  const std::int64_t s = static_cast<std::int32_t>(static_cast<std::uint64_t>(exactSum));
+  std::int64_t q = 0;
+  if (divisor > 0 && (divisor & (divisor - 1)) == 0) {
+    const std::int64_t down = (s - ((s % divisor) + divisor) % divisor) / divisor;
+    const std::int64_t twiceRest = 2 * (s - down * divisor);
+    q = down + (twiceRest > divisor || (twiceRest == divisor && down % 2 != 0));
+  } else {
+    const float reciprocal = static_cast<float>(1.0 / divisor);
+    q = std::llrint(static_cast<long double>(s) * static_cast<long double>(reciprocal));
   }
-  EXPECT_EQ(primFilterRow_32f_C1R(src, 23, dst, 16, 4, 1, kernel, 3, 1), -14);
-  EXPECT_EQ(primFilterColumn_32f_C1R(src, 15, dst, 16, 4, 1, kernel, 3, 1), -14);
+  return static_cast<int>(q < 0 ? 0 : q > 255 ? 255 : q);
+}
+
+struct Kernel {
+  int width, height, anchorX, anchorY, limit;
+};
+
+void expectBytes(const Kernel& k, int divisor, std::mt19937& rng) {
+  SCOPED_TRACE(testing::Message() << k.width << "x" << k.height << ", divisor " << divisor);
+  Plane<U8> src(600, 4, 9), dst(600, 4);
+  src.randomise(rng, 0, 255);
+  const std::vector<int> kernel = randomKernel(rng, k.width * k.height, k.limit);
+  const auto expect = [&](int status, int columns, int rows, int anchorX, int anchorY) {
+    ASSERT_EQ(status, 0);
+    expectPlane(dst, [&](int x, int y) {
+      return expectedByte(convolved(src, x, y, kernel, columns, rows, anchorX, anchorY), divisor);
+    });
+  };
+  expect(call(primFilter_8u_C1R, src, dst, dst.size(), kernel, Size{k.width, k.height}, k.anchorX,
+              k.anchorY, divisor),
+         k.width, k.height, k.anchorX, k.anchorY);
+  expect(call(primFilterRow_8u_C1R, src, dst, dst.size(), kernel, k.width, k.anchorX, divisor),
+         k.width, 1, k.anchorX, 0);
+  expect(call(primFilterColumn_8u_C1R, src, dst, dst.size(), kernel, k.height, k.anchorY, divisor),
+         1, k.height, 0, k.anchorY);
+}
+
+TEST(FilterBytes, roundsEveryKindOfDivisor) {
+  std::mt19937 rng(88);
+  for (int divisor : {1, 2, 4, 64, 1 << 20, 3, 7, 10, 100, 571, -1, -2, -9})
+    for (const Kernel& k :
+         {Kernel{3, 5, 1, 2, 40}, {5, 1, 2, 0, 3}, {8, 8, 0, 7, 200}, {7, 2, 3, 1, 32768}})
+      expectBytes(k, divisor, rng);
+  // Sums wrap, and quotients of the largest ones are still rounded without overflow.
+  for (int divisor : {1, 1 << 24, 1 << 30, INT_MIN})
+    expectBytes({3, 3, 1, 1, INT_MAX}, divisor, rng);
 }
 
 TEST(FilterGauss, matchesTheKernels) {
-  static constexpr int k55[5][5] = {{2, 7, 12, 7, 2},
-                                    {7, 31, 52, 31, 7},
-                                    {12, 52, 127, 52, 12},
-                                    {7, 31, 52, 31, 7},
-                                    {2, 7, 12, 7, 2}};
-  static constexpr int k121[] = {1, 2, 1};
+  const std::vector<int> k33 = {1, 2, 1, 2, 4, 2, 1, 2, 1};
+  const std::vector<int> k55 = {2,  7,  12, 7,  2,  7,  31, 52, 31, 7,  12, 52, 127,
+                                52, 12, 7,  31, 52, 31, 7,  2,  7,  12, 7,  2};
   std::mt19937 rng(15);
-  onEveryVariant([&] {
-    for (int width : {1, 2, 7, 24, 44, 65, 255, 256, 257, 600})
-      for (int height : {1, 2, 3, 7}) {
-        Plane<float> src(width, height, 2, 2), dst(width, height, 1, 1, 3);
-        src.randomise(rng, -9999, 9999);
-        dst.fill(0.5f);
-        ASSERT_EQ(primFilterGauss_32f_C1R(src.data(), src.step, dst.data(), dst.step, width, height,
-                                          kMask33),
-                  0);
-        expectPlane(dst, 0.5f, [&](int x, int y) {
-          double sum = 0;
-          for (int j = -1; j <= 1; ++j)
-            for (int i = -1; i <= 1; ++i)
-              sum += double{src.at(x + i, y + j)} * k121[i + 1] * k121[j + 1];
-          return sum / 16;
-        });
-        dst.fill(0.5f);
-        ASSERT_EQ(primFilterGauss_32f_C1R(src.data(), src.step, dst.data(), dst.step, width, height,
-                                          kMask55),
-                  0);
-        expectPlane(dst, 0.5f, [&](int x, int y) {
-          double sum = 0;
-          for (int j = -2; j <= 2; ++j)
-            for (int i = -2; i <= 2; ++i) sum += double{src.at(x + i, y + j)} * k55[j + 2][i + 2];
-          return sum / 571;
-        });
-      }
-  });
+  for (int width : {1, 2, 7, 44, 600}) {
+    Plane<float> src(width, 7, 2), dst(width, 7);
+    src.randomise(rng, -9999, 9999);
+    ASSERT_EQ(call(primFilterGauss_32f_C1R, src, dst, dst.size(), kMask33), 0);
+    expectPlane(dst, [&](int x, int y) {
+      return static_cast<double>(convolved(src, x, y, k33, 3, 3, 1, 1)) / 16;
+    });
+    ASSERT_EQ(call(primFilterGauss_32f_C1R, src, dst, dst.size(), kMask55), 0);
+    expectPlane(dst, [&](int x, int y) {
+      return static_cast<double>(convolved(src, x, y, k55, 5, 5, 2, 2)) / 571;
+    });
+  }
 }
 
 TEST(FilterGauss, mirroredImageGivesTheMirroredResult) {
   std::mt19937 rng(16);
-  Plane<float> src(37, 9, 2, 2), flipped(37, 9, 2, 2), a(37, 9), b(37, 9);
+  Plane<float> src(37, 9, 2), flipped(37, 9, 2), a(37, 9), b(37, 9);
   for (int y = -2; y < 11; ++y)
     for (int x = -2; x < 39; ++x)
       flipped.at(36 - x, 8 - y) = src.at(x, y) = static_cast<float>(rng()) * 1e-7f;
   for (int mask : {kMask33, kMask55}) {
-    ASSERT_EQ(primFilterGauss_32f_C1R(src.data(), src.step, a.data(), a.step, 37, 9, mask), 0);
-    ASSERT_EQ(primFilterGauss_32f_C1R(flipped.data(), src.step, b.data(), b.step, 37, 9, mask), 0);
-    expectPlane(a, 0.0f, [&](int x, int y) { return b.at(36 - x, 8 - y); });
+    ASSERT_EQ(call(primFilterGauss_32f_C1R, src, a, a.size(), mask), 0);
+    ASSERT_EQ(call(primFilterGauss_32f_C1R, flipped, b, b.size(), mask), 0);
+    expectPlane(a, [&](int x, int y) { return b.at(36 - x, 8 - y); });
   }
 }
 
-TEST(FilterGauss, refusesInTheDocumentedOrder) {
-  const float src[9] = {};
-  float dst[9];
-  EXPECT_EQ(primFilterGauss_32f_C1R(nullptr, 0, dst, 0, 0, 0, 0), -8);
-  EXPECT_EQ(primFilterGauss_32f_C1R(src, 0, nullptr, 0, 0, 0, 0), -8);
-  EXPECT_EQ(primFilterGauss_32f_C1R(src, 0, dst, 0, 0, 1, 0), -6);
-  EXPECT_EQ(primFilterGauss_32f_C1R(src, 0, dst, 0, 1, -1, 0), -6);
-  EXPECT_EQ(primFilterGauss_32f_C1R(src, 7, dst, 8, 2, 1, 0), -14);
-  EXPECT_EQ(primFilterGauss_32f_C1R(src, 8, dst, 7, 2, 1, 0), -14);
+// Steps that end within the last pixel that a row needs, then the divisor or the mask.
+TEST(Filters, refuseShortStepsThenTheParameters) {
+  const U8 bytes[16] = {};
+  const float floats[16] = {}, taps[3] = {};
+  const int kernel[3] = {};
+  U8 to8[16];
+  float to32[16];
+  const struct {
+    int srcStep, dstStep, width, status;
+  } kRows[] = {{6, 4, 4, 0}, {5, 4, 4, -14}, {6, 3, 4, -14}, {INT_MAX / 4, 4, INT_MAX, -14}};
+  for (const auto& r : kRows) {
+    const int s = r.srcStep, d = r.dstStep, w = r.width;
+    EXPECT_EQ(primFilterRow_32f_C1R(floats + 1, 4 * s, to32, 4 * d, w, 1, taps, 3, 1), r.status);
+    EXPECT_EQ(primFilterRow_8u_C1R(bytes + 1, s, to8, d, w, 1, kernel, 3, 1, 1), r.status);
+    EXPECT_EQ(primFilter_8u_C1R(bytes + 1, s, to8, d, w, 1, kernel, 3, 1, 1, 0, 1), r.status);
+  }
+  EXPECT_EQ(primFilterColumn_32f_C1R(floats, 15, to32, 16, 4, 1, taps, 3, 1), -14);
+  EXPECT_EQ(primFilterColumn_8u_C1R(bytes, 3, to8, 4, 4, 1, kernel, 3, 1, 1), -14);
+  EXPECT_EQ(primFilterRow_8u_C1R(bytes, 6, to8, 4, 4, 1, kernel, 3, 1, 0), -51);
+  EXPECT_EQ(primFilterColumn_8u_C1R(bytes, 16, to8, 4, 4, 1, kernel, 3, 1, 0), -51);
+  EXPECT_EQ(primFilter_8u_C1R(bytes, 6, to8, 4, 4, 1, kernel, 3, 1, 1, 0, 0), -51);
+  for (int length : {0, -1}) {
+    EXPECT_EQ(primFilterRow_32f_C1R(floats, 0, to32, 0, 1, 1, taps, length, 0), -6);
+    EXPECT_EQ(primFilterColumn_32f_C1R(floats, 0, to32, 0, 1, 1, taps, length, 0), -6);
+    EXPECT_EQ(primFilterRow_8u_C1R(bytes, 0, to8, 0, 1, 1, kernel, length, 0, 0), -6);
+    EXPECT_EQ(primFilterColumn_8u_C1R(bytes, 0, to8, 0, 1, 1, kernel, length, 0, 0), -6);
+    EXPECT_EQ(primFilter_8u_C1R(bytes, 0, to8, 0, 1, 1, kernel, 3, length, 1, 1, 0), -6);
+  }
+  EXPECT_EQ(primFilterGauss_32f_C1R(floats, 7, to32, 8, 2, 1, 0), -14);
+  EXPECT_EQ(primFilterGauss_32f_C1R(floats, 8, to32, 7, 2, 1, 0), -14);
   for (int mask : {0, 13, 3, 35, 51})
-    EXPECT_EQ(primFilterGauss_32f_C1R(src, 8, dst, 8, 2, 1, mask), -33);
+    EXPECT_EQ(primFilterGauss_32f_C1R(floats, 8, to32, 8, 2, 1, mask), -33);
 }
 
 }  // namespace

@@ -2,74 +2,124 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstdint>
+#include <limits>
 #include <random>
+#include <source_location>
+#include <tuple>
+#include <type_traits>
 #include <vector>
 
-#include "prim/dispatch.h"
+inline constexpr float kInf = std::numeric_limits<float>::infinity();
+inline constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
 
-// Test image: width x height pixels with a frame of readable ones around them. Its memory ends with
-// the frame's last pixel, so that the address sanitizer sees a read beyond.
+struct Size {
+  int width, height;
+};
+
+// Test image with a frame of readable pixels around it.
 template <class T>
 class Plane {
  public:
-  Plane(int w, int h, int frameX = 0, int frameY = 0, int padding = 0)
+  Plane(int w, int h, int frame = 0)
       : width(w),
         height(h),
-        step((w + 2 * frameX + padding) * static_cast<int>(sizeof(T))),
-        pixels_(static_cast<std::size_t>((w + 2 * frameX + padding) * (h + 2 * frameY) - padding)),
-        first_(frameY * (w + 2 * frameX + padding) + frameX) {}
+        step((w + 2 * frame) * static_cast<int>(sizeof(T))),
+        frame_(frame),
+        pixels_(static_cast<std::size_t>((w + 2 * frame) * (h + 2 * frame))) {}
 
-  T* data() { return pixels_.data() + first_; }
-  const T* data() const { return pixels_.data() + first_; }
+  T* data() { return &at(0, 0); }
   T& at(int x, int y) { return pixels_[index(x, y)]; }
   T at(int x, int y) const { return pixels_[index(x, y)]; }
+  Size size(int channels = 1) const { return {width / channels, height}; }
 
-  void fill(T value) { pixels_.assign(pixels_.size(), value); }
-
-  // Whole numbers from low to high, in the frame as well: exact in every arithmetic.
+  // value(): the next pixel, in the frame as well
+  template <class Value>
+  Plane& draw(Value value) {
+    for (T& p : pixels_) p = static_cast<T>(value());
+    return *this;
+  }
+  // Whole numbers from low to high: exact in every arithmetic.
   Plane& randomise(std::mt19937& rng, int low, int high) {
-    for (T& p : pixels_)
-      p = static_cast<T>(low + static_cast<int>(rng() % static_cast<unsigned>(high - low + 1)));
+    return draw([&] { return std::uniform_int_distribution<int>(low, high)(rng); });
+  }
+  // value(x, y): the pixel there
+  template <class Value>
+  Plane& set(Value value) {
+    for (int y = 0; y < height; ++y)
+      for (int x = 0; x < width; ++x) at(x, y) = static_cast<T>(value(x, y));
     return *this;
   }
 
-  // Pixels outside the region that differ from value.
-  int changedOutside(T value) const {
-    int changed = 0;
-    for (const T& p : pixels_) changed += p != value;
-    for (int y = 0; y < height; ++y)
-      for (int x = 0; x < width; ++x) changed -= at(x, y) != value;
-    return changed;
-  }
-
-  const int width, height, step;
+  int width, height, step;
 
  private:
   std::size_t index(int x, int y) const {
-    return static_cast<std::size_t>(first_ + y * (step / static_cast<int>(sizeof(T))) + x);
+    return static_cast<std::size_t>((frame_ + y) * (width + 2 * frame_) + frame_ + x);
   }
+  int frame_;
   std::vector<T> pixels_;
-  int first_;
 };
 
-// Runs a check with the entry points on every variant that the processor has.
-template <class Check>
-void onEveryVariant(Check check) {
-  const int saved = vx::prim::primCpuColumn;
-  for (int column = 0; column <= vx::prim::lastRunnableColumn(); ++column) {
-    SCOPED_TRACE(vx::prim::columnName(column));
-    vx::prim::primCpuColumn = column;
-    check();
-  }
-  vx::prim::primCpuColumn = saved;
-}
-
-// Expects dst(x, y) == expected(x, y) everywhere and nothing written outside the region.
 template <class T, class Expected>
-void expectPlane(const Plane<T>& dst, T untouched, Expected expected) {
+void expectPlane(const Plane<T>& dst, Expected expected) {
   for (int y = 0; y < dst.height; ++y)
     for (int x = 0; x < dst.width; ++x)
       ASSERT_EQ(dst.at(x, y), static_cast<T>(expected(x, y))) << "at " << x << ", " << y;
-  ASSERT_EQ(dst.changedOutside(untouched), 0);
 }
+
+// What an argument of call() stands for.
+template <class T>
+auto operands(T& argument) {
+  if constexpr (requires { argument.step; })
+    return std::tuple(argument.data(), argument.step);
+  else if constexpr (std::is_same_v<const T, const Size>)
+    return std::tuple(argument.width, argument.height);
+  else if constexpr (requires { argument.data(); })
+    return std::tuple(argument.data());
+  else
+    return std::tuple(argument);
+}
+
+// Calls a primitive: an image stands for its pointer and step, a size for width and height.
+template <class Prim, class... Args>
+int call(Prim* prim, Args&&... args) {
+  return std::apply(prim, std::tuple_cat(operands(args)...));
+}
+
+// Any integer, or a finite float of any sign and of widely different magnitudes.
+template <class T>
+T drawValue(std::mt19937& rng) {
+  if constexpr (std::is_same_v<T, float>)
+    return std::ldexp(static_cast<float>(static_cast<int>(rng() >> 8) - (1 << 23)) + 0.5f,
+                      static_cast<int>(rng() % 40) - 43);
+  else
+    return static_cast<T>(rng());
+}
+
+// Random operands of a primitive that takes one element after the other, and its check.
+template <class A, class D = A>
+struct Operands {
+  Operands() {
+    std::mt19937 rng(7);
+    a.draw([&] { return drawValue<A>(rng); });
+    b.draw([&] { return drawValue<A>(rng); });
+    before = d.draw([&] { return drawValue<D>(rng); });
+  }
+
+  // Expects success and oracle(a, b, d before, channel) in every element of d; puts d back.
+  template <class Oracle>
+  void expect(int status, Oracle oracle, int channels = 1,
+              std::source_location where = std::source_location::current()) {
+    const ::testing::ScopedTrace trace(where.file_name(), static_cast<int>(where.line()), "row");
+    EXPECT_EQ(status, 0);
+    expectPlane(d, [&](int x, int y) {
+      return oracle(a.at(x, y), b.at(x, y), before.at(x, y), x % channels);
+    });
+    d = before;
+  }
+
+  Plane<A> a{96, 3}, b{96, 3};
+  Plane<D> d{96, 3}, before{96, 3};
+};

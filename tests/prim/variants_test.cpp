@@ -5,10 +5,9 @@
 
 #include <cstdio>
 
-#include "tests/prim/variants/drivers_element.h"
-#include "tests/prim/variants/drivers_grid.h"
-#include "tests/prim/variants/drivers_planes.h"
-#include "tests/prim/variants/drivers_region.h"
+#include "tests/prim/variants/drivers.h"
+#include "tests/prim/variants/drivers_filter.h"
+#include "tests/prim/variants/drivers_special.h"
 
 namespace {
 

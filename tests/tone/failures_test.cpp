@@ -1,12 +1,11 @@
-// Memory that runs short at every allocation in turn, and values that no picture holds.
+// Memory that runs short at every allocation in turn, sizes that fit nothing, and values that no
+// picture holds.
 
 #include <climits>
-#include <cstdlib>
 #include <limits>
 
-#include "prim/alloc.h"
+#include "tests/support/heap.h"
 #include "tests/tone/reference.h"
-#include "vxenhlib/adjust_tone_stage.h"
 #include "vxenhlib/bilateral_filter.h"
 #include "vxenhlib/bilateral_local_hist_eq.h"
 #include "vxenhlib/unsharp_mask.h"
@@ -16,131 +15,112 @@ namespace {
 using namespace vx;
 using namespace vx::test;
 
-// Refuses one allocation, and all after it too if told so.
-class ShortMemory {
- public:
-  ShortMemory(int refused, bool fromThenOn) : saved_(prim::primMemHooks) {
-    countdown = refused;
-    stays = fromThenOn;
-    live = 0;
-    prim::primMemHooks.allocate = [](std::size_t size) -> void* {
-      if (countdown == 0 || (countdown < 0 && stays)) {
-        countdown = -1;
-        return nullptr;
-      }
-      if (countdown > 0) --countdown;
-      ++live;
-      return std::malloc(size);
-    };
-    prim::primMemHooks.release = [](void* block) {
-      if (block != nullptr) --live;
-      std::free(block);
-    };
-  }
-  ~ShortMemory() { prim::primMemHooks = saved_; }
-  ShortMemory(const ShortMemory&) = delete;
-  ShortMemory& operator=(const ShortMemory&) = delete;
+constexpr float kInf = std::numeric_limits<float>::infinity();
 
-  static bool refusedOne() { return countdown < 0; }
-  static inline int countdown = 0;
-  static inline bool stays = false;
-  static inline int live = 0;
+int setUp(BilateralFilter& f, int w, int h, Range r = {0.0f, 1.0f, 0.1f}, int sample = 8) {
+  return f.setupGrid(w, h, r.low, r.high, sample, r.step, 1);
+}
+int setUp(BilateralLocalHistEq& e, int w, int h, Range r = {0.0f, 1.0f, 0.1f}, int sample = 8) {
+  return e.setupGrid(w, h, r.low, r.high, sample, r.step, 0.0f, 1.0f, 0.0f, 0.5f, 1);
+}
+int run(BilateralFilter& f, Plane& p) { return f.filter(p, p, 0.0f); }
+int run(BilateralLocalHistEq& e, Plane& p) { return e.equalize(p, 1.0f, 0.0f, 1.0f); }
 
- private:
-  prim::MemHooks saved_;
-};
+template <class Grid>
+class Grids : public ::testing::Test {};
+using GridTypes = ::testing::Types<BilateralFilter, BilateralLocalHistEq>;
+TYPED_TEST_SUITE(Grids, GridTypes);
 
-template <class Grid, class SetUp, class Run>
-void refuseEachInTurn(const Plane& picture, const SetUp& setUp, const Run& run) {
+TYPED_TEST(Grids, reportMissingMemoryAndLeaveThePlane) {
   const prim::FloatModeGuard floatMode;
-  bool anyRefused = true;
+  Plane before(40, 30), plane(40, 30);
+  fill(before, 21);
+  copyImage(before, plane);
   int setUpFailures = 0;
+  bool anyRefused = true;
   for (int refused = 0; anyRefused; ++refused) {
-    Plane plane(picture.width, picture.height);
-    copyImage(picture, plane);
+    const Heap heap(refused);
     {
-      const ShortMemory memory(refused, false);
-      Grid grid;
-      const int ready = setUp(grid);
-      if (ready != kVxrcOk) {
-        ++setUpFailures;
-        EXPECT_EQ(ready, kVxrcNoMemory);
-        EXPECT_EQ(grid.gridWidth, 0);
-        EXPECT_EQ(run(grid, plane), kVxrcSizeMismatch);
-        EXPECT_TRUE(sameBits(picture, plane));
-        EXPECT_EQ(setUp(grid), kVxrcOk) << "memory is back";
-      } else {
-        const int done = run(grid, plane);
-        if (ShortMemory::refusedOne()) {
-          EXPECT_EQ(done, kVxrcNoMemory);
-          EXPECT_TRUE(sameBits(picture, plane));
-        } else {
-          EXPECT_EQ(done, kVxrcOk);
-        }
-      }
-      anyRefused = ShortMemory::refusedOne();
-      grid.releaseGrid();
-      EXPECT_EQ(ShortMemory::live, 0) << "after refusal " << refused;
+      TypeParam grid;
+      const bool ready = setUp(grid, 40, 30) == kVxrcOk;
+      const int done = run(grid, plane);
+      anyRefused = Heap::refusedOne();
+      if (!ready) ++setUpFailures;
+      EXPECT_EQ(done, !ready ? kVxrcSizeMismatch : anyRefused ? kVxrcNoMemory : kVxrcOk);
+      EXPECT_TRUE(!anyRefused || sameBits(before, plane));
+      EXPECT_EQ(setUp(grid, 40, 30), kVxrcOk) << "memory is back";
     }
+    EXPECT_EQ(Heap::live(), 0) << "after refusal " << refused;
   }
   EXPECT_GE(setUpFailures, 4);
 }
 
-TEST(ToneMemory, gridsReportItAndLeaveThePlane) {
-  Plane picture(40, 30);
-  fill(picture, 21);
-  refuseEachInTurn<BilateralFilter>(
-      picture, [](BilateralFilter& f) { return f.setupGrid(40, 30, 0.0f, 1.0f, 8, 0.1f, 1); },
-      [](BilateralFilter& f, Plane& p) { return f.filter(p, p, 0.0f); });
-  refuseEachInTurn<BilateralLocalHistEq>(
-      picture,
-      [](BilateralLocalHistEq& e) {
-        return e.setupGrid(40, 30, 0.0f, 1.0f, 8, 0.01f, 0.0f, 1.0f, 0.0f, 0.5f, 1);
-      },
-      [](BilateralLocalHistEq& e, Plane& p) { return e.equalize(p, 1.0f, 0.0f, 1.0f); });
+TYPED_TEST(Grids, refuseWhatDoesNotFit) {
+  const struct {
+    int width, height;
+    Range range;
+    int sample, result;
+  } cases[] = {{50, 50, {1.0f, 0.0f, 0.1f}, 8, kVxrcNoMemory},
+               {-500, 50, {0.0f, 1.0f, 0.1f}, 8, kVxrcNoMemory},
+               {50, INT_MIN, {0.0f, 1.0f, 0.1f}, 2, kVxrcNoMemory},
+               {INT_MAX, INT_MAX, {0.0f, 1.0f, 0.1f}, 2, kVxrcNoMemory},
+               {50, 50, {0.0f, 1.0f, 0.1f}, 1, kVxrcBadSetup}};
+  TypeParam grid;
+  Plane plane(20, 10), before(20, 10), other(20, 9), none(0, 0);
+  fill(plane, 4);
+  copyImage(plane, before);
+  for (const auto& c : cases) {
+    EXPECT_EQ(setUp(grid, c.width, c.height, c.range, c.sample), c.result);
+    EXPECT_EQ(run(grid, plane), kVxrcSizeMismatch) << "without a grid";
+  }
+  ASSERT_EQ(setUp(grid, 20, 10), kVxrcOk);
+  EXPECT_EQ(setUp(grid, 20, 9, {0.0f, 2.0f, 0.1f}, 1), kVxrcBadSetup);
+  EXPECT_EQ(grid.imageHeight, 10) << "nothing changes on this refusal";
+  EXPECT_EQ(run(grid, other), kVxrcSizeMismatch);
+  grid.releaseGrid();
+  EXPECT_EQ(run(grid, plane), kVxrcSizeMismatch) << "after the release";
+  EXPECT_TRUE(sameBits(before, plane));
+  ASSERT_EQ(setUp(grid, 0, 0), kVxrcOk);
+  EXPECT_EQ(run(grid, none), kVxrcOk);
 }
 
-AdjustToneStage everything() {
+AdjustToneStage everything(int saturationMode) {
   AdjustToneStage stage;
   stage.sharpenAmount = 2.0f;
   stage.sharpenSigma = 1.0f;
   stage.hueShift = 0.1f;
   stage.lightness.eqStrength = 1.0f;
   stage.lightness.eqSample = 8;
-  stage.lightness.eqTopCut = 0.0f;
   stage.lightness.detailRange = 0.1f;
   stage.lightness.detailGain = 1.5f;
   stage.lightness.gamma = 0.5f;
+  stage.saturation.mode = saturationMode;
   stage.saturation.eqStrength = 0.5f;
   stage.saturation.contrast = 1.2f;
   stage.saturation.gamma = 0.8f;
+  stage.saturation.detailRange = 0.1f;
   return stage;
 }
 
 TEST(ToneMemory, theStageLeavesOutStepsAndLeaksNothing) {
   const prim::FloatModeGuard floatMode;
-  for (const int mode : {0, 2}) {
+  IMG3<float> before(40, 30), image(40, 30);
+  fill(before, 22);
+  for (const int mode : {0, 2})
     for (const bool stays : {false, true}) {
       bool anyRefused = true;
       int refused = 0;
       for (; anyRefused; ++refused) {
-        IMG3<float> image(40, 30);
-        fill(image, 22);
-        AdjustToneStage stage = everything();
-        stage.saturation.mode = mode;
-        stage.saturation.detailRange = 0.1f;
-        const ShortMemory memory(refused, stays);
-        EXPECT_EQ(stage.apply(image), 0);
-        EXPECT_EQ(ShortMemory::live, 0);
-        anyRefused = ShortMemory::refusedOne();
-        for (int i = 0; i < 120; ++i) {
-          EXPECT_GE(image.row(15)[i], 0.0f);
-          EXPECT_LE(image.row(15)[i], 1.0f);
-        }
+        copyImage(before, image);
+        const Heap heap(refused, stays);
+        EXPECT_EQ(everything(mode).apply(image), 0);
+        EXPECT_EQ(Heap::live(), 0);
+        anyRefused = Heap::refusedOne();
+        for (int i = 0; i < 120; ++i)
+          EXPECT_TRUE(image.row(15)[i] >= 0.0f && image.row(15)[i] <= 1.0f);
       }
       EXPECT_GT(refused, 20);
     }
-  }
 }
 
 TEST(ToneMemory, imagesWithoutMemoryAreLeftAlone) {
@@ -148,63 +128,39 @@ TEST(ToneMemory, imagesWithoutMemoryAreLeftAlone) {
   Plane none(INT_MAX / 2, 3), empty(0, 0);
   IMG3<float> noImage(0, 5);
   ASSERT_EQ(none.data, nullptr);
-  AdjustToneStage stage = everything();
+  AdjustToneStage stage = everything(0);
   EXPECT_EQ(stage.apply(noImage), 0);
   EXPECT_EQ(stage.lightness.apply(none), 0);
   EXPECT_EQ(stage.saturation.apply(empty), 0);
   stage.lightness.splitBaseDetail(none, empty);
   EXPECT_EQ(UnsharpMask().apply(none), 0);
-  BilateralFilter filter;
-  ASSERT_EQ(filter.setupGrid(0, 0, 0.0f, 1.0f, 8, 0.1f, 0), kVxrcOk);
-  EXPECT_EQ(filter.filter(empty, empty, 0.0f), kVxrcOk);
-}
-
-TEST(ToneBadValues, gridsThatCannotBeHadAreRefusedInTheSetUp) {
-  const float inf = std::numeric_limits<float>::infinity();
-  BilateralFilter filter;
-  EXPECT_EQ(filter.setupGrid(50, 50, 1.0f, 0.0f, 8, 0.1f, 0), kVxrcNoMemory);
-  EXPECT_EQ(filter.setupGrid(-500, 50, 0.0f, 1.0f, 8, 0.1f, 0), kVxrcNoMemory);
-  EXPECT_EQ(filter.setupGrid(50, INT_MIN, 0.0f, 1.0f, 2, 0.1f, 0), kVxrcNoMemory);
-  EXPECT_EQ(filter.setupGrid(INT_MAX, INT_MAX, 0.0f, 1.0f, 2, 0.1f, 0), kVxrcNoMemory);
-  BilateralLocalHistEq eq;
-  EXPECT_EQ(eq.setupGrid(50, 50, 0.0f, inf, 8, 0.1f, 0.0f, 1.0f, 0.0f, 0.5f, 0), kVxrcNoMemory);
-  EXPECT_EQ(eq.setupGrid(50, 50, 0.0f, 1.0f, 1, 0.1f, 0.0f, 1.0f, 0.0f, 0.5f, 0), kVxrcBadSetup);
 }
 
 // For the sanitizers: nothing may be read or written outside, whatever the numbers are.
 TEST(ToneBadValues, noSettingAndNoPixelLeavesTheMemory) {
   const prim::FloatModeGuard floatMode;
-  const float inf = std::numeric_limits<float>::infinity();
   const float nan = std::numeric_limits<float>::quiet_NaN();
-  const float values[] = {nan, inf, -inf, 3.0e38f, -3.0e38f, 0.0f, -1.0f, 1.0f, 1e-30f, 4.5f};
-  int ran = 0;
+  const float values[] = {nan, kInf, -kInf, 3.0e38f, -3.0e38f, 0.0f, -1.0f, 1.0f, 1e-30f, 4.5f};
+  IMG3<float> image(45, 31);
+  Plane plane(45, 31), guide(45, 31);
   for (const float bad : values) {
-    IMG3<float> image(45, 31);
     fill(image, 23);
-    for (int i = 0; i < 40; ++i) image.row(i % 31)[(i * 37) % 135] = values[i % 10];
-    Plane plane(45, 31), guide(45, 31);
     fill(plane, 24);
     fill(guide, 25);
-    for (int i = 0; i < 40; ++i) at(plane, (i * 7) % 45, i % 31) = values[(i + 3) % 10];
-    for (int i = 0; i < 40; ++i) at(guide, (i * 11) % 45, i % 31) = values[(i + 5) % 10];
-
-    AdjustToneStage stage = everything();
-    stage.apply(image);
-    float* const fields[] = {
-        &stage.sharpenAmount,         &stage.sharpenSigma,          &stage.hueShift,
-        &stage.lightness.eqStrength,  &stage.lightness.eqClip,      &stage.lightness.eqPeakGain,
-        &stage.lightness.gamma,       &stage.lightness.eqTopCut,    &stage.lightness.eqFloor,
-        &stage.lightness.detailRange, &stage.lightness.detailGain,  &stage.lightness.detailGamma,
-        &stage.saturation.eqStrength, &stage.saturation.contrast,   &stage.saturation.gamma,
-        &stage.saturation.highKnee,   &stage.saturation.brightness, &stage.saturation.detailRange};
+    for (int i = 0; i < 40; ++i) {
+      image.row(i % 31)[(i * 37) % 135] = values[i % 10];
+      at(plane, (i * 7) % 45, i % 31) = values[(i + 3) % 10];
+      at(guide, (i * 11) % 45, i % 31) = values[(i + 5) % 10];
+    }
     for (const int mode : {0, 1, 2, 3}) {
-      stage.saturation.mode = mode;
-      for (float* field : fields) {
+      AdjustToneStage stage = everything(mode);
+      for (float* field : {&stage.sharpenSigma, &stage.lightness.gamma,
+                           &stage.lightness.detailRange, &stage.saturation.highKnee,
+                           &stage.saturation.brightness, &stage.saturation.detailRange}) {
         const float good = *field;
         *field = bad;
-        stage.apply(image);
+        EXPECT_EQ(stage.apply(image), 0);
         *field = good;
-        ++ran;
       }
     }
     for (const Range range : {Range{0.0f, 1.0f, bad},
@@ -213,8 +169,7 @@ TEST(ToneBadValues, noSettingAndNoPixelLeavesTheMemory) {
                               {-1.0f, 7.0f, 0.01f},
                               {0.0f, 5.0f, 0.9f}}) {
       BilateralFilter filter;
-      if (filter.setupGrid(45, 31, range.low, range.high, 6, range.step, 0) == kVxrcOk)
-        filter.filter(plane, guide, bad);
+      if (setUp(filter, 45, 31, range, 6) == kVxrcOk) filter.filter(plane, guide, bad);
       BilateralLocalHistEq eq;
       if (std::fabs(range.step) > 1e-4f &&
           eq.setupGrid(45, 31, range.low, range.high, 6, range.step, bad, 1.0f, bad, bad, 0) ==
@@ -222,17 +177,6 @@ TEST(ToneBadValues, noSettingAndNoPixelLeavesTheMemory) {
         eq.equalize(plane, bad, bad, bad);
     }
   }
-  EXPECT_EQ(ran, 10 * 4 * 18);
-}
-
-TEST(ToneBadValues, cellsFarLargerThanThePlane) {
-  const prim::FloatModeGuard floatMode;
-  IMG3<float> image(45, 31);
-  fill(image, 26);
-  AdjustToneStage stage = everything();
-  stage.lightness.eqSample = stage.lightness.detailSample = stage.saturation.eqSample = INT_MAX;
-  EXPECT_EQ(stage.apply(image), 0);
-  for (int i = 0; i < 135; ++i) EXPECT_TRUE(image.row(9)[i] >= 0.0f && image.row(9)[i] <= 1.0f);
 }
 
 }  // namespace

@@ -1,13 +1,16 @@
 #pragma once
 
 // The tone chain as it is defined: whole planes, one step after the other, every pixel on its own.
-// The grids share nothing with the library; the classes around them are chains of primitives over
-// whole planes, and so are the planes of scratch.
+// Of the library it uses only the primitives for curves, filters and colour.
 
-#include "tests/tone/planes.h"
+#include "prim/float_mode.h"
+#include "tests/support/images.h"
 #include "vxenhlib/adjust_tone_stage.h"
 
 namespace vx::test {
+
+inline float& at(Plane& p, int x, int y) { return p.row(y)[x]; }
+inline float at(const Plane& p, int x, int y) { return p.row(y)[x]; }
 
 struct Range {
   float low, high, step;
@@ -24,9 +27,6 @@ struct EqSettings {
 void referenceEqualize(Plane& image, int spatialSample, const EqSettings& settings);
 
 void referenceUnsharp(Plane& plane, float amount, float sigma);
-void referenceSplit(Plane& plane, Plane& detail, float rangeStep, int spatialStep);
-void referenceLightness(Plane& plane, const LightnessTone& tone);
-void referenceSaturation(Plane& plane, const SaturationTone& tone);
 void referenceStage(IMG3<float>& image, const AdjustToneStage& stage);
 
 }  // namespace vx::test

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <vector>
 
 #include "tests/tone/reference.h"
 
@@ -57,12 +58,10 @@ void blur(Grid& g) {
   for (int y = 0; y < g.h; ++y) {
     // The rectangle runs over x in 1..w-2, z in 1..d-2; its outermost ring takes its neighbours.
     for (int z = 1; z <= g.d - 2; ++z) {
-      if (g.w - 2 < 3) break;
       g(y, 1, z) = g(y, 2, z);
       g(y, g.w - 2, z) = g(y, g.w - 3, z);
     }
     for (int x = 1; x <= g.w - 2; ++x) {
-      if (g.d - 2 < 3) break;
       g(y, x, 1) = g(y, x, 2);
       g(y, x, g.d - 2) = g(y, x, g.d - 3);
     }
@@ -160,7 +159,7 @@ void integrate(Grid& g, const EqSettings& s) {
 }  // namespace
 
 void referenceFilter(Plane& data, const Plane& guide, const Range& range, int sample) {
-  const int w = data.roiWidth, h = data.roiHeight;
+  const int w = data.width, h = data.height;
   const int gridWidth = cellsAlong(w, sample), gridHeight = cellsAlong(h, sample);
   Grid value(gridWidth, gridHeight, depthOf(range), 0.0f);
   Grid weight(gridWidth, gridHeight, depthOf(range), 1e-11f);
@@ -186,7 +185,7 @@ void referenceFilter(Plane& data, const Plane& guide, const Range& range, int sa
 
 void referenceEqualize(Plane& image, int sample, const EqSettings& settings) {
   const Range range = {0.0f, 1.0f, 0.01f};
-  const int w = image.roiWidth, h = image.roiHeight;
+  const int w = image.width, h = image.height;
   Grid hist(cellsAlong(w, sample), cellsAlong(h, sample), depthOf(range), 0.25f);
   for (int y = 0; y < h; ++y)
     for (int x = 0; x < w; ++x)

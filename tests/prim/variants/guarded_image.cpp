@@ -3,9 +3,10 @@
 #include <sys/mman.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
+#include <iomanip>
 #include <new>
+#include <sstream>
 
 namespace vx::test {
 namespace {
@@ -109,29 +110,21 @@ std::string GuardedImage::difference() const {
 std::string GuardedImage::describe(std::size_t byte,
                                    const std::vector<unsigned char>& wanted) const {
   const std::ptrdiff_t offset = window_ + byte - region_;
-  char text[160];
-  if (offset < 0 || offset >= std::ptrdiff_t(regionBytes_)) {
-    std::snprintf(text, sizeof text, "%td bytes from the region's start, which has %zu", offset,
-                  regionBytes_);
-    return text;
+  if (offset < 0 || offset >= std::ptrdiff_t(regionBytes_))
+    return "byte " + std::to_string(offset) + " of " + std::to_string(regionBytes_);
+  // The bytes of the element as they stand in memory; between elements the nearest one before.
+  const std::ptrdiff_t inRow = offset % stride_, element = inRow / layout_.elementBytes;
+  std::ostringstream text;
+  text << "row " << offset / stride_ << ", element " << element
+       << (inRow >= rowBytes_ ? " (padding)" : "") << ", wanted and found:";
+  const std::size_t start = byte - std::size_t(inRow % layout_.elementBytes);
+  const std::size_t end = std::min(windowBytes_, start + std::size_t(layout_.elementBytes));
+  for (const unsigned char* bytes : {wanted.data(), static_cast<const unsigned char*>(window_)}) {
+    text << (bytes == window_ ? " / " : " ") << std::hex;
+    for (std::size_t i = end; i > start; --i)
+      text << std::setw(2) << std::setfill('0') << +bytes[i - 1];
   }
-  const std::ptrdiff_t element = offset % stride_ / layout_.elementBytes;
-  const std::size_t start = byte - std::size_t(offset % stride_ % layout_.elementBytes);
-  std::string values;
-  for (const unsigned char* from :
-       {wanted.data() + start, static_cast<const unsigned char*>(window_) + start}) {
-    std::uint64_t bits = 0;
-    std::memcpy(&bits, from, std::min(std::size_t(layout_.elementBytes), windowBytes_ - start));
-    float real = 0;
-    std::memcpy(&real, &bits, sizeof real);
-    std::snprintf(text, sizeof text, layout_.isFloat ? " %#llx (%.9g)" : " %#llx (%g)",
-                  static_cast<unsigned long long>(bits),
-                  layout_.isFloat ? double{real} : double(bits));
-    values += text;
-  }
-  std::snprintf(text, sizeof text, "row %td, element %td%s, wanted and found:", offset / stride_,
-                element, element >= rowBytes_ / layout_.elementBytes ? " (padding)" : "");
-  return text + values;
+  return text.str();
 }
 
 }  // namespace vx::test

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <string_view>
 
@@ -7,18 +8,26 @@
 
 namespace vx::test {
 
-/// What the integer behind width and height means.
-enum class Setting { none, roundMode, scaleFactor, selector, mask };
-
 /// What a primitive's name and argument names tell about its calls.
 struct Prim {
   std::string_view name;
   std::string_view arguments;  ///< "(src, srcStep, ...)"
   Pixels source, destination;
-  Setting setting = Setting::none;
+  bool checksSteps = false;  ///< refuses a step below 1; others take any
 
   constexpr bool has(std::string_view part) const {
     return name.find(part) != std::string_view::npos;
+  }
+  /// Whether one of the arguments begins so.
+  constexpr bool takes(std::string_view part) const {
+    return arguments.find(part) != std::string_view::npos;
+  }
+  /// Name of an argument; empty behind the last.
+  constexpr std::string_view argument(std::size_t index) const {
+    std::string_view names = arguments.substr(1, arguments.size() - 2);
+    for (; index > 0 && !names.empty(); --index)
+      names.remove_prefix(std::min(names.size(), names.find(", ") + 2));
+    return names.substr(0, names.find(", "));
   }
 };
 
@@ -66,10 +75,11 @@ consteval Prim readPrim(std::string_view name, std::string_view arguments) {
       known = true;
     }
   if (!known) throw "unknown layout code";
-  if (layout.ends_with("Sfs")) prim.setting = Setting::scaleFactor;
-  if (name.starts_with("primConvert_32f")) prim.setting = Setting::roundMode;
-  if (name.starts_with("primCompare")) prim.setting = Setting::selector;
-  if (name.starts_with("primFilter")) prim.setting = Setting::mask;
+  for (const std::string_view start :
+       {"primAbsDiff_32f", "primAddProduct", "primCompare", "primConvert", "primColorTwist",
+        "primCopyReplicate", "primTranspose", "primFilter", "primPyr", "primResize", "primDeconv",
+        "primNormDiff", "primWin", "primDilate", "primErode", "primSearch"})
+    prim.checksSteps |= name.starts_with(start);
   return prim;
 }
 

@@ -128,10 +128,11 @@ class Image : public GuardedImage {
   }
 };
 
-/// A list of values: one row of a vector, a table or a scalar result.
+/// One row of values without padding: a vector, a table or a scalar result.
+inline Shape listOf(int length) { return {length, 1, {}, {}, 0, false}; }
 template <class T>
 Image<T> list(Trial& trial, Role role, int length) {
-  return Image<T>(trial, role, Shape{length, 1, {}, {}, 0, false});
+  return Image<T>(trial, role, listOf(length));
 }
 
 }  // namespace vx::test

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdlib>
+
+#include "prim/alloc.h"
+
+namespace vx::test {
+
+/// Stands behind the library's allocators while it lives: counts blocks and bytes, and refuses one
+/// allocation, or that one and all after it.
+class Heap {
+ public:
+  explicit Heap(int refused = -1, bool fromThenOn = false) {
+    refused_ = refused;
+    stays_ = fromThenOn;
+    calls_ = live_ = 0;
+    bytes_ = peak_ = 0;
+    prim::primMemHooks.allocate = [](std::size_t size) -> void* {
+      const int call = calls_++;
+      if (refused_ >= 0 && (call == refused_ || (stays_ && call > refused_))) return nullptr;
+      auto* block = static_cast<std::size_t*>(std::malloc(size + kHeader));
+      if (block == nullptr) return nullptr;
+      *block = size;
+      ++live_;
+      peak_ = std::max(peak_, bytes_ += size);
+      return block + kHeader / sizeof(std::size_t);
+    };
+    prim::primMemHooks.release = [](void* user) {
+      if (user == nullptr) return;
+      auto* block = static_cast<std::size_t*>(user) - kHeader / sizeof(std::size_t);
+      bytes_ -= *block;
+      --live_;
+      std::free(block);
+    };
+  }
+  ~Heap() { prim::primMemHooks = saved_; }
+  Heap(const Heap&) = delete;
+  Heap& operator=(const Heap&) = delete;
+
+  static bool refusedOne() { return refused_ >= 0 && calls_ > refused_; }
+  static int calls() { return calls_; }
+  static int live() { return live_; }
+  static std::size_t peak() { return peak_; }
+
+ private:
+  static constexpr std::size_t kHeader = 64;
+  prim::MemHooks saved_ = prim::primMemHooks;
+  static inline int refused_, calls_, live_;
+  static inline bool stays_;
+  static inline std::size_t bytes_, peak_;
+};
+
+}  // namespace vx::test

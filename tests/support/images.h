@@ -1,0 +1,85 @@
+#pragma once
+
+// Float images for the tests of the stages: one way to make them and one to compare them, bit by
+// bit. Works on the containers of stages and of the edge enhancer alike.
+
+#include <gtest/gtest.h>
+#include <omp.h>
+
+#include <bit>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <random>
+
+#include "frame/img.h"
+
+namespace vx::test {
+
+using Plane = GIMG<float>;
+
+template <class Image>
+int channelsOf(const Image&) {
+  return Image::kPixelBytes / static_cast<int>(sizeof(float));
+}
+
+template <class Image>
+void copyImage(const Image& from, Image& to) {
+  for (int y = 0; y < from.height; ++y)
+    std::memcpy(to.row(y), from.row(y), static_cast<std::size_t>(from.width) * Image::kPixelBytes);
+}
+
+/// Ramps, hard edges, flat patches and noise: what tells the steps of a chain apart. All in 0..1.
+template <class Image>
+void fill(Image& image, unsigned seed, float noise = 0.2f) {
+  std::mt19937 random(seed);
+  const int channels = channelsOf(image);
+  for (int y = 0; y < image.height; ++y)
+    for (int i = 0; i < image.width * channels; ++i) {
+      const int x = i / channels + 5 * (i % channels);
+      const float ramp = 0.7f * static_cast<float>(x) / static_cast<float>(image.width + 10) +
+                         0.2f * static_cast<float>(y) / static_cast<float>(image.height);
+      const bool patch = (x / 13 + y / 9) % 3 == 0;
+      const float grain = noise * (static_cast<float>(random() % 1024) / 1024.0f - 0.5f);
+      const float v = patch ? 0.35f : ramp + grain + 0.05f;
+      image.row(y)[i] = v < 0.0f ? 0.0f : v > 0.999f ? 0.999f : v;
+    }
+}
+
+/// The first difference of two images, or nothing; NaN equals NaN.
+template <class Image>
+::testing::AssertionResult sameBits(const Image& expected, const Image& actual) {
+  if (expected.width != actual.width || expected.height != actual.height)
+    return ::testing::AssertionFailure() << actual.width << "x" << actual.height;
+  for (int y = 0; y < expected.height; ++y)
+    for (int i = 0; i < expected.width * channelsOf(expected); ++i) {
+      const float e = expected.row(y)[i];
+      const float a = actual.row(y)[i];
+      if (std::isnan(e) && std::isnan(a)) continue;
+      if (std::bit_cast<std::uint32_t>(e) != std::bit_cast<std::uint32_t>(a))
+        return ::testing::AssertionFailure()
+               << "element " << i << " of row " << y << ": " << a << " instead of " << e << " ("
+               << std::hexfloat << a << ", " << e << ")";
+    }
+  return ::testing::AssertionSuccess();
+}
+
+/// Rows of a band and threads of a run; no result depends on either. The last is one band.
+struct Run {
+  int rows, threads;
+};
+inline constexpr Run kRuns[] = {{0, 1}, {1, 1}, {7, 1}, {7, 2}, {2, 7}, {1 << 20, 1}};
+
+/// Runs with another number of threads.
+class Threads {
+ public:
+  explicit Threads(int count) : before_(omp_get_max_threads()) { omp_set_num_threads(count); }
+  ~Threads() { omp_set_num_threads(before_); }
+  Threads(const Threads&) = delete;
+  Threads& operator=(const Threads&) = delete;
+
+ private:
+  int before_;
+};
+
+}  // namespace vx::test

@@ -1,0 +1,76 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <functional>
+#include <random>
+#include <vector>
+
+#include "adjust/host_pixels.h"
+#include "frame/load.h"
+
+namespace vx::test {
+
+// The archive of the library's objects runs nothing at load: without this, only generic code.
+inline const bool attached = (attachProcess(), true);
+
+constexpr int kFormats[] = {1, 3, 5, 6};
+
+inline bool deep(int format) { return format == 3 || format == 6; }
+
+/// Host pixels in a block that ends with the last pixel, so that an address sanitizer sees the
+/// first byte too many. `slack` bytes lie between the rows; 16-bit rows may start at odd addresses.
+struct Picture {
+  int format, width, height, step;
+  std::vector<std::uint8_t> bytes;
+
+  Picture(int f, int w, int h, int slack = 0)
+      : format(f),
+        width(w),
+        height(h),
+        step(w * bytesPerPixel(f) + slack),
+        bytes(static_cast<std::size_t>(step) * static_cast<std::size_t>(h - 1) +
+              static_cast<std::size_t>(w * bytesPerPixel(f))) {}
+
+  /// Fills all bytes, slack and extra channel too, with samples up to `top`. The extra channel of
+  /// format 6 stays below the limit that is applied to it.
+  void randomise(unsigned seed, int top) {
+    std::mt19937 random(seed);
+    for (auto& byte : bytes) byte = static_cast<std::uint8_t>(random() % (format == 6 ? 128 : 256));
+    forEachSample(
+        [&](int, int, int) { return static_cast<int>(random() % static_cast<unsigned>(top + 1)); });
+  }
+  /// Sets the colour samples to value(x, y, channel).
+  void forEachSample(const std::function<int(int, int, int)>& value) {
+    for (int y = 0; y < height; ++y)
+      for (int x = 0; x < width; ++x)
+        for (int c = 0; c < 3; ++c) set(x, y, c, value(x, y, c));
+  }
+  std::uint8_t* at(int x, int y, int c) {
+    const int sample = bytesPerPixel(format) % 3 == 0 ? c : c + 1;
+    return bytes.data() + static_cast<std::ptrdiff_t>(step) * y + bytesPerPixel(format) * x +
+           sample * (deep(format) ? 2 : 1);
+  }
+  int get(int x, int y, int c) {
+    if (!deep(format)) return *at(x, y, c);
+    std::uint16_t v;
+    std::memcpy(&v, at(x, y, c), 2);
+    return v;
+  }
+  void set(int x, int y, int c, int value) {
+    const std::uint16_t v = static_cast<std::uint16_t>(value);
+    std::memcpy(at(x, y, c), &v, deep(format) ? 2 : 1);
+  }
+  /// Largest difference of a colour sample to another picture.
+  int distance(Picture& other) {
+    int most = 0;
+    for (int y = 0; y < height; ++y)
+      for (int x = 0; x < width; ++x)
+        for (int c = 0; c < 3; ++c)
+          most = std::max(most, std::abs(get(x, y, c) - other.get(x, y, c)));
+    return most;
+  }
+};
+
+}  // namespace vx::test
