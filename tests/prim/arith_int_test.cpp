@@ -80,12 +80,10 @@ TEST(ArithInt, magnitudesSaturateAndProductsAreAdded) {
   ASSERT_EQ(call(primAbs_16s_C1IR, words, words.size()), 0);
   expectPlane(words, [](int x, int) { return std::min(std::abs(x - 32768), 32767); });
   Operands<U8, float> o;
-  o.expect(call(primAddProduct_8u32f_C1IR, o.a, o.b, o.d, o.d.size()),
-           [](int a, int b, double d, int) { return d + a * b; });
-  for (const auto& steps : {std::tuple{1, 2, 8}, {2, 1, 8}, {2, 2, 4}, {2, 2, 10}}) {
-    const auto [s1, s2, s3] = steps;
-    EXPECT_EQ(primAddProduct_8u32f_C1IR(o.a.data(), s1, o.b.data(), s2, o.d.data(), s3, 2, 1), -14);
-  }
+  VX_EXPECT(v + s * t, primAddProduct_8u32f_C1IR, o.a, o.b, o.d, o.d.size());
+  const U8* u = o.a.data();
+  for (const auto& [s1, s2, s3] : {std::tuple{1, 2, 8}, {2, 1, 8}, {2, 2, 4}, {2, 2, 10}})
+    EXPECT_EQ(primAddProduct_8u32f_C1IR(u, s1, u, s2, o.d.data(), s3, 2, 1), -14);
 }
 
 }  // namespace

@@ -1,7 +1,9 @@
 #include "prim/arith.h"
 
+#include <algorithm>
 #include <bit>
 
+#include "prim/vector.h"
 #include "tests/prim/plane.h"
 
 namespace {
@@ -11,68 +13,122 @@ using namespace vx::prim;
 std::uint32_t bitsOf(float v) { return std::bit_cast<std::uint32_t>(v); }
 
 // The operands are exact in double, and one operation in double rounded to float is the float
-// operation: the oracles are written in double throughout. Subtrahend and divisor come first.
+// operation. Subtrahend and divisor come first.
 TEST(Arith, combinesImagesAndConstants) {
   Operands<float> o;
   auto& [a, b, d, before] = o;
   const Size size = d.size(), size3 = d.size(3);
-  static constexpr float kV[] = {1.0f / 3, -7.7f, 1e5f};
-  const auto sum = [](double s, double, double v, int) { return s + v; };
-  const auto plusValue = [](double, double, double v, int c) { return v + double{kV[c]}; };
-  const auto timesValue = [](double, double, double v, int c) { return v * double{kV[c]}; };
-  const auto magnitude = [](double s, double, double, int) { return std::abs(s); };
-  o.expect(call(primAdd_32f_C1IR, a, d, size), sum);
-  o.expect(call(primAdd_32f_C3IR, a, d, size3), sum);
-  o.expect(call(primAdd_32f_C1R, a, b, d, size),
-           [](double s, double t, double, int) { return s + t; });
-  o.expect(call(primSub_32f_C1IR, a, d, size),
-           [](double s, double, double v, int) { return v - s; });
-  o.expect(call(primSub_32f_C1R, a, b, d, size),
-           [](double s, double t, double, int) { return t - s; });
-  o.expect(call(primMul_32f_C1IR, a, d, size),
-           [](double s, double, double v, int) { return v * s; });
-  o.expect(call(primDiv_32f_C1IR, a, d, size),
-           [](double s, double, double v, int) { return v / s; });
-  o.expect(call(primAbsDiff_32f_C1R, a, b, d, size),
-           [](double s, double t, double, int) { return std::abs(s - t); });
-  o.expect(call(primAddC_32f_C1IR, kV[0], d, size), plusValue);
-  o.expect(call(primAddC_32f_C3IR, kV, d, size3), plusValue, 3);
-  o.expect(call(primMulC_32f_C1IR, kV[0], d, size), timesValue);
-  o.expect(call(primMulC_32f_C3IR, kV, d, size3), timesValue, 3);
-  o.expect(call(primSubC_32f_C1IR, kV[0], d, size),
-           [](double, double, double v, int) { return v - double{kV[0]}; });
-  o.expect(call(primSubC_32f_C1R, a, kV[0], d, size),
-           [](double s, double, double, int) { return s - double{kV[0]}; });
-  o.expect(call(primMulC_32f_C1R, a, kV[0], d, size),
-           [](double s, double, double, int) { return s * double{kV[0]}; });
-  o.expect(call(primSqr_32f_C1IR, d, size), [](double, double, double v, int) { return v * v; });
-  o.expect(call(primAbs_32f_C1R, a, d, size), magnitude);
-  d = a;
-  o.expect(call(primAbs_32f_C1IR, d, size), magnitude);
-  d = a;  // the destination itself as operand
-  o.expect(call(primAdd_32f_C1IR, d, d, size), [](double s, double, double, int) { return s + s; });
+  static constexpr float kC[] = {1.0f / 3, -7.7f, 1e5f};
+  const double c = double{kC[0]};
+  VX_EXPECT(s + v, primAdd_32f_C1IR, a, d, size);
+  VX_EXPECT(s + v, primAdd_32f_C3IR, a, d, size3);
+  VX_EXPECT(s + t, primAdd_32f_C1R, a, b, d, size);
+  VX_EXPECT(v - s, primSub_32f_C1IR, a, d, size);
+  VX_EXPECT(t - s, primSub_32f_C1R, a, b, d, size);
+  VX_EXPECT(v * s, primMul_32f_C1IR, a, d, size);
+  VX_EXPECT(v / s, primDiv_32f_C1IR, a, d, size);
+  VX_EXPECT(std::abs(s - t), primAbsDiff_32f_C1R, a, b, d, size);
+  VX_EXPECT(v + c, primAddC_32f_C1IR, kC[0], d, size);
+  VX_EXPECT(v - c, primSubC_32f_C1IR, kC[0], d, size);
+  VX_EXPECT(v * c, primMulC_32f_C1IR, kC[0], d, size);
+  VX_EXPECT(s - c, primSubC_32f_C1R, a, kC[0], d, size);
+  VX_EXPECT(s * c, primMulC_32f_C1R, a, kC[0], d, size);
+  VX_EXPECT(v + double{kC[i % 3]}, primAddC_32f_C3IR, kC, d, size3);
+  VX_EXPECT(v * double{kC[i % 3]}, primMulC_32f_C3IR, kC, d, size3);
+  VX_EXPECT(v * v, primSqr_32f_C1IR, d, size);
+  VX_EXPECT(std::abs(s), primAbs_32f_C1R, a, d, size);
+  VX_EXPECT(std::abs(v), primAbs_32f_C1IR, d, size);
   EXPECT_EQ(primAbsDiff_32f_C1R(a.data(), 4, b.data(), 4, d.data(), 3, 1, 1), -14);
-  EXPECT_EQ(primAbsDiff_32f_C1R(a.data(), 3, b.data(), 4, d.data(), 4, 1, 1), -14);
+  d = a;  // the destination itself as operand
+  VX_EXPECT(s + s, primAdd_32f_C1IR, d, d, size);
+}
+
+TEST(Vector, combinesVectorsAndConstants) {
+  Operands<float> o(1);
+  const float *a = o.a.data(), level = 0.3f;
+  float* d = o.d.data();
+  const int n = o.d.width;
+  const double c = double{level};
+  VX_EXPECT(c, primvSet_32f, level, d, n);
+  VX_EXPECT(0, primvZero_32f, d, n);
+  VX_EXPECT(s, primvCopy_32f, a, d, n);
+  VX_EXPECT(s + v, primvAdd_32f_I, a, d, n);
+  VX_EXPECT(v / s, primvDiv_32f_I, a, d, n);
+  VX_EXPECT(v + c, primvAddC_32f_I, level, d, n);
+  VX_EXPECT(v - c, primvSubC_32f_I, level, d, n);
+  VX_EXPECT(v * c, primvMulC_32f_I, level, d, n);
+  VX_EXPECT(v * v, primvSqr_32f_I, d, n);
+  VX_EXPECT(std::min(v, c), primvThreshold_GT_32f_I, d, n, level);
+  VX_EXPECT(std::max(v, c), primvThreshold_LT_32f_I, d, n, level);
+}
+
+float product(float a, float b) { return static_cast<float>(double{a} * double{b}); }
+float sum(float a, float b) { return static_cast<float>(double{a} + double{b}); }
+
+TEST(Vector, computesWithComplexNumbers) {
+  std::mt19937 rng(3);
+  for (int i = 0; i < 500; ++i) {
+    const Complex32f src = {drawValue<float>(rng), drawValue<float>(rng)};
+    const Complex32f v = {drawValue<float>(rng), drawValue<float>(rng)};
+    Complex32f multiplied = v, scaled = v;
+    float magnitude = 0;
+    ASSERT_EQ(primvMagnitude_32fc(&src, &magnitude, 1), 0);
+    ASSERT_EQ(primvMul_32fc_I(&src, &multiplied, 1), 0);
+    ASSERT_EQ(primvMul_32f32fc_I(&src.re, &scaled, 1), 0);
+    const float power = sum(product(src.re, src.re), product(src.im, src.im));
+    ASSERT_EQ(magnitude, static_cast<float>(std::sqrt(double{power})));
+    ASSERT_EQ(multiplied.re, sum(product(src.re, v.re), -product(src.im, v.im)));
+    ASSERT_EQ(multiplied.im, sum(product(src.re, v.im), product(src.im, v.re)));
+    ASSERT_EQ(scaled.re, product(src.re, v.re));
+    ASSERT_EQ(scaled.im, product(src.re, v.im));
+  }
+}
+
+// Neutral constants touch nothing, a factor of 0 clears everything, NaN takes the threshold. Any
+// operation would quiet the signalling NaN.
+TEST(Vector, shortcutsKeepBits) {
+  const float signalling = std::bit_cast<float>(0x7F800001u);
+  for (float v : {-0.0f, signalling, kInf, -kInf, 3.0f})
+    for (float zero : {0.0f, -0.0f}) {
+      float kept = v, cleared = v;
+      EXPECT_EQ(primvAddC_32f_I(zero, &kept, 1), 0);
+      EXPECT_EQ(primvSubC_32f_I(zero, &kept, 1), 0);
+      EXPECT_EQ(primvMulC_32f_I(1.0f, &kept, 1), 0);
+      EXPECT_EQ(bitsOf(kept), bitsOf(v));
+      EXPECT_EQ(primvMulC_32f_I(zero, &cleared, 1), 0);
+      EXPECT_EQ(bitsOf(cleared), 0u);
+    }
+  for (auto clip : {primvThreshold_GT_32f_I, primvThreshold_LT_32f_I}) {
+    float v[] = {kNan, -0.0f};
+    clip(v, 2, 0.0f);
+    EXPECT_EQ(bitsOf(v[0]), 0u);
+    EXPECT_EQ(bitsOf(v[1]), 0x80000000u);
+  }
 }
 
 TEST(Arith, dividesByZeroToInfinitiesAndOneNan) {
-  const std::uint32_t nan = 0xFFC00000;
+  const std::uint32_t nan = 0xFFC00000, high = 0x7F800000, low = 0xFF800000;
   const struct {
     float dividend, divisor;
     int status;
     std::uint32_t bits;
-  } kCases[] = {
-      {3.0f, 0.0f, 6, 0x7F800000},   {3.0f, -0.0f, 6, 0x7F800000}, {-3.0f, 0.0f, 6, 0xFF800000},
-      {-3.0f, -0.0f, 6, 0xFF800000}, {kInf, -0.0f, 6, 0x7F800000}, {-kInf, 0.0f, 6, 0xFF800000},
-      {0.0f, 0.0f, 6, nan},          {-0.0f, 0.0f, 6, nan},        {kNan, -0.0f, 6, nan},
-      {6.0f, 2.0f, 0, 0x40400000},   {6.0f, -kInf, 0, 0x80000000u}};
-  for (const auto& c : kCases) {
-    float divisor[] = {c.divisor, 1.0f}, v[] = {c.dividend, 5.0f};
-    // Reported as well when it stands in the first row alone.
-    EXPECT_EQ(primDiv_32f_C1IR(divisor, 4, v, 4, 1, 2), c.status);
-    EXPECT_EQ(bitsOf(v[0]), c.bits) << c.dividend << " / " << c.divisor;
-    EXPECT_EQ(v[1], 5.0f);
-  }
+  } kCases[] = {{3.0f, 0.0f, 6, high},       {3.0f, -0.0f, 6, high},       {-3.0f, 0.0f, 6, low},
+                {-3.0f, -0.0f, 6, low},      {kInf, -0.0f, 6, high},       {-kInf, 0.0f, 6, low},
+                {0.0f, 0.0f, 6, nan},        {-0.0f, 0.0f, 6, nan},        {kNan, -0.0f, 6, nan},
+                {6.0f, 2.0f, 0, 0x40400000}, {6.0f, -kInf, 0, 0x80000000u}};
+  for (const auto& c : kCases)
+    for (int at : {0, 1}) {
+      float divisor[] = {1.0f, 1.0f}, image[] = {5.0f, 5.0f}, vector[] = {5.0f, 5.0f};
+      divisor[at] = c.divisor;
+      image[at] = vector[at] = c.dividend;
+      // Reported as well when it stands in one row alone.
+      EXPECT_EQ(primDiv_32f_C1IR(divisor, 4, image, 4, 1, 2), c.status);
+      EXPECT_EQ(primvDiv_32f_I(divisor, vector, 2), c.status);
+      for (const float* quotient : {image, vector}) {
+        EXPECT_EQ(bitsOf(quotient[at]), c.bits) << c.dividend << " / " << c.divisor;
+        EXPECT_EQ(quotient[1 - at], 5.0f);
+      }
+    }
 }
 
 // Half a unit in the last place of the result, and 1e-6 of it for the error before rounding.

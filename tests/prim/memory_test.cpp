@@ -45,44 +45,42 @@ TEST(Memory, copiesImagesAndChannels) {
   expectEveryNth<float>(primCopy_32f_C1C3R, 1, 3);
 }
 
+template <class T>
+Operands<T> expectCopied(int (*copy)(const T*, int, T*, int, int, int)) {
+  Operands<T> o;
+  VX_EXPECT(s, copy, o.a, o.d, o.d.size(3));
+  return o;
+}
+
 TEST(Memory, copiesThreeChannelsAndSets) {
-  Operands<U8> bytes;
-  Operands<float> floats;
+  expectCopied(primCopy_8u_C3R);
+  Operands<float> o = expectCopied(primCopy_32f_C3R);
   static constexpr float kValues[] = {-0.0f, 1e-40f, 3.5f};
-  const Size size = floats.d.size(), size3 = floats.d.size(3);
-  const auto same = [](auto a, auto, auto, int) { return a; };
-  bytes.expect(call(primCopy_8u_C3R, bytes.a, bytes.d, size3), same);
-  floats.expect(call(primCopy_32f_C3R, floats.a, floats.d, size3), same);
-  bytes.expect(call(primSet_8u_C1R, U8{201}, bytes.d, size),
-               [](int, int, int, int) { return 201; });
-  floats.expect(call(primSet_32f_C1R, 1e-40f, floats.d, size),
-                [](float, float, float, int) { return 1e-40f; });
-  floats.expect(
-      call(primSet_32f_C3R, kValues, floats.d, size3),
-      [](float, float, float, int c) { return kValues[c]; }, 3);
-  float pixels[] = {9, 1, 2, 3, 9, 9};
-  ASSERT_EQ(primSet_32f_C3R(pixels + 1, pixels, 24, 2, 1), 0);
-  for (int i = 0; i < 6; ++i) EXPECT_EQ(pixels[i], static_cast<float>(i % 3 + 1)) << "in place";
+  VX_EXPECT(1e-40f, primSet_32f_C1R, 1e-40f, o.d, o.d.size());
+  VX_EXPECT(kValues[i % 3], primSet_32f_C3R, kValues, o.d, o.d.size(3));
+  float inPlace[] = {9, 1, 2, 3, 9, 9};
+  ASSERT_EQ(primSet_32f_C3R(inPlace + 1, inPlace, 24, 2, 1), 0);
+  for (int i = 0; i < 6; ++i) EXPECT_EQ(inPlace[i], static_cast<float>(i % 3 + 1));
+  Plane<U8> bytes(5, 5);
+  EXPECT_EQ(call(primSet_8u_C1R, U8{201}, bytes, bytes.size()), 0);
+  expectPlane(bytes, [](int, int) { return 201; });
+}
+
+// All nonzero values of a mask count.
+template <class T>
+void expectMasked(int (*copy)(const T*, int, T*, int, int, int, const U8*, int),
+                  int (*set)(T, T*, int, int, int, const U8*, int)) {
+  Operands<T> o(1);
+  Plane<U8> mask(96, 1);
+  mask.set([](int x, int) { return x % 3 == 0 ? 0 : 3 * x % 256 | 1; });
+  if (copy != nullptr) VX_EXPECT(mask.at(i, 0) != 0 ? s : v, copy, o.a, o.d, o.d.size(), mask);
+  if (set != nullptr) VX_EXPECT(mask.at(i, 0) != 0 ? 57 : v, set, T{57}, o.d, o.d.size(), mask);
 }
 
 TEST(Memory, copiesAndSetsOnlyUnderTheMask) {
-  std::mt19937 rng(2);
-  Plane<U8> mask(96, 3);
-  mask.draw([&] { return rng() % 2 != 0 ? rng() : 0; });  // all nonzero values count
-  const auto expectMasked = [&](auto& d, const auto& before, int status, auto expected) {
-    EXPECT_EQ(status, 0);
-    expectPlane(
-        d, [&](int x, int y) { return mask.at(x, y) != 0 ? expected(x, y) : before.at(x, y); });
-  };
-  Operands<U8> b;
-  expectMasked(b.d, b.before, call(primCopy_8u_C1MR, b.a, b.d, b.d.size(), mask),
-               [&](int x, int y) { return b.a.at(x, y); });
-  Operands<float> f;
-  expectMasked(f.d, f.before, call(primCopy_32f_C1MR, f.a, f.d, f.d.size(), mask),
-               [&](int x, int y) { return f.a.at(x, y); });
-  Operands<S16> s;
-  expectMasked(s.d, s.before, call(primSet_16s_C1MR, S16{-12345}, s.d, s.d.size(), mask),
-               [](int, int) { return S16{-12345}; });
+  expectMasked<U8>(primCopy_8u_C1MR, nullptr);
+  expectMasked<float>(primCopy_32f_C1MR, nullptr);
+  expectMasked<S16>(nullptr, primSet_16s_C1MR);
 }
 
 template <class T>

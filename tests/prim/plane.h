@@ -98,28 +98,39 @@ T drawValue(std::mt19937& rng) {
     return static_cast<T>(rng());
 }
 
+// Oracles compute in double and in int.
+inline double exact(float v) { return double{v}; }
+inline int exact(int v) { return v; }
+
 // Random operands of a primitive that takes one element after the other, and its check.
 template <class A, class D = A>
 struct Operands {
-  Operands() {
+  explicit Operands(int height = 3) : a(96, height), b(a), d(96, height), before(d) {
     std::mt19937 rng(7);
     a.draw([&] { return drawValue<A>(rng); });
     b.draw([&] { return drawValue<A>(rng); });
     before = d.draw([&] { return drawValue<D>(rng); });
   }
 
-  // Expects success and oracle(a, b, d before, channel) in every element of d; puts d back.
+  // Expects success and oracle(a, b, d before, x) in every element of d; puts d back.
   template <class Oracle>
-  void expect(int status, Oracle oracle, int channels = 1,
+  void expect(int status, Oracle oracle,
               std::source_location where = std::source_location::current()) {
     const ::testing::ScopedTrace trace(where.file_name(), static_cast<int>(where.line()), "row");
     EXPECT_EQ(status, 0);
     expectPlane(d, [&](int x, int y) {
-      return oracle(a.at(x, y), b.at(x, y), before.at(x, y), x % channels);
+      return oracle(exact(a.at(x, y)), exact(b.at(x, y)), exact(before.at(x, y)), x);
     });
     d = before;
   }
 
-  Plane<A> a{96, 3}, b{96, 3};
-  Plane<D> d{96, 3}, before{96, 3};
+  Plane<A> a, b;
+  Plane<D> d, before;
 };
+
+// A row of a table: the primitive's arguments and what each element becomes, from the
+// elements s and t of the sources and v of the destination of Operands o; i counts along the row.
+#define VX_EXPECT(expected, prim, ...)                                                    \
+  o.expect(call(prim, __VA_ARGS__),                                                       \
+           [=]([[maybe_unused]] auto s, [[maybe_unused]] auto t, [[maybe_unused]] auto v, \
+               [[maybe_unused]] int i) { return expected; })
