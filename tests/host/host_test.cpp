@@ -43,13 +43,6 @@ const auto* const kVipsSetUp = ::testing::AddGlobalTestEnvironment(new VipsSetUp
 
 }  // namespace
 
-std::vector<std::string> Outcome::complaints() const {
-  std::vector<std::string> lines;
-  std::istringstream text(err);
-  for (std::string line; std::getline(text, line);) lines.push_back(line);
-  return lines;
-}
-
 void HostTest::SetUp() {
   std::string name = (fs::temp_directory_path() / "vxhost.XXXXXX").string();
   ASSERT_NE(mkdtemp(name.data()), nullptr);
@@ -95,6 +88,20 @@ void HostTest::runWell(const std::vector<std::string>& arguments) const {
   const Outcome outcome = run(arguments);
   EXPECT_EQ(outcome.code, 0) << outcome.err;
   EXPECT_EQ(outcome.err, "");
+}
+
+void HostTest::runBadly(int code, const std::string& reason,
+                        const std::vector<std::string>& arguments,
+                        const Environment& environment) const {
+  SCOPED_TRACE(::testing::PrintToString(arguments));
+  const Outcome outcome = run(arguments, environment);
+  EXPECT_EQ(outcome.code, code);
+  EXPECT_EQ(outcome.complaints(), 1) << outcome.err;
+  EXPECT_NE(outcome.err.find(reason), std::string::npos) << outcome.err;
+}
+
+void HostTest::write(const std::string& name, const std::string& text) const {
+  std::ofstream(path(name), std::ios::binary) << text;
 }
 
 std::vector<std::string> HostTest::files(const std::string& subfolder) const {

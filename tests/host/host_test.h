@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <exiv2/exiv2.hpp>
 #include <filesystem>
@@ -21,8 +22,8 @@ struct Outcome {
   int code;  // exit code, or 1000 + signal
   std::string out, err;
 
-  /// The lines on stderr, without the empty last one.
-  std::vector<std::string> complaints() const;
+  /// The number of lines on stderr.
+  std::ptrdiff_t complaints() const { return std::count(err.begin(), err.end(), '\n'); }
 };
 
 struct Environment {
@@ -40,6 +41,10 @@ class HostTest : public ::testing::Test {
   Outcome run(const std::vector<std::string>& arguments, const Environment& environment = {}) const;
   /// The same, expecting success and silence on stderr.
   void runWell(const std::vector<std::string>& arguments) const;
+  /// The same, expecting the exit code and one line on stderr, in which `reason` occurs.
+  void runBadly(int code, const std::string& reason, const std::vector<std::string>& arguments,
+                const Environment& environment = {}) const;
+  void write(const std::string& name, const std::string& text) const;
   /// Names in the folder, sorted: shows what was left behind.
   std::vector<std::string> files(const std::string& subfolder = "") const;
 

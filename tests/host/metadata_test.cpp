@@ -55,17 +55,17 @@ TEST_F(Metadata, IsKeptFromJpegInEveryFormat) {
 
 TEST_F(Metadata, IsKeptFromTiffAndWebpAndOwnPng) {
   makeSource("in.tif");
-  runWell({"adjust", "in.tif", "-o", "a.tif"});
-  runWell({"adjust", "in.tif", "-o", "a.jpg"});
-  runWell({"adjust", "in.tif", "-o", "a.png"});
-  runWell({"adjust", "a.png", "-o", "b.jpg"});
-  runWell({"adjust", "a.png", "-o", "b.png"});
-  for (const std::string name : {"a.tif", "a.jpg", "a.png", "b.jpg", "b.png"})
-    expectKept(name, true);
   makeSource("in.webp");
-  runWell({"adjust", "in.webp", "-o", "c.webp"});
-  runWell({"adjust", "in.webp", "-o", "c.jpg"});
-  for (const std::string name : {"c.webp", "c.jpg"}) expectKept(name, false);
+  const struct {
+    const char *in, *out;
+    bool iptc;
+  } cases[] = {{"in.tif", "a.tif", true},  {"in.tif", "a.jpg", true}, {"in.tif", "a.png", true},
+               {"a.png", "b.jpg", true},   {"a.png", "b.png", true},  {"in.webp", "c.webp", false},
+               {"in.webp", "c.jpg", false}};
+  for (const auto& c : cases) {
+    runWell({"adjust", c.in, "-o", c.out});
+    expectKept(c.out, c.iptc);
+  }
 }
 
 TEST_F(Metadata, SizesFollowThePreview) {

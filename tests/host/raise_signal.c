@@ -8,15 +8,14 @@
 
 #include "vxicore26.h"
 
+#pragma GCC diagnostic ignored "-Wunused-parameter"
+
 static int chosen(const char* place) {
   const char* wanted = getenv("VX_RAISE_AT");
   return wanted != NULL && strcmp(wanted, place) == 0;
 }
 
-static void raiseIt(void) {
-  const char* number = getenv("VX_RAISE");
-  raise(number != NULL ? atoi(number) : SIGINT);
-}
+static void raiseIt(void) { raise(atoi(getenv("VX_RAISE"))); }
 
 /* A library that keeps its promise: progress first, and 0 with the pixels untouched when told to
  * stop. */
@@ -28,13 +27,6 @@ __attribute__((visibility("default"))) int vxAdjustRgb(
     float lumaDetailGamma, float lumaDetailGain, float sharpenAmount, float satEqAmount,
     float satEqRadius, float satContrast, float satGamma, float hueShift, float denoiseStrength,
     const NoiseProfile* noiseProfile, float grainRestore, float unblockStrength, int denoiseMode) {
-  (void)pixels, (void)format, (void)rowStep, (void)width, (void)height, (void)previewScale,
-      (void)hostAlloc, (void)hostFree, (void)lumaEqAmount, (void)lumaEqRadius, (void)lumaEqPeakGain,
-      (void)lumaGamma, (void)lumaEqTopCut, (void)lumaEqFloor, (void)lumaDetailRange,
-      (void)lumaDetailRadius, (void)lumaDetailGamma, (void)lumaDetailGain, (void)sharpenAmount,
-      (void)satEqAmount, (void)satEqRadius, (void)satContrast, (void)satGamma, (void)hueShift,
-      (void)denoiseStrength, (void)noiseProfile, (void)grainRestore, (void)unblockStrength,
-      (void)denoiseMode;
   if (chosen("progress")) raiseIt();
   return progress == NULL || progress(1, 100, hostContext) != 0;
 }
