@@ -4,7 +4,8 @@
 
 #include <cmath>
 
-#include "tests/tone/planes.h"
+#include "prim/prims.h"
+#include "tests/support/images.h"
 #include "vxenhlib/vxrc.h"
 
 namespace {

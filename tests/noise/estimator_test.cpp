@@ -10,7 +10,9 @@
 #include "prim/prims.h"
 #include "tests/noise/reference_estimator.h"
 #include "tests/prim/plane.h"
+#include "tests/support/variants.h"
 #include "vxenhlib/noise_estimator.h"
+#include "vxicore26.h"
 
 namespace {
 
@@ -62,7 +64,7 @@ TEST(EstNoise, everyFormatAndTinySizeAgainstThePixelByPixelReference) {
       paint(p, test::deep(format) ? 900.0 : 12.0, 3);
       const auto before = p.bytes;
       const NoiseProfile wanted = reference(p, 0, 0, w & ~3, h & ~3);
-      onEveryVariant([&] { expectSame(wanted, estimate(p)); });
+      vx::test::onEveryVariant([&] { expectSame(wanted, estimate(p)); });
       EXPECT_TRUE(p.bytes == before);
 
       // The same picture stored from the bottom up.

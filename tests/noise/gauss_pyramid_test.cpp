@@ -4,7 +4,8 @@
 
 #include <algorithm>
 
-#include "tests/tone/planes.h"
+#include "prim/prims.h"
+#include "tests/support/images.h"
 
 namespace {
 

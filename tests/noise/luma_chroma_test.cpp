@@ -2,7 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/tone/planes.h"
+#include "prim/prims.h"
+#include "tests/support/images.h"
 
 namespace {
 

@@ -5,9 +5,13 @@
 #include <cmath>
 #include <limits>
 
-#include "tests/adjust/picture.h"
+#include "prim/prims.h"
+#include "tests/adjust/host.h"
 #include "tests/prim/plane.h"
-#include "tests/tone/planes.h"
+#include "tests/support/images.h"
+#include "tests/support/picture.h"
+#include "tests/support/variants.h"
+#include "vxicore26.h"
 
 namespace {
 

@@ -6,8 +6,10 @@
 
 #include "prim/alloc.h"
 #include "prim/float_mode.h"
+#include "prim/prims.h"
 #include "tests/noise/reference_non_local.h"
 #include "vxenhlib/noise_filter_record.h"
+#include "vxicore26.h"
 
 namespace {
 

@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "prim/float_mode.h"
+#include "prim/prims.h"
 #include "tests/noise/reference_non_local.h"
 #include "vxenhlib/nl_im_dn_cn.h"
 

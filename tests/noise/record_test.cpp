@@ -4,8 +4,10 @@
 #include <limits>
 
 #include "adjust/noise_stage.h"
+#include "prim/prims.h"
 #include "tests/tone/reference.h"
 #include "vxenhlib/noise_filter_record.h"
+#include "vxicore26.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 
 #include <vector>
 
-#include "tests/adjust/picture.h"
+#include "tests/support/picture.h"
 
 namespace vx::test {
 

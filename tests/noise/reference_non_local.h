@@ -5,7 +5,7 @@
 
 #include <vector>
 
-#include "tests/tone/planes.h"
+#include "tests/support/images.h"
 #include "vxenhlib/stack_filter.h"
 
 namespace vx::test {
