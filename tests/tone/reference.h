@@ -9,8 +9,6 @@
 
 namespace vx::test {
 
-inline float& at(Plane& p, int x, int y) { return p.row(y)[x]; }
-inline float at(const Plane& p, int x, int y) { return p.row(y)[x]; }
 
 struct Range {
   float low, high, step;
