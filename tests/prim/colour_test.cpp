@@ -49,20 +49,14 @@ Pixel rgbOf(const Pixel& hls) {
 
 // Ordinary colours, coarse ones that tie and wrap, and values far out of range.
 float sample(std::mt19937& rng) {
-  const auto r = static_cast<std::uint32_t>(rng());
-  switch (r % 16) {
+  static constexpr float kCoarse[] = {0.0f, -0.0f, 0.5f, 1.0f, 1.0f / 6, 1.0f / 3, 3e38f, -3e38f};
+  switch (rng() % 4) {
     case 0:
-      return static_cast<float>(r >> 30) / 2;
+      return kCoarse[rng() % 8];
     case 1:
-      return static_cast<float>((r >> 8) % 7) / 6;
-    case 2:
-      return std::ldexp(static_cast<float>(static_cast<int>(r)), static_cast<int>(r % 90) - 60);
-    case 3:
-      return (r & 256) != 0 ? -0.0f : 0.0f;
-    case 4:
-      return (r & 256) != 0 ? 3e38f : -3e38f;
+      return rng() % 8 == 0 ? drawValue<float>(rng) * 0x1p20f : 0.25f;
     default:
-      return static_cast<float>(r >> 8) / 16777216;
+      return static_cast<float>(rng() >> 8) * 0x1p-24f;
   }
 }
 

@@ -147,30 +147,21 @@ TEST(Filters, refuseShortStepsThenTheParameters) {
   U8 to8[16];
   float to32[16];
   const struct {
-    int srcStep, dstStep, width, status;
-  } kRows[] = {{6, 4, 4, 0}, {5, 4, 4, -14}, {6, 3, 4, -14}, {INT_MAX / 4, 4, INT_MAX, -14}};
+    int srcStep, dstStep, taps, divisor, status;
+  } kRows[] = {{6, 4, 3, 1, 0},   {5, 4, 3, 0, -14}, {6, 3, 3, 0, -14},
+               {6, 4, 3, 0, -51}, {0, 0, 0, 0, -6},  {0, 0, -1, 0, -6}};
   for (const auto& r : kRows) {
-    const int s = r.srcStep, d = r.dstStep, w = r.width;
-    EXPECT_EQ(primFilterRow_32f_C1R(floats + 1, 4 * s, to32, 4 * d, w, 1, taps, 3, 1), r.status);
-    EXPECT_EQ(primFilterRow_8u_C1R(bytes + 1, s, to8, d, w, 1, kernel, 3, 1, 1), r.status);
-    EXPECT_EQ(primFilter_8u_C1R(bytes + 1, s, to8, d, w, 1, kernel, 3, 1, 1, 0, 1), r.status);
+    const int s = r.srcStep, d = r.dstStep, n = r.taps, divisor = r.divisor;
+    EXPECT_EQ(primFilterRow_8u_C1R(bytes, s, to8, d, 4, 1, kernel, n, 2, divisor), r.status);
+    EXPECT_EQ(primFilterColumn_8u_C1R(bytes, s - 2, to8, d, 4, 1, kernel, n, 2, divisor), r.status);
+    EXPECT_EQ(primFilter_8u_C1R(bytes, s, to8, d, 4, 1, kernel, n, 1, 2, 0, divisor), r.status);
+    if (r.status == -51) continue;
+    EXPECT_EQ(primFilterRow_32f_C1R(floats, 4 * s, to32, 4 * d, 4, 1, taps, n, 2), r.status);
+    EXPECT_EQ(primFilterColumn_32f_C1R(floats, 4 * s - 8, to32, 4 * d, 4, 1, taps, n, 2), r.status);
   }
-  EXPECT_EQ(primFilterColumn_32f_C1R(floats, 15, to32, 16, 4, 1, taps, 3, 1), -14);
-  EXPECT_EQ(primFilterColumn_8u_C1R(bytes, 3, to8, 4, 4, 1, kernel, 3, 1, 1), -14);
-  EXPECT_EQ(primFilterRow_8u_C1R(bytes, 6, to8, 4, 4, 1, kernel, 3, 1, 0), -51);
-  EXPECT_EQ(primFilterColumn_8u_C1R(bytes, 16, to8, 4, 4, 1, kernel, 3, 1, 0), -51);
-  EXPECT_EQ(primFilter_8u_C1R(bytes, 6, to8, 4, 4, 1, kernel, 3, 1, 1, 0, 0), -51);
-  for (int length : {0, -1}) {
-    EXPECT_EQ(primFilterRow_32f_C1R(floats, 0, to32, 0, 1, 1, taps, length, 0), -6);
-    EXPECT_EQ(primFilterColumn_32f_C1R(floats, 0, to32, 0, 1, 1, taps, length, 0), -6);
-    EXPECT_EQ(primFilterRow_8u_C1R(bytes, 0, to8, 0, 1, 1, kernel, length, 0, 0), -6);
-    EXPECT_EQ(primFilterColumn_8u_C1R(bytes, 0, to8, 0, 1, 1, kernel, length, 0, 0), -6);
-    EXPECT_EQ(primFilter_8u_C1R(bytes, 0, to8, 0, 1, 1, kernel, 3, length, 1, 1, 0), -6);
-  }
-  EXPECT_EQ(primFilterGauss_32f_C1R(floats, 7, to32, 8, 2, 1, 0), -14);
-  EXPECT_EQ(primFilterGauss_32f_C1R(floats, 8, to32, 7, 2, 1, 0), -14);
-  for (int mask : {0, 13, 3, 35, 51})
-    EXPECT_EQ(primFilterGauss_32f_C1R(floats, 8, to32, 8, 2, 1, mask), -33);
+  for (const auto& [srcStep, dstStep, mask, status] :
+       {std::tuple{7, 8, 0, -14}, {8, 7, 0, -14}, {8, 8, 0, -33}, {8, 8, 13, -33}, {8, 8, 35, -33}})
+    EXPECT_EQ(primFilterGauss_32f_C1R(floats, srcStep, to32, dstStep, 2, 1, mask), status);
 }
 
 }  // namespace

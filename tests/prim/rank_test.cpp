@@ -1,6 +1,7 @@
 #include "prim/rank.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "tests/prim/plane.h"
 
@@ -8,21 +9,11 @@ namespace {
 
 using namespace vx::prim;
 
+// The median of the pixels around (x, y) whose distance to the right and below is listed.
 template <class T>
-T middleOfBox(const Plane<T>& src, int left, int top, int columns, int rows) {
+T middleOf(const Plane<T>& src, int x, int y, const std::vector<std::pair<int, int>>& places) {
   std::vector<T> values;
-  for (int j = 0; j < rows; ++j)
-    for (int i = 0; i < columns; ++i) values.push_back(src.at(left + i, top + j));
-  std::sort(values.begin(), values.end());
-  return values[values.size() / 2];
-}
-
-template <class T>
-T middleOfCross(const Plane<T>& src, int x, int y, int arm) {
-  std::vector<T> values{src.at(x, y)};
-  for (int d = 1; d <= arm; ++d)
-    values.insert(values.end(),
-                  {src.at(x - d, y), src.at(x + d, y), src.at(x, y - d), src.at(x, y + d)});
+  for (const auto& [right, below] : places) values.push_back(src.at(x + right, y + below));
   std::sort(values.begin(), values.end());
   return values[values.size() / 2];
 }
@@ -54,9 +45,10 @@ TEST(Median, ofARectangleAtAnyAnchorAndOfLines) {
         SCOPED_TRACE(testing::Message() << m.width << "x" << m.height << " on " << width);
         Plane<std::uint8_t> src(width, 6, 8), dst(width, 6);
         src.randomise(rng, 0, high);
-        const auto middle = [&](int x, int y) {
-          return middleOfBox(src, x - m.anchorX, y - m.anchorY, m.width, m.height);
-        };
+        std::vector<std::pair<int, int>> places;
+        for (int i = 0; i < m.width * m.height; ++i)
+          places.emplace_back(i % m.width - m.anchorX, i / m.width - m.anchorY);
+        const auto middle = [&](int x, int y) { return middleOf(src, x, y, places); };
         ASSERT_EQ(call(primFilterMedian_8u_C1R, src, dst, dst.size(), Size{m.width, m.height},
                        m.anchorX, m.anchorY),
                   0);
@@ -77,11 +69,13 @@ template <class T>
 void expectCross(int (*filter)(const T*, int, T*, int, int, int, int), int low, int high) {
   std::mt19937 rng(9);
   for (int mask : {kMask33, kMask55}) {
+    std::vector<std::pair<int, int>> places = {{0, 0}};
+    for (int d = 1; d <= (mask == kMask33 ? 1 : 2); ++d)
+      places.insert(places.end(), {{d, 0}, {-d, 0}, {0, d}, {0, -d}});
     Plane<T> src(133, 9, 2), dst(133, 9);
     src.randomise(rng, low, high);
     ASSERT_EQ(call(filter, src, dst, dst.size(), mask), 0);
-    expectPlane(dst,
-                [&](int x, int y) { return middleOfCross(src, x, y, mask == kMask33 ? 1 : 2); });
+    expectPlane(dst, [&](int x, int y) { return middleOf(src, x, y, places); });
   }
 }
 

@@ -61,50 +61,40 @@ TEST(Words, meanIsExactAndMinimumTheSmallest) {
   }
 }
 
-struct Extremes {
-  float min, max;
-  int x, y;
-  bool operator==(const Extremes&) const = default;
-};
-
-Extremes extremesOf(Plane<float>& image) {
-  Extremes e = {-1, -1, -1, -1};
-  EXPECT_EQ(call(primMax_32f_C1R, image, image.size(), &e.max), 0);
-  EXPECT_EQ(call(primMinIndex_32f_C1R, image, image.size(), &e.min, &e.x, &e.y), 0);
-  return e;
-}
-
-// Every position, with equals behind it and a NaN before it. NaN never wins, infinities do.
+// Every position, with an equal and a NaN further on. NaN never wins, infinities do; of zeros the
+// first is the smallest, and a largest one is positive.
 TEST(Extremes, areTheFirstSmallestAndTheLargestAnywhere) {
   std::mt19937 rng(35);
-  Plane<float> image(19, 3), nothing(19, 3);
-  nothing.draw([] { return kNan; });
-  EXPECT_EQ(extremesOf(nothing), (Extremes{0, 0, 0, 0}));
-  for (int at = 0; at < 19 * 3; ++at) {
-    const int x = at % 19, y = at / 19;
-    image.draw([&] { return drawValue<float>(rng); });
-    image.at(0, 0) = kNan;
-    image.at(18, 2) = -1e9f;
-    image.at(18 - x, 2 - y) = 1e9f;
-    image.at(x, y) = -1e9f;
-    const bool covered = 2 * at == 56;  // the largest lay there
-    EXPECT_EQ(extremesOf(image).max == 1e9f, !covered);
-    image.at(18 - x, 2 - y) = covered ? -1e9f : 1e9f;
-    const Extremes e = extremesOf(image);
-    EXPECT_TRUE(e.min == -1e9f && e.x == x && e.y == y) << x << ", " << y;
-    Plane<float> alone = nothing;
-    for (float infinity : {-kInf, kInf}) {
-      alone.at(x, y) = infinity;
-      EXPECT_EQ(extremesOf(alone), (Extremes{infinity, infinity, x, y}));
+  Plane<float> image(19, 3);
+  const auto expectExtremes = [&](float wantMin, float wantMax, int wantX, int wantY) {
+    float min = 5, max = 5;
+    int x = -1, y = -1;
+    EXPECT_EQ(call(primMax_32f_C1R, image, image.size(), &max), 0);
+    EXPECT_EQ(call(primMinIndex_32f_C1R, image, image.size(), &min, &x, &y), 0);
+    EXPECT_TRUE(min == wantMin && std::signbit(min) == std::signbit(wantMin)) << min;
+    EXPECT_TRUE(max == wantMax && std::signbit(max) == std::signbit(wantMax)) << max;
+    EXPECT_TRUE(x == wantX && y == wantY) << x << ", " << y;
+  };
+  image.draw([] { return kNan; });
+  expectExtremes(0, 0, 0, 0);
+  for (int at = 0; at < 18 * 3; ++at) {
+    const int x = at % 18, y = at / 18;
+    for (float infinity : {kInf, -kInf}) {
+      image.draw([] { return kNan; }).at(x, y) = infinity;
+      expectExtremes(infinity, infinity, x, y);
     }
+    image.draw([&] { return drawValue<float>(rng); });
+    image.at(18, 2) = image.at(x, y) = -1e9f;
+    image.at(18, 1) = kNan;
+    image.at(18, 0) = 1e9f;
+    expectExtremes(-1e9f, 1e9f, x, y);
+    image.at(18, 2) = image.at(x, y) = 2e9f;
+    image.at(18, 0) = -2e9f;
+    expectExtremes(-2e9f, 2e9f, 18, 0);
   }
-  // Of zeros the first is the smallest, and a largest one is positive.
   for (float first : {-0.0f, 0.0f}) {
     image.set([&](int x, int) { return x % 2 == 0 ? first : -first; });
-    const Extremes e = extremesOf(image);
-    EXPECT_TRUE(e.x == 0 && e.y == 0);
-    EXPECT_EQ(std::signbit(e.min), std::signbit(first));
-    EXPECT_FALSE(std::signbit(e.max));
+    expectExtremes(first, 0.0f, 0, 0);
   }
 }
 

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <iomanip>
 #include <new>
 #include <sstream>
 
@@ -40,22 +39,12 @@ GuardedImage::GuardedImage(Role role, const Layout& layout, std::mt19937& rng)
           std::ptrdiff_t{stride_} * (layout.frame.top + layout.height + layout.frame.bottom - 1) +
           rowBytes_)),
       pages_(regionBytes_ + 4 * kWatched) {
-  switch (layout.placement) {
-    case Placement::aligned:
-      region_ = pages_.begin() + kWatched;
-      break;
-    case Placement::shifted:
-      region_ =
-          pages_.begin() + kWatched +
-          (1 + rng() % (64 / unsigned(layout.addressBytes) - 1)) * unsigned(layout.addressBytes);
-      break;
-    case Placement::atStart:
-      region_ = pages_.begin();
-      break;
-    case Placement::atEnd:
-      region_ = pages_.end() - regionBytes_;
-      break;
-  }
+  const unsigned granules = 64 / unsigned(layout.addressBytes);
+  const unsigned shift = (1 + unsigned(rng()) % (granules - 1)) * unsigned(layout.addressBytes);
+  region_ = layout.placement == Placement::atStart   ? pages_.begin()
+            : layout.placement == Placement::atEnd   ? pages_.end() - regionBytes_
+            : layout.placement == Placement::shifted ? pages_.begin() + kWatched + shift
+                                                     : pages_.begin() + kWatched;
   window_ = std::max(pages_.begin(), region_ - std::min(kWatched, region_ - pages_.begin()));
   windowBytes_ = static_cast<std::size_t>(
       region_ - window_ + std::ptrdiff_t(regionBytes_) +
@@ -112,18 +101,11 @@ std::string GuardedImage::describe(std::size_t byte,
   const std::ptrdiff_t offset = window_ + byte - region_;
   if (offset < 0 || offset >= std::ptrdiff_t(regionBytes_))
     return "byte " + std::to_string(offset) + " of " + std::to_string(regionBytes_);
-  // The bytes of the element as they stand in memory; between elements the nearest one before.
-  const std::ptrdiff_t inRow = offset % stride_, element = inRow / layout_.elementBytes;
+  const std::ptrdiff_t inRow = offset % stride_;
   std::ostringstream text;
-  text << "row " << offset / stride_ << ", element " << element
-       << (inRow >= rowBytes_ ? " (padding)" : "") << ", wanted and found:";
-  const std::size_t start = byte - std::size_t(inRow % layout_.elementBytes);
-  const std::size_t end = std::min(windowBytes_, start + std::size_t(layout_.elementBytes));
-  for (const unsigned char* bytes : {wanted.data(), static_cast<const unsigned char*>(window_)}) {
-    text << (bytes == window_ ? " / " : " ") << std::hex;
-    for (std::size_t i = end; i > start; --i)
-      text << std::setw(2) << std::setfill('0') << +bytes[i - 1];
-  }
+  text << "row " << offset / stride_ << ", element " << inRow / layout_.elementBytes
+       << (inRow >= rowBytes_ ? " (padding)" : "") << ", byte " << inRow % layout_.elementBytes
+       << ", wanted and found: " << std::hex << +wanted[byte] << " " << +window_[byte];
   return text.str();
 }
 

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <algorithm>
-#include <array>
 #include <string_view>
 
 #include "tests/prim/variants/guarded_image.h"
@@ -38,28 +37,15 @@ struct LayoutCode {
   Pixels source, destination;
 };
 
-inline constexpr auto kLayoutCodes = std::to_array<LayoutCode>({
-    {"C1R", {1, 1}, {1, 1}},
-    {"C1IR", {1, 1}, {1, 1}},
-    {"C1MR", {1, 1}, {1, 1}},
-    {"C1RSfs", {1, 1}, {1, 1}},
-    {"C1IRSfs", {1, 1}, {1, 1}},
-    {"P3IR", {1, 1}, {1, 1}},
-    {"C3R", {3, 3}, {3, 3}},
-    {"C3IR", {3, 3}, {3, 3}},
-    {"AC4IR", {4, 3}, {4, 3}},
-    {"C3C1R", {3, 1}, {1, 1}},
-    {"C4C1R", {4, 1}, {1, 1}},
-    {"C1C3R", {1, 1}, {3, 1}},
-    {"C1C4R", {1, 1}, {4, 1}},
-    {"C3P3R", {3, 3}, {1, 1}},
-    {"P3C3R", {1, 1}, {3, 3}},
-    // the one-dimensional forms
-    {"32f", {1, 1}, {1, 1}},
-    {"32f8u", {1, 1}, {1, 1}},
-    {"32fc", {1, 1}, {1, 1}},
-    {"I", {1, 1}, {1, 1}},
-});
+// The last four are the one-dimensional forms.
+inline constexpr LayoutCode kLayoutCodes[] = {
+    {"C1R", {1, 1}, {1, 1}},    {"C1IR", {1, 1}, {1, 1}},    {"C1MR", {1, 1}, {1, 1}},
+    {"C1RSfs", {1, 1}, {1, 1}}, {"C1IRSfs", {1, 1}, {1, 1}}, {"P3IR", {1, 1}, {1, 1}},
+    {"C3R", {3, 3}, {3, 3}},    {"C3IR", {3, 3}, {3, 3}},    {"AC4IR", {4, 3}, {4, 3}},
+    {"C3C1R", {3, 1}, {1, 1}},  {"C4C1R", {4, 1}, {1, 1}},   {"C1C3R", {1, 1}, {3, 1}},
+    {"C1C4R", {1, 1}, {4, 1}},  {"C3P3R", {3, 3}, {1, 1}},   {"P3C3R", {1, 1}, {3, 3}},
+    {"32f", {1, 1}, {1, 1}},    {"32f8u", {1, 1}, {1, 1}},   {"32fc", {1, 1}, {1, 1}},
+    {"I", {1, 1}, {1, 1}}};
 
 }  // namespace detail
 
