@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <numeric>
 #include <vector>
 
 #include "edge/gauss_kernel7.h"
@@ -97,16 +98,15 @@ TEST(EnhanceLuma, resamplesTheWorkingImageWhenAskedTo) {
   EnhEdge edge = {0.3f, 0.3f, 0.01f, 2.0, 1.5};
   edge.baseGain = 2.0f;  // without a blur there is no detail
   edge.enhanceLuma(input, output);
-  EXPECT_EQ(edge.scaledWidth, 66);
-  EXPECT_EQ(edge.scaledHeight, 31);
   EXPECT_EQ(output.width, 66);
   EXPECT_EQ(output.height, 31);
-  double mean[2] = {};
-  for (int y = 0; y < 21; ++y)
-    for (int x = 0; x < 33; ++x) mean[0] += input.row(y)[x] / (33.0 * 21);
-  for (int y = 0; y < 31; ++y)
-    for (int x = 0; x < 66; ++x) mean[1] += output.row(y)[x] / (66.0 * 31);
-  EXPECT_NEAR(mean[0], mean[1], 0.02);
+  const auto mean = [](const EdgePlane& plane) {
+    double sum = 0;
+    for (int y = 0; y < plane.height; ++y)
+      sum = std::accumulate(plane.row(y), plane.row(y) + plane.width, sum);
+    return sum / plane.width / plane.height;
+  };
+  EXPECT_NEAR(mean(input), mean(output), 0.02);
 }
 
 TEST(EnhEdge, resultsDoNotDependOnTheTiles) {
