@@ -13,34 +13,25 @@ using vx::AdjustToneStage;
 
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 
-float sigma(float amount, int previewScale) {
+AdjustToneStage derive(const AdjustSettings& settings) {
   AdjustToneStage tone;
-  vx::deriveToneSettings({.previewScale = previewScale, .sharpenAmount = amount}, tone);
-  EXPECT_EQ(tone.sharpenAmount, amount);
-  return tone.sharpenSigma;
-}
-
-int radius(float pixels, int previewScale) {
-  AdjustToneStage tone;
-  vx::deriveToneSettings({.previewScale = previewScale, .lumaEqRadius = pixels}, tone);
-  return tone.lightness.eqSample;
+  vx::deriveToneSettings(settings, tone);
+  return tone;
 }
 
 TEST(ToneSettings, sharpeningBlurFollowsAmountAndPreview) {
+  const float above = std::nextafter(1.0f, 2.0f);  // there the square is gone
   const struct {
     float amount;
     int previewScale;
     float sigma;
-  } cases[] = {{1.0f, 1, 0.7f},
-               {2.0f, 1, 1.2f},
-               {0.0f, 1, 2.2f},
-               {0.5f, 1, 1.325f},
-               {0.0f, 4, 0.7f},
-               {2.0f, 4, 0.45f},
-               // Above 1 the square is gone.
-               {std::nextafter(1.0f, 2.0f), 2, 0.45f}};
-  for (const auto& c : cases)
-    EXPECT_FLOAT_EQ(sigma(c.amount, c.previewScale), c.sigma) << c.amount << " " << c.previewScale;
+  } cases[] = {{1.0f, 1, 0.7f}, {2.0f, 1, 1.2f},  {0.0f, 1, 2.2f},  {0.5f, 1, 1.325f},
+               {0.0f, 4, 0.7f}, {2.0f, 4, 0.45f}, {above, 2, 0.45f}};
+  for (const auto& c : cases) {
+    const auto tone = derive({.previewScale = c.previewScale, .sharpenAmount = c.amount});
+    EXPECT_EQ(tone.sharpenAmount, c.amount);
+    EXPECT_FLOAT_EQ(tone.sharpenSigma, c.sigma) << c.amount << " " << c.previewScale;
+  }
 }
 
 TEST(ToneSettings, radiiTruncateTwiceAndKeepSixPixels) {
@@ -49,8 +40,10 @@ TEST(ToneSettings, radiiTruncateTwiceAndKeepSixPixels) {
     int previewScale, radius;
   } cases[] = {{3.9f, 1, 6},     {100.0f, 4, 25}, {7.5f, 1, 7}, {15.9f, 2, 7}, {-50.0f, 1, 6},
                {-50.0f, -1, 50}, {100.0f, 0, 6},  {0.0f, 0, 6}, {kNaN, 1, 6},  {1e30f, 1, INT_MAX}};
-  for (const auto& c : cases)
-    EXPECT_EQ(radius(c.pixels, c.previewScale), c.radius) << c.pixels << " " << c.previewScale;
+  for (const auto& c : cases) {
+    const auto tone = derive({.previewScale = c.previewScale, .lumaEqRadius = c.pixels});
+    EXPECT_EQ(tone.lightness.eqSample, c.radius) << c.pixels << " " << c.previewScale;
+  }
 }
 
 TEST(ToneSettings, equalisationAmountSetsStrengthAndClip) {
@@ -61,8 +54,7 @@ TEST(ToneSettings, equalisationAmountSetsStrengthAndClip) {
                {2.0f, 1.0f, 1.0f},         {-0.5f, 0.99326205f, 0.0f},  // the clip is limited at 0
                {kNaN, 0.0f, 0.0f}};
   for (const auto& c : cases) {
-    AdjustToneStage tone;
-    vx::deriveToneSettings({.lumaEqAmount = c.amount}, tone);
+    const auto tone = derive({.lumaEqAmount = c.amount});
     EXPECT_NEAR(tone.lightness.eqStrength, c.strength, 2e-7f) << c.amount;
     EXPECT_NEAR(tone.lightness.eqClip, c.clip, 1e-7f) << c.amount;
   }

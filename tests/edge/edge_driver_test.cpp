@@ -118,10 +118,12 @@ TEST(EnhanceEdges, oddArgumentsGetADefinedAnswer) {
   EXPECT_EQ(call(pixel, 3, 0, 5, 0), 1);
   EXPECT_EQ(call(pixel, 3, 65536, -65536, 0), 1);
   EXPECT_EQ(pixel[0], 1);
-  for (int size = 0; size < 64; ++size) {
-    Picture p(1, 1 + size % 8, 1 + size / 8);
-    EXPECT_EQ(call(p.bytes.data(), p.step, p.width, p.height, std::nan("")), 1);
-  }
+  for (const double odd : {double{NAN}, HUGE_VAL, -HUGE_VAL, -1.0, 1e30, 1.5})
+    for (int size = 0; size < 64; ++size) {
+      Picture p(1, 1 + size % 8, 1 + size / 8);
+      p.randomise(31, 255);
+      EXPECT_EQ(call(p.bytes.data(), p.step, p.width, p.height, odd), 1);
+    }
 }
 
 // A NaN in the planes (a range of 0 over a floor of 0) leaves as the top of the range.

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
+#include <numeric>
 #include <vector>
 
 #include "edge/gauss_kernel7.h"
@@ -97,16 +97,15 @@ TEST(EnhanceLuma, resamplesTheWorkingImageWhenAskedTo) {
   EnhEdge edge = {0.3f, 0.3f, 0.01f, 2.0, 1.5};
   edge.baseGain = 2.0f;  // without a blur there is no detail
   edge.enhanceLuma(input, output);
-  EXPECT_EQ(edge.scaledWidth, 66);
-  EXPECT_EQ(edge.scaledHeight, 31);
   EXPECT_EQ(output.width, 66);
   EXPECT_EQ(output.height, 31);
-  double mean[2] = {};
-  for (int y = 0; y < 21; ++y)
-    for (int x = 0; x < 33; ++x) mean[0] += input.row(y)[x] / (33.0 * 21);
-  for (int y = 0; y < 31; ++y)
-    for (int x = 0; x < 66; ++x) mean[1] += output.row(y)[x] / (66.0 * 31);
-  EXPECT_NEAR(mean[0], mean[1], 0.02);
+  const auto mean = [](const EdgePlane& plane) {
+    double sum = 0;
+    for (int y = 0; y < plane.height; ++y)
+      sum = std::accumulate(plane.row(y), plane.row(y) + plane.width, sum);
+    return sum / plane.width / plane.height;
+  };
+  EXPECT_NEAR(mean(input), mean(output), 0.02);
 }
 
 TEST(EnhEdge, resultsDoNotDependOnTheTiles) {
@@ -185,8 +184,8 @@ TEST(ShiftChroma, movesAndRepeatsEdgesWithinSevenPixels) {
     EdgePlane U(11, 9), V(11, 9), startU(11, 9), startV(11, 9);
     fill(U, 11);
     fill(V, 12);
-    copyImage(U, startU);
-    copyImage(V, startV);
+    fill(startU, 11);
+    fill(startV, 12);
     EnhEdge edge = neutral();
     edge.chromaShiftX = dx;
     edge.chromaShiftY = dy;
@@ -236,31 +235,6 @@ TEST(AlignChroma, takesWhatASlowSearchFinds) {
         ASSERT_EQ(outU.row(y)[x], U.row(bestY)[bestX]) << x << "," << y << " sigma " << sx;
         ASSERT_EQ(outV.row(y)[x], V.row(bestY)[bestX]) << x << "," << y << " sigma " << sx;
       }
-    }
-  }
-}
-
-TEST(EnhEdge, anySettingAndAnySizeIsSafe) {
-  const float nan = std::numeric_limits<float>::quiet_NaN();
-  const float inf = std::numeric_limits<float>::infinity();
-  for (const float odd : {nan, inf, -inf, -1.0f, 1e30f}) {
-    for (const int size : {1, 2, 6, 7, 8, 13}) {
-      EdgePlane Y(size, 14 - size), U(size, 14 - size), V(size, 14 - size);
-      fill(Y, 31);
-      Y.row(0)[0] = odd;
-      fill(U, 32);
-      fill(V, 33);
-      EnhEdge edge = {odd, odd, odd, 1.0, 1.0};
-      edge.baseGain = edge.adaptiveGain = edge.gainLimit = odd;
-      edge.chromaBlurX = edge.chromaBlurY = odd;
-      edge.chromaShiftX = std::numeric_limits<int>::min();
-      edge.chromaShiftY = std::numeric_limits<int>::max();
-      edge.alignSigmaX = edge.alignSigmaY = edge.alignThreshold = odd;
-      EXPECT_EQ(edge.enhanceAll(Y, U, V), 1);
-      EnhEdge forced = {1.5f, 1.5f, odd, 1.0, 1.0};
-      forced.alignSigmaX = 6.0f;
-      forced.alignSigmaY = odd;
-      EXPECT_EQ(forced.enhanceAll(Y, U, V), 1);
     }
   }
 }

@@ -68,11 +68,13 @@ TEST(Img, withoutMemoryDataIsNullAndNothingThrows) {
 }
 
 TEST(ImageBuffer, resizeReplacesAndAFailedOneLeavesNothing) {
-  ImageBuffer<unsigned char, 3> buffer(11, 2);
-  buffer.resize(30, 4);
-  EXPECT_EQ(buffer.step, 96);
+  ImageBuffer<unsigned char, 3> buffer;
   {
-    const vx::test::Heap heap(0, true);
+    const vx::test::Heap heap(2, true);
+    buffer.resize(11, 2);
+    buffer.resize(30, 4);
+    EXPECT_EQ(buffer.step, 96);
+    EXPECT_EQ(vx::test::Heap::live(), 1);
     EXPECT_THROW(buffer.resize(5, 5), vx::MemoryException);
   }
   EXPECT_EQ(buffer.data, nullptr);

@@ -119,7 +119,7 @@ TEST_P(NoiseModes, theSameBytesForAnyThreadsAndProcessor) {
     ASSERT_EQ(adjust(p, s), 1);
     EXPECT_TRUE(p.bytes == wanted.bytes) << threads;
   }
-  onEveryVariant([&] {
+  test::onEveryVariant([&] {
     if (prim::primCpuColumn == 0) return;  // its float sums run in another order
     Picture p = before;
     ASSERT_EQ(adjust(p, s), 1);

@@ -9,7 +9,6 @@
 
 namespace vx::test {
 
-
 struct Range {
   float low, high, step;
 };

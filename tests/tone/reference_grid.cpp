@@ -10,20 +10,14 @@ struct Grid {
   int w, h, d;
   std::vector<float> cells;
 
+  // Indices may run on into the next column, as bins do.
   Grid(int width, int height, int depth, float value)
       : w(width),
         h(height),
         d(depth),
-        cells(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) *
-                      static_cast<std::size_t>(depth) +
-                  257,
-              value) {}
-  // Indices may run on into the next column, as bins do.
+        cells(static_cast<std::size_t>(std::ptrdiff_t{width} * height * depth + 257), value) {}
   float& operator()(int y, int x, int z) {
-    return cells[(static_cast<std::size_t>(y) * static_cast<std::size_t>(w) +
-                  static_cast<std::size_t>(x)) *
-                     static_cast<std::size_t>(d) +
-                 static_cast<std::size_t>(z)];
+    return cells[static_cast<std::size_t>((std::ptrdiff_t{y} * w + x) * d + z)];
   }
 };
 
@@ -163,24 +157,20 @@ void referenceFilter(Plane& data, const Plane& guide, const Range& range, int sa
   const int gridWidth = cellsAlong(w, sample), gridHeight = cellsAlong(h, sample);
   Grid value(gridWidth, gridHeight, depthOf(range), 0.0f);
   Grid weight(gridWidth, gridHeight, depthOf(range), 1e-11f);
-  std::vector<float> keys;
-  for (int y = 0; y < h; ++y)
-    for (int x = 0; x < w; ++x) keys.push_back(clipTo(at(guide, x, y), range));
-  for (int y = 0, i = 0; y < h; ++y) {
-    for (int x = 0; x < w; ++x, ++i) {
-      const int z = toCell(coordinate(keys[static_cast<std::size_t>(i)], range, 2.0f));
+  const auto key = [&](int x, int y) { return clipTo(at(guide, x, y), range); };
+  for (int y = 0; y < h; ++y) {
+    for (int x = 0; x < w; ++x) {
+      const int z = toCell(coordinate(key(x, y), range, 2.0f));
       value(2 + y / sample, 2 + x / sample, z) += at(data, x, y);
       weight(2 + y / sample, 2 + x / sample, z) += 1.0f;
     }
   }
   blur(weight);
   blur(value);
-  const std::size_t cells = value.cells.size() - 257;
-  for (std::size_t i = 0; i < cells; ++i) value.cells[i] /= weight.cells[i];
-  for (int y = 0, i = 0; y < h; ++y)
-    for (int x = 0; x < w; ++x, ++i)
-      at(data, x, y) =
-          read(value, x, y, sample, coordinate(keys[static_cast<std::size_t>(i)], range, 1.5f));
+  for (std::size_t i = 0; i < value.cells.size() - 257; ++i) value.cells[i] /= weight.cells[i];
+  for (int y = 0; y < h; ++y)
+    for (int x = 0; x < w; ++x)
+      at(data, x, y) = read(value, x, y, sample, coordinate(key(x, y), range, 1.5f));
 }
 
 void referenceEqualize(Plane& image, int sample, const EqSettings& settings) {
