@@ -119,7 +119,7 @@ TEST_F(Edge, PresetsBelongToTheirCommand) {
                                         {"edge", "vivid"}}) {
     const Outcome outcome = run({command, "in.png", "-o", "wrong.png", "--preset", preset});
     EXPECT_EQ(outcome.code, 2);
-    ASSERT_EQ(outcome.complaints().size(), 1U);
+    ASSERT_EQ(outcome.complaints(), 1);
     EXPECT_NE(
         outcome.err.find("made for vxicore " + std::string(command == "edge" ? "adjust" : "edge")),
         std::string::npos)
@@ -140,7 +140,7 @@ TEST_F(Edge, MistakesAreUsageErrors) {
         {"--preview-scale", "2"}}) {
     const Outcome outcome = run({"edge", "in.png", "-o", "out.png", option, value});
     EXPECT_EQ(outcome.code, 2) << option;
-    EXPECT_EQ(outcome.complaints().size(), 1U) << outcome.err;
+    EXPECT_EQ(outcome.complaints(), 1) << outcome.err;
   }
   EXPECT_EQ(files(), (std::vector<std::string>{"half.toml", "in.png"}));
 }
