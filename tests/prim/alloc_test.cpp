@@ -11,27 +11,19 @@ namespace {
 
 using namespace vx::prim;
 
-TEST(Alloc, stepsArePaddedTo32Bytes) {
-  int step = -1;
-  void* a = primMalloc_8u_C1(1, 1, &step);
-  EXPECT_EQ(step, 32);
-  void* b = primMalloc_32f_C1(9, 1, &step);
-  EXPECT_EQ(step, 64);
+TEST(Alloc, stepsArePaddedTo32BytesAndRefusalsStore0) {
+  int small = -1, large = -1, empty = -1, beyondInt = -1;
+  void* a = primMalloc_8u_C1(1, 1, &small);
+  void* b = primMalloc_32f_C1(9, 1, &large);
+  EXPECT_EQ(primMalloc_8u_C1(0, 5, &empty), nullptr);
+  EXPECT_EQ(primMalloc_32f_C1(INT_MAX / 4 + 1, 1, &beyondInt), nullptr);
+  EXPECT_TRUE(small == 32 && large == 64 && empty == 0 && beyondInt == 0);
   EXPECT_EQ(reinterpret_cast<std::uintptr_t>(b) % 32, 0u);
-  primFree(a);
-  primvFree(b);  // either release takes either block
-}
-
-TEST(Alloc, refusalsStoreAStepOfZero) {
-  int step = -1;
-  EXPECT_EQ(primMalloc_8u_C1(0, 5, &step), nullptr);
-  EXPECT_EQ(step, 0);
-  step = -1;
-  EXPECT_EQ(primMalloc_32f_C1(INT_MAX / 4 + 1, 1, &step), nullptr) << "step above INT_MAX";
-  EXPECT_EQ(step, 0);
   EXPECT_EQ(primMalloc_8u_C1(4, 4, nullptr), nullptr);
   EXPECT_EQ(primvMalloc_8u(0), nullptr);
   EXPECT_EQ(primvMalloc_32f(-1), nullptr);
+  primFree(a);
+  primvFree(b);  // either release takes either block
   primFree(nullptr);
   primvFree(nullptr);
 }

@@ -105,25 +105,25 @@ TEST(Colour, followsTheFormulasToTheLastBit) {
 }
 
 TEST(Colour, knownColours) {
-  const struct {
-    float rgb[3], hls[3];
-  } kKnown[] = {{{1, 0, 0}, {0, 0.5f, 1}},
-                {{1, 1, 0}, {60 / 360.0f, 0.5f, 1}},
-                {{0, 1, 0}, {120 / 360.0f, 0.5f, 1}},
-                {{0, 1, 1}, {0.5f, 0.5f, 1}},
-                {{0, 0, 1}, {240 / 360.0f, 0.5f, 1}},
-                {{1, 0, 1}, {300 / 360.0f, 0.5f, 1}},
-                {{1, 1, 1}, {0, 1, 0}},
-                {{0.3f, 0.3f, 0.3f}, {0, 0.3f, 0}},
-                {{0.75f, 0.25f, 0.25f}, {0, 0.5f, 0.5f}},
-                {{0.25f, 0.25f, 0.125f}, {60 / 360.0f, 0.1875f, 1 / 3.0f}}};
+  // red, green, blue; hue in degrees, lightness, saturation
+  static constexpr float kKnown[][6] = {{1, 0, 0, 0, 0.5f, 1},
+                                        {1, 1, 0, 60, 0.5f, 1},
+                                        {0, 1, 0, 120, 0.5f, 1},
+                                        {0, 1, 1, 180, 0.5f, 1},
+                                        {0, 0, 1, 240, 0.5f, 1},
+                                        {1, 0, 1, 300, 0.5f, 1},
+                                        {1, 1, 1, 0, 1, 0},
+                                        {0.3f, 0.3f, 0.3f, 0, 0.3f, 0},
+                                        {0.75f, 0.25f, 0.25f, 0, 0.5f, 0.5f},
+                                        {0.25f, 0.25f, 0.125f, 60, 0.1875f, 1 / 3.0f}};
   for (const auto& k : kKnown) {
-    float hls[3], rgb[3];
-    ASSERT_EQ(primRGBToHLS_32f_C3R(k.rgb, 12, hls, 12, 1, 1), 0);
-    ASSERT_EQ(primHLSToRGB_32f_C3R(k.hls, 12, rgb, 12, 1, 1), 0);
+    const float hls[3] = {k[3] / 360, k[4], k[5]};
+    float toHls[3], toRgb[3];
+    ASSERT_EQ(primRGBToHLS_32f_C3R(k, 12, toHls, 12, 1, 1), 0);
+    ASSERT_EQ(primHLSToRGB_32f_C3R(hls, 12, toRgb, 12, 1, 1), 0);
     for (int i = 0; i < 3; ++i) {
-      EXPECT_EQ(hls[i], k.hls[i]);
-      EXPECT_NEAR(rgb[i], k.rgb[i], 2e-7);
+      EXPECT_EQ(toHls[i], hls[i]);
+      EXPECT_NEAR(toRgb[i], k[i], 2e-7);
     }
   }
 }

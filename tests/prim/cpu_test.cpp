@@ -36,47 +36,31 @@ CpuRecord processor(std::uint32_t family, std::uint32_t model, Features features
 
 // The last rows: a masked feature or an unknown model; the extended model and family count.
 TEST(CpuModel, knowsTheModelTableAndFallsBackToTheFeatures) {
+  constexpr Features kTwo = kSse2 | kThreads, kThree = kSse3 | kThreads, kWide = kSse3 | kLong;
   const struct {
-    std::uint32_t family;
-    std::vector<std::uint32_t> models;
+    std::uint32_t family, model;
+    int code;
     Features features;
     std::uint32_t cores;
-    int code;
-  } kRows[] = {{5, {1, 2}, 0, 1, 1},
-               {5, {4}, 0, 1, 2},
-               {6, {1}, 0, 1, 3},
-               {6, {3, 5, 6}, 0, 1, 4},
-               {6, {7, 8, 10, 11}, kSse, 1, 5},
-               {6, {9, 13}, kSse2, 1, 9},
-               {6, {14}, kSse3, 1, 10},
-               {6, {14}, kSse3, 2, 11},
-               {6, {15}, kSsse3, 1, 33},
-               {6, {15}, kSsse3, 2, 33},
-               {6, {15}, kSsse3, 3, 34},
-               {6, {23}, kSse41, 1, 68},
-               {6, {26}, kSse42, 1, 35},
-               {6, {28}, kSsse3, 1, 36},
-               {15, {2}, kSse2, 1, 6},
-               {15, {2}, kSse2 | kThreads, 1, 7},
-               {15, {3}, kSse3 | kThreads, 1, 8},
-               {15, {4}, kSse3 | kLong, 1, 32},
-               {7, {0}, kIa64, 1, 16},
-               {31, {0}, kIa64, 1, 17},
-               {6, {15, 28}, kSse3, 4, 66},
-               {6, {23}, kSsse3, 1, 67},
-               {6, {26}, kSse41, 1, 68},
-               {5, {3}, kSse, 1, 64},
-               {6, {31, 85}, kSse42, 1, 69},
-               {16, {2}, kSse2, 1, 65},
-               {16, {2}, kLong, 1, 96},
-               {4, {0}, 0, 1, 0}};
-  for (const auto& r : kRows)
-    for (const std::uint32_t model : r.models) {
-      CpuRecord cpu = processor(r.family, model, r.features, r.cores);
-      EXPECT_EQ(cpuCode(cpu), r.code) << "family " << r.family << ", model " << model;
-      cpu.hasCpuid = false;
-      EXPECT_EQ(cpuCode(cpu), 0);
-    }
+  } kRows[] = {{5, 1, 1, 0, 1},        {5, 2, 1, 0, 1},        {5, 4, 2, 0, 1},
+               {6, 1, 3, 0, 1},        {6, 3, 4, 0, 1},        {6, 5, 4, 0, 1},
+               {6, 6, 4, 0, 1},        {4, 0, 0, 0, 1},        {6, 7, 5, kSse, 1},
+               {6, 8, 5, kSse, 1},     {6, 10, 5, kSse, 1},    {6, 11, 5, kSse, 1},
+               {6, 9, 9, kSse2, 1},    {6, 13, 9, kSse2, 1},   {6, 14, 10, kSse3, 1},
+               {6, 14, 11, kSse3, 2},  {6, 15, 33, kSsse3, 1}, {6, 15, 33, kSsse3, 2},
+               {6, 15, 34, kSsse3, 3}, {6, 23, 68, kSse41, 1}, {6, 26, 35, kSse42, 1},
+               {6, 28, 36, kSsse3, 1}, {15, 2, 6, kSse2, 1},   {15, 2, 7, kTwo, 1},
+               {15, 3, 8, kThree, 1},  {15, 4, 32, kWide, 1},  {7, 0, 16, kIa64, 1},
+               {31, 0, 17, kIa64, 1},  {6, 15, 66, kSse3, 4},  {6, 23, 67, kSsse3, 1},
+               {6, 26, 68, kSse41, 1}, {6, 28, 66, kSse3, 1},  {5, 3, 64, kSse, 1},
+               {6, 85, 69, kSse42, 1}, {6, 31, 69, kSse42, 1}, {16, 2, 65, kSse2, 1},
+               {16, 2, 96, kLong, 1}};
+  for (const auto& r : kRows) {
+    CpuRecord cpu = processor(r.family, r.model, r.features, r.cores);
+    EXPECT_EQ(cpuCode(cpu), r.code) << "family " << r.family << ", model " << r.model;
+    cpu.hasCpuid = false;
+    EXPECT_EQ(cpuCode(cpu), 0);
+  }
 }
 
 TEST(CpuModel, anotherVendorGoesByTheBestFeature) {
@@ -96,12 +80,11 @@ TEST(CpuModel, anotherVendorGoesByTheBestFeature) {
 }
 
 TEST(CpuModel, coresAndThreadsNeedTheirLeaves) {
-  CpuRecord cpu = processor(6, 14, kSse3, 2);
-  cpu.leaf0.eax = 3;  // leaf 4 does not exist
-  EXPECT_EQ(cpuCode(cpu), 10);
-  cpu = processor(15, 2, kSse2 | kThreads);
-  cpu.leaf1.ebx = 1u << 16;  // one logical processor
-  EXPECT_EQ(cpuCode(cpu), 6);
+  CpuRecord twoCores = processor(6, 14, kSse3, 2), oneThread = processor(15, 2, kSse2 | kThreads);
+  twoCores.leaf0.eax = 3;  // leaf 4 does not exist
+  oneThread.leaf1.ebx = 1u << 16;
+  EXPECT_EQ(cpuCode(twoCores), 10);
+  EXPECT_EQ(cpuCode(oneThread), 6);
 }
 
 TEST(CpuModel, mapsCodesToIndices) {
@@ -144,12 +127,12 @@ TEST(CpuModel, findsTheLargestCacheOfTheDescriptors) {
     std::uint32_t eax, ebx, ecx, edx;
     int status, size;
   } kRows[] = {{1, 0, 0, 0, 37, 0},
-               {1, 0, 0, 0x2C << 8 | 0x41 << 16, 0, 131072},
+               {1, 0, 0, 0x412C00, 0, 131072},
                {0x3B000001, 0, 0, 0x41, 0, 131072},
                {1, 0, 0x3D, 0x41, 0, 393216},
-               {1, 0x80000000 | 0x4D, 0x3D, 0, 0, 393216},
-               {1, 0, 0x4B << 8 | 0x3D, 0, 0, 8388608},
-               {1, 0, 0x4B << 8, 0x4C, 0, 12582912},
+               {1, 0x8000004D, 0x3D, 0, 0, 393216},
+               {1, 0, 0x4B3D, 0, 0, 8388608},
+               {1, 0, 0x4B00, 0x4C, 0, 12582912},
                {1, 0x4D, 0x3D, 0x4C, 0, 16777216},
                {0x4D, 0x4D, 0, 0, 36, 0}};
   const auto expectCache = [](const CpuRecord& cpu, int status, int size) {

@@ -76,14 +76,9 @@ TEST(Deconvolution, iteratesAsLucyAndRichardsonAlsoInPlace) {
 TEST(Deconvolution, refusesInTheDocumentedOrder) {
   const std::vector<float> kernel = {0, 0, 0, 0, 1, 0, 0, 0, 0};
   primDeconvLRState* none = nullptr;
-  const struct {
-    int size;
-    Size max;
-    int status;
-  } kInits[] = {
-      {0, {9, 9}, -6}, {3, {0, 9}, -6}, {3, {2, 9}, -6}, {3, {9, 2}, -6}, {3, {9, 9}, -5}};
-  for (const auto& i : kInits)
-    EXPECT_EQ(call(primDeconvLRInitAlloc_32f_C1R, &none, kernel, i.size, i.max, -1), i.status);
+  for (const auto& [size, width, height, status] :
+       {std::tuple{0, 9, 9, -6}, {3, 0, 9, -6}, {3, 2, 9, -6}, {3, 9, 2, -6}, {3, 9, 9, -5}})
+    EXPECT_EQ(call(primDeconvLRInitAlloc_32f_C1R, &none, kernel, size, width, height, -1), status);
   EXPECT_EQ(primDeconvLRInitAlloc_32f_C1R(nullptr, kernel.data(), 0, 0, 0, -1), -8);
   EXPECT_EQ(primDeconvLRInitAlloc_32f_C1R(&none, nullptr, 0, 0, 0, -1), -8);
   EXPECT_EQ(none, nullptr);
@@ -91,16 +86,18 @@ TEST(Deconvolution, refusesInTheDocumentedOrder) {
 
   const State state(kernel, 3, {9, 9}, 0);
   float image[64] = {};
-  const struct {
-    int srcStep, dstStep, width, height, iterations, status;
-  } kCalls[] = {{0, 0, 8, 1, 0, -6},    {0, 0, 1, 8, 0, -6},     {27, 28, 7, 1, 0, -14},
-                {28, 27, 7, 1, 0, -14}, {29, 28, 7, 1, 0, -108}, {28, 30, 7, 1, 0, -108},
-                {28, 28, 7, 1, 0, -5},  {28, 28, 7, 7, 1, 0}};
-  for (const auto& c : kCalls)
-    EXPECT_EQ(primDeconvLR_32f_C1R(image, c.srcStep, image, c.dstStep, c.width, c.height,
-                                   c.iterations, state.p),
-              c.status)
-        << "row " << &c - kCalls;
+  for (const auto& [srcStep, dstStep, width, height, iterations, status] :
+       {std::tuple{0, 0, 8, 1, 0, -6},
+        {0, 0, 1, 8, 0, -6},
+        {27, 28, 7, 1, 0, -14},
+        {28, 27, 7, 1, 0, -14},
+        {29, 28, 7, 1, 0, -108},
+        {28, 30, 7, 1, 0, -108},
+        {28, 28, 7, 1, 0, -5},
+        {28, 28, 7, 7, 1, 0}})
+    EXPECT_EQ(
+        primDeconvLR_32f_C1R(image, srcStep, image, dstStep, width, height, iterations, state.p),
+        status);
 }
 
 // Whichever allocation fails, those before it are released.

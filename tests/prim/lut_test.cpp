@@ -112,6 +112,12 @@ TEST(Lut, firstSegmentWinsWhateverTheOrderOfTheLevels) {
       {{1, 2, 3, 4, 5}, {0, 1, kNan, 1.5f, 3}},  // segments beside a NaN hold nothing
       {{1, 2, 3, 4, 5}, {-0.0f, 0.0f, 1, 2, 3}}};
   for (const Curve& curve : kCurves) expectCurve(primLUT_Linear_32f_C1IR, curve, 1e-6, 2);
+  Curve manySegments;
+  for (int i = 0; i < 20; ++i) {
+    manySegments.levels.push_back(static_cast<float>(i / 2));  // a step at every level
+    manySegments.values.push_back(static_cast<float>(i));
+  }
+  expectCurve(primLUT_Linear_32f_C1IR, manySegments, 1e-6, 2);
   expectCurve(primLUT_Cubic_32f_C1IR, {{1, 2, 3, 4, 9}, {0, 3, 1, 4, 2}}, 1e-5, 4);
 }
 
