@@ -103,48 +103,42 @@ TEST(CpuModel, wideBodiesNeedTheProcessorAndTheOperatingSystem) {
   cpu.leaf7.ebx = 1u << 5 | 1u << 16 | 1u << 17 | 1u << 30 | 1u << 31;
   cpu.xcr0 = 0xE7;
   EXPECT_EQ(lastRunnableColumn(cpu), 7);
-  const struct {
-    std::uint32_t leaf1Ecx, leaf7Ebx, xcr0;
-    int column;
-  } kLacking[] = {{1u << 9, 0, 0, 3},  {1u << 19, 0, 0, 4}, {1u << 20, 0, 0, 5},
-                  {1u << 23, 0, 0, 5}, {1u << 27, 0, 0, 5}, {1u << 28, 0, 0, 5},
-                  {0, 1u << 5, 0, 5},  {0, 0, 0xE7, 5},     {0, 0, 0xE0, 6},
-                  {0, 1u << 16, 0, 6}, {0, 1u << 17, 0, 6}, {0, 1u << 30, 0, 6},
-                  {0, 1u << 31, 0, 6}};
-  for (const auto& l : kLacking) {
+  // taken out of leaf 1 and leaf 7 and of what the operating system saves; the last column left
+  static constexpr unsigned kLacking[][4] = {
+      {1u << 9, 0, 0, 3},  {1u << 19, 0, 0, 4}, {1u << 20, 0, 0, 5}, {1u << 23, 0, 0, 5},
+      {1u << 27, 0, 0, 5}, {1u << 28, 0, 0, 5}, {0, 1u << 5, 0, 5},  {0, 0, 0xE7, 5},
+      {0, 0, 0xE0, 6},     {0, 1u << 16, 0, 6}, {0, 1u << 17, 0, 6}, {0, 1u << 30, 0, 6},
+      {0, 1u << 31, 0, 6}};
+  for (const auto& [leaf1, leaf7, xcr0, column] : kLacking) {
     CpuRecord lacking = cpu;
-    lacking.leaf1.ecx &= ~l.leaf1Ecx;
-    lacking.leaf7.ebx &= ~l.leaf7Ebx;
-    lacking.xcr0 &= ~l.xcr0;
-    EXPECT_EQ(lastRunnableColumn(lacking), l.column) << "row " << &l - kLacking;
+    lacking.leaf1.ecx &= ~leaf1;
+    lacking.leaf7.ebx &= ~leaf7;
+    lacking.xcr0 &= ~xcr0;
+    EXPECT_EQ(lastRunnableColumn(lacking), static_cast<int>(column));
   }
 }
 
 // 32 KB data and 128 KB second level; a register that says it holds nothing; in the last row a
 // count and no descriptor.
 TEST(CpuModel, findsTheLargestCacheOfTheDescriptors) {
-  const struct {
-    std::uint32_t eax, ebx, ecx, edx;
-    int status, size;
-  } kRows[] = {{1, 0, 0, 0, 37, 0},
-               {1, 0, 0, 0x412C00, 0, 131072},
-               {0x3B000001, 0, 0, 0x41, 0, 131072},
-               {1, 0, 0x3D, 0x41, 0, 393216},
-               {1, 0x8000004D, 0x3D, 0, 0, 393216},
-               {1, 0, 0x4B3D, 0, 0, 8388608},
-               {1, 0, 0x4B00, 0x4C, 0, 12582912},
-               {1, 0x4D, 0x3D, 0x4C, 0, 16777216},
-               {0x4D, 0x4D, 0, 0, 36, 0}};
-  const auto expectCache = [](const CpuRecord& cpu, int status, int size) {
+  static constexpr std::uint32_t kRows[][6] = {{1, 0, 0, 0, 37, 0},
+                                               {1, 0, 0, 0x412C00, 0, 131072},
+                                               {0x3B000001, 0, 0, 0x41, 0, 131072},
+                                               {1, 0, 0x3D, 0x41, 0, 393216},
+                                               {1, 0x8000004D, 0x3D, 0, 0, 393216},
+                                               {1, 0, 0x4B3D, 0, 0, 8388608},
+                                               {1, 0, 0x4B00, 0x4C, 0, 12582912},
+                                               {1, 0x4D, 0x3D, 0x4C, 0, 16777216},
+                                               {0x4D, 0x4D, 0, 0, 36, 0}};
+  const auto expectCache = [](const CpuRecord& cpu, std::uint32_t status, std::uint32_t size) {
     int found = -1;
-    EXPECT_EQ(largestCache(cpu, &found), status);
-    EXPECT_EQ(found, size);
+    EXPECT_EQ(largestCache(cpu, &found), static_cast<int>(status));
+    EXPECT_EQ(found, static_cast<int>(size));
   };
   CpuRecord cpu = processor(6, 15, 0);
-  for (const auto& r : kRows) {
-    SCOPED_TRACE(&r - kRows);
-    cpu.leaf2 = {.eax = r.eax, .ebx = r.ebx, .ecx = r.ecx, .edx = r.edx};
-    expectCache(cpu, r.status, r.size);
+  for (const auto& [eax, ebx, ecx, edx, status, size] : kRows) {
+    cpu.leaf2 = {.eax = eax, .ebx = ebx, .ecx = ecx, .edx = edx};
+    expectCache(cpu, status, size);
   }
   cpu.leaf2.eax = 1;
   cpu.leaf0.eax = 1;  // leaf 2 does not exist

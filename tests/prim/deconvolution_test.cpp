@@ -76,8 +76,9 @@ TEST(Deconvolution, iteratesAsLucyAndRichardsonAlsoInPlace) {
 TEST(Deconvolution, refusesInTheDocumentedOrder) {
   const std::vector<float> kernel = {0, 0, 0, 0, 1, 0, 0, 0, 0};
   primDeconvLRState* none = nullptr;
-  for (const auto& [size, width, height, status] :
-       {std::tuple{0, 9, 9, -6}, {3, 0, 9, -6}, {3, 2, 9, -6}, {3, 9, 2, -6}, {3, 9, 9, -5}})
+  static constexpr int kInits[][4] = {
+      {0, 9, 9, -6}, {3, 0, 9, -6}, {3, 2, 9, -6}, {3, 9, 2, -6}, {3, 9, 9, -5}};
+  for (const auto& [size, width, height, status] : kInits)
     EXPECT_EQ(call(primDeconvLRInitAlloc_32f_C1R, &none, kernel, size, width, height, -1), status);
   EXPECT_EQ(primDeconvLRInitAlloc_32f_C1R(nullptr, kernel.data(), 0, 0, 0, -1), -8);
   EXPECT_EQ(primDeconvLRInitAlloc_32f_C1R(&none, nullptr, 0, 0, 0, -1), -8);
@@ -86,15 +87,11 @@ TEST(Deconvolution, refusesInTheDocumentedOrder) {
 
   const State state(kernel, 3, {9, 9}, 0);
   float image[64] = {};
-  for (const auto& [srcStep, dstStep, width, height, iterations, status] :
-       {std::tuple{0, 0, 8, 1, 0, -6},
-        {0, 0, 1, 8, 0, -6},
-        {27, 28, 7, 1, 0, -14},
-        {28, 27, 7, 1, 0, -14},
-        {29, 28, 7, 1, 0, -108},
-        {28, 30, 7, 1, 0, -108},
-        {28, 28, 7, 1, 0, -5},
-        {28, 28, 7, 7, 1, 0}})
+  static constexpr int kCalls[][6] = {{0, 0, 8, 1, 0, -6},     {0, 0, 1, 8, 0, -6},
+                                      {27, 28, 7, 1, 0, -14},  {28, 27, 7, 1, 0, -14},
+                                      {29, 28, 7, 1, 0, -108}, {28, 30, 7, 1, 0, -108},
+                                      {28, 28, 7, 1, 0, -5},   {28, 28, 7, 7, 1, 0}};
+  for (const auto& [srcStep, dstStep, width, height, iterations, status] : kCalls)
     EXPECT_EQ(
         primDeconvLR_32f_C1R(image, srcStep, image, dstStep, width, height, iterations, state.p),
         status);

@@ -87,30 +87,25 @@ template <class T>
 void expectNearestPixel(int (*border)(const T*, int, int, int, T*, int, int, int, int, int),
                         int channels) {
   std::mt19937 rng(6);
-  const struct {
-    int srcWidth, srcHeight, left, top, right, bottom;
-  } kShapes[] = {{1, 1, 0, 0, 0, 0}, {1, 1, 9, 4, 0, 0},  {5, 3, 0, 0, 7, 5},
-                 {4, 1, 2, 3, 1, 0}, {70, 4, 8, 8, 7, 7}, {3, 2, 65, 0, 66, 1}};
-  for (const auto& s : kShapes) {
-    const int width = s.left + s.srcWidth + s.right, height = s.top + s.srcHeight + s.bottom;
-    Plane<T> src(s.srcWidth * channels, s.srcHeight), dst(width * channels, height);
+  static constexpr int kShapes[][6] = {{1, 1, 0, 0, 0, 0},  {1, 1, 9, 4, 0, 0},
+                                       {5, 3, 0, 0, 7, 5},  {4, 1, 2, 3, 1, 0},
+                                       {70, 4, 8, 8, 7, 7}, {3, 2, 65, 0, 66, 1}};
+  for (const auto& [srcWidth, srcHeight, left, top, right, bottom] : kShapes) {
+    const int width = left + srcWidth + right, height = top + srcHeight + bottom;
+    Plane<T> src(srcWidth * channels, srcHeight), dst(width * channels, height);
     src.randomise(rng, 0, 255);
-    ASSERT_EQ(call(border, src, src.size(channels), dst, dst.size(channels), s.top, s.left), 0);
-    expectPlane(dst, [&](int x, int y) {
-      const int nearest = std::clamp(x / channels - s.left, 0, s.srcWidth - 1);
-      return src.at(nearest * channels + x % channels, std::clamp(y - s.top, 0, s.srcHeight - 1));
+    ASSERT_EQ(call(border, src, src.size(channels), dst, dst.size(channels), top, left), 0);
+    expectPlane(dst, [&, x0 = left, y0 = top, w = srcWidth, h = srcHeight](int x, int y) {
+      const int nearest = std::clamp(x / channels - x0, 0, w - 1);
+      return src.at(nearest * channels + x % channels, std::clamp(y - y0, 0, h - 1));
     });
   }
-  const struct {
-    int srcWidth, dstWidth, dstHeight, top, left;
-  } kMisfits[] = {{1, 2, 2, -1, 0}, {1, 2, 2, 0, -1},      {1, 1, 1, 1, 0},
-                  {1, 1, 1, 0, 1},  {1, 1, 1, 0, INT_MAX}, {2, 1, 9, 0, 0}};
+  static constexpr int kMisfits[][5] = {{1, 2, 2, -1, 0}, {1, 2, 2, 0, -1},      {1, 1, 1, 1, 0},
+                                        {1, 1, 1, 0, 1},  {1, 1, 1, 0, INT_MAX}, {2, 1, 9, 0, 0}};
   Plane<T> image(9, 9);
-  for (const auto& m : kMisfits)
-    EXPECT_EQ(call(border, image, Size{m.srcWidth, 1}, image, Size{m.dstWidth, m.dstHeight}, m.top,
-                   m.left),
-              kStatusBadSize)
-        << "row " << &m - kMisfits;
+  for (const auto& [srcWidth, dstWidth, dstHeight, top, left] : kMisfits)
+    EXPECT_EQ(call(border, image, Size{srcWidth, 1}, image, Size{dstWidth, dstHeight}, top, left),
+              kStatusBadSize);
 }
 
 TEST(Memory, borderRepeatsTheNearestPixelAndRefusesWhatDoesNotFit) {

@@ -59,20 +59,18 @@ TEST(Pyramid, halvesWithMirrorsAndDoublesWithARepeatedEnd) {
 }
 
 TEST(Pyramid, bufferSizesFollowTheFormulas) {
-  const struct {
-    int width, type, channels, status, down, up;
-  } kRows[] = {{5, 13, 1, 0, 32 * 6 + 32, 48 * 3 + 32},
-               {5, 1, 3, 0, 64 * 6 + 32, 128 * 3 + 32},
-               {0, 0, 0, -6, -1, -1},
-               {1, 12, 2, -12, -1, -1},
-               {1, 13, 2, -53, -1, -1},
-               {INT_MAX, 13, 3, -6, -1, -1}};
-  for (const auto& r : kRows) {
+  static constexpr int kRows[][6] = {{5, 13, 1, 0, 32 * 6 + 32, 48 * 3 + 32},
+                                     {5, 1, 3, 0, 64 * 6 + 32, 128 * 3 + 32},
+                                     {0, 0, 0, -6, -1, -1},
+                                     {1, 12, 2, -12, -1, -1},
+                                     {1, 13, 2, -53, -1, -1},
+                                     {INT_MAX, 13, 3, -6, -1, -1}};
+  for (const auto& [width, type, channels, status, downSize, upSize] : kRows) {
     int down = -1, up = -1;
-    EXPECT_EQ(primPyrDownGetBufSize(r.width, r.type, r.channels, &down), r.status);
-    EXPECT_EQ(primPyrUpGetBufSize(r.width, r.type, r.channels, &up), r.status);
-    EXPECT_EQ(down, r.down);
-    EXPECT_EQ(up, r.up);
+    EXPECT_EQ(primPyrDownGetBufSize(width, type, channels, &down), status);
+    EXPECT_EQ(primPyrUpGetBufSize(width, type, channels, &up), status);
+    EXPECT_EQ(down, downSize);
+    EXPECT_EQ(up, upSize);
   }
   for (auto query : {primPyrDownGetBufSize, primPyrUpGetBufSize})
     EXPECT_EQ(query(0, 0, 0, nullptr), -8);

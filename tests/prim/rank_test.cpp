@@ -87,17 +87,11 @@ TEST(Median, ofACross) {
 
 TEST(Median, refusesStepsThenMasksThenAnchors) {
   std::uint8_t image[64] = {};
-  for (const auto& [step, width, height, anchorX, anchorY, status] :
-       {std::tuple{3, 0, 0, 0, 0, -14},
-        {8, 0, 3, 9, 9, -33},
-        {8, 3, 0, 9, 9, -33},
-        {8, -3, 3, 9, 9, -33},
-        {8, 3, 2, 9, 9, -33},
-        {8, 4, 3, 9, 9, -33},
-        {8, 3, 3, -1, 0, -34},
-        {8, 3, 3, 3, 0, -34},
-        {8, 3, 3, 0, -1, -34},
-        {8, 3, 3, 0, 3, -34}})
+  static constexpr int kRows[][6] = {
+      {3, 0, 0, 0, 0, -14},  {8, 0, 3, 9, 9, -33}, {8, 3, 0, 9, 9, -33},  {8, -3, 3, 9, 9, -33},
+      {8, 3, 2, 9, 9, -33},  {8, 4, 3, 9, 9, -33}, {8, 3, 3, -1, 0, -34}, {8, 3, 3, 3, 0, -34},
+      {8, 3, 3, 0, -1, -34}, {8, 3, 3, 0, 3, -34}};
+  for (const auto& [step, width, height, anchorX, anchorY, status] : kRows)
     EXPECT_EQ(primFilterMedian_8u_C1R(image, step, image, 8, 4, 4, width, height, anchorX, anchorY),
               status);
   using Form = std::tuple<decltype(&primFilterMedianCross_8u_C1R), int, int>;
