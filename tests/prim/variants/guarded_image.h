@@ -53,7 +53,6 @@ class GuardedImage {
   struct Layout {
     int elementBytes;
     int addressBytes;  ///< granule of addresses and steps
-    bool isFloat;
     int width, height;
     Pixels pixels;
     int channel;  ///< element of the pixel that the region addresses

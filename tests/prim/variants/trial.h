@@ -121,10 +121,8 @@ class Image : public GuardedImage {
     const int addressBytes = sizeof(T) == 2 && shape.oddAddresses ? 1 : int(alignof(T));
     const int padding = shape.padding < 0 ? trial.nextPadding(addressBytes) : shape.padding;
     const int channel = shape.pixels.used == 1 ? trial.uniform(0, shape.pixels.stride - 1) : 0;
-    return {int(sizeof(T)),  addressBytes,  std::is_same_v<T, float>,
-            shape.width,     shape.height,  shape.pixels,
-            channel,         shape.frame,   padding,
-            trial.placement, trial.bottomUp};
+    return {int(sizeof(T)), addressBytes, shape.width, shape.height,    shape.pixels,
+            channel,        shape.frame,  padding,     trial.placement, trial.bottomUp};
   }
 };
 
