@@ -85,19 +85,8 @@ TYPED_TEST(Grids, refuseWhatDoesNotFit) {
 }
 
 AdjustToneStage everything(int saturationMode) {
-  AdjustToneStage stage;
-  stage.sharpenAmount = 2.0f;
-  stage.sharpenSigma = 1.0f;
-  stage.hueShift = 0.1f;
-  stage.lightness.eqStrength = 1.0f;
-  stage.lightness.eqSample = 8;
-  stage.lightness.detailRange = 0.1f;
-  stage.lightness.detailGain = 1.5f;
-  stage.lightness.gamma = 0.5f;
+  AdjustToneStage stage = fullSetting();
   stage.saturation.mode = saturationMode;
-  stage.saturation.eqStrength = 0.5f;
-  stage.saturation.contrast = 1.2f;
-  stage.saturation.gamma = 0.8f;
   stage.saturation.detailRange = 0.1f;
   return stage;
 }

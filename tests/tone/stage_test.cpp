@@ -10,33 +10,6 @@ using namespace vx;
 using namespace vx::test;
 using Stage = AdjustToneStage;
 
-// Everything runs, nothing at a neutral value, no two alike that could be exchanged.
-Stage fullSetting() {
-  Stage stage;
-  stage.sharpenAmount = 1.6f;
-  stage.sharpenSigma = 1.0f;
-  stage.hueShift = 0.03f;
-  stage.lightness.eqStrength = 0.8f;
-  stage.lightness.eqClip = 0.3f;
-  stage.lightness.eqSample = 20;
-  stage.lightness.eqPeakGain = 0.5f;
-  stage.lightness.eqTopCut = 0.03f;
-  stage.lightness.eqFloor = 0.02f;
-  stage.lightness.gamma = 0.4f;
-  stage.lightness.detailRange = 0.1f;
-  stage.lightness.detailSample = 9;
-  stage.lightness.detailGain = 1.4f;
-  stage.lightness.detailGamma = 0.8f;
-  stage.saturation.eqStrength = 0.3f;
-  stage.saturation.eqSample = 25;
-  stage.saturation.contrast = 1.1f;
-  stage.saturation.gamma = 0.9f;
-  stage.saturation.lowKnee = 0.1f;
-  stage.saturation.highKnee = 0.15f;
-  stage.saturation.detailGain = 1.3f;
-  return stage;
-}
-
 struct StageCase {
   const char* name;
   std::function<void(Stage&)> change;
