@@ -35,8 +35,6 @@ class VipsSetUp : public ::testing::Environment {
   void SetUp() override {
     if (vips_init("host_test") != 0) vips_error_exit(nullptr);
     vips_cache_set_max(0);
-    Exiv2::XmpParser::initialize();
-    Exiv2::LogMsg::setLevel(Exiv2::LogMsg::mute);
   }
 };
 const auto* const kVipsSetUp = ::testing::AddGlobalTestEnvironment(new VipsSetUp);
@@ -141,52 +139,6 @@ VImage pattern(int width, int height, int bands, int depth) {
   image.cast(depth == 8 ? VIPS_FORMAT_UCHAR : VIPS_FORMAT_USHORT)
       .copy(VImage::option()->set("interpretation", colours))
       .write(result);
-  return result;
-}
-
-std::unique_ptr<Exiv2::Image> metadataOf(const std::string& path) {
-  std::unique_ptr<Exiv2::Image> image(Exiv2::ImageFactory::open(path).release());
-  image->readMetadata();
-  return image;
-}
-
-void addMetadata(const std::string& path, int width, int height) {
-  const auto image = metadataOf(path);
-  Exiv2::ExifData& exif = image->exifData();
-  exif["Exif.Image.Make"] = "NIKON CORPORATION";
-  exif["Exif.Image.Model"] = "NIKON D70";
-  exif["Exif.Image.Orientation"] = std::uint16_t{6};
-  exif["Exif.Photo.DateTimeOriginal"] = "2024:05:06 07:08:09";
-  exif["Exif.Photo.PixelXDimension"] = static_cast<std::uint32_t>(width);
-  exif["Exif.Photo.PixelYDimension"] = static_cast<std::uint32_t>(height);
-  exif["Exif.GPSInfo.GPSLatitudeRef"] = "N";
-  exif["Exif.GPSInfo.GPSLatitude"] = "51/1 3/1 4/1";
-  exif["Exif.Nikon3.Version"] = "48 50 49 48";
-  exif["Exif.Nikon3.Quality"] = "FINE";
-  exif["Exif.Nikon3.SerialNumber"] = "NO= 12345678";
-  exif["Exif.Nikon3.ShutterCount"] = std::uint32_t{4711};
-  image->xmpData()["Xmp.dc.title"] = "lang=x-default A title";
-  image->xmpData()["Xmp.xmp.Rating"] = "4";
-  if (image->checkMode(Exiv2::mdIptc) == Exiv2::amReadWrite) {
-    image->iptcData()["Iptc.Application2.Caption"] = "A caption";
-  }
-  image->writeMetadata();
-}
-
-std::vector<std::uint8_t> profileOf(const VImage& image) {
-  if (image.get_typeof(VIPS_META_ICC_NAME) != VIPS_TYPE_BLOB) return {};
-  std::size_t size = 0;
-  const auto* bytes = static_cast<const std::uint8_t*>(image.get_blob(VIPS_META_ICC_NAME, &size));
-  return {bytes, bytes + size};
-}
-
-std::vector<std::uint8_t> someProfile() {
-  VipsBlob* blob = nullptr;
-  if (vips_profile_load("srgb", &blob, nullptr) != 0) return {};
-  std::size_t size = 0;
-  const auto* bytes = static_cast<const std::uint8_t*>(vips_blob_get(blob, &size));
-  std::vector<std::uint8_t> result(bytes, bytes + size);
-  vips_area_unref(VIPS_AREA(blob));
   return result;
 }
 

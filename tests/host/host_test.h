@@ -6,10 +6,8 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <exiv2/exiv2.hpp>
 #include <filesystem>
 #include <map>
-#include <memory>
 #include <string>
 #include <vector>
 #include <vips/vips8>
@@ -54,14 +52,6 @@ class HostTest : public ::testing::Test {
 /// A picture with gradients, texture and saturated corners; every band another function of the
 /// place. `depth` 8 or 16. Interpretation by bands: 1, 2 grey, 3, 4 RGB.
 vips::VImage pattern(int width, int height, int bands, int depth);
-
-/// EXIF with camera, orientation 6, size and a maker note (Nikon, four tags), GPS, XMP and IPTC.
-void addMetadata(const std::string& path, int width, int height);
-std::unique_ptr<Exiv2::Image> metadataOf(const std::string& path);
-
-/// A stand-in for an ICC profile: a valid sRGB one, as bytes.
-std::vector<std::uint8_t> someProfile();
-std::vector<std::uint8_t> profileOf(const vips::VImage& image);
 
 std::vector<std::uint8_t> bytesOf(const std::string& path);
 vips::VImage open(const std::string& path);

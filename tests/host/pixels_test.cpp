@@ -85,8 +85,8 @@ TEST_F(Pixels, GreyStaysGrey) {
         .copy(VImage::option()->set(
             "interpretation", depth == 8 ? VIPS_INTERPRETATION_sRGB : VIPS_INTERPRETATION_RGB16))
         .pngsave(path("rgb.png").c_str());
-    runWell(strongly({"adjust", "grey.png", "-o", "grey_out.png", "--force"}));
-    runWell(strongly({"adjust", "rgb.png", "-o", "rgb_out.png", "--force"}));
+    for (const std::string name : {"grey", "rgb"})
+      runWell(strongly({"adjust", name + ".png", "-o", name + "_out.png", "--force"}));
     const VImage result = open(path("grey_out.png"));
     EXPECT_EQ(result.bands(), 1);
     EXPECT_EQ(largestDifference(result, open(path("rgb_out.png")).extract_band(1)), 0);
