@@ -6,8 +6,6 @@
 #include <cstdio>
 
 #include "tests/prim/variants/drivers.h"
-#include "tests/prim/variants/drivers_filter.h"
-#include "tests/prim/variants/drivers_special.h"
 
 namespace {
 
