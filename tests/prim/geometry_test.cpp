@@ -1,8 +1,3 @@
-#include "prim/geometry.h"
-
-#include <algorithm>
-#include <numbers>
-
 #include "tests/prim/plane.h"
 
 namespace {

@@ -1,8 +1,3 @@
-#include "prim/window.h"
-
-#include <numbers>
-
-#include "prim/alloc.h"
 #include "tests/prim/plane.h"
 
 namespace {
@@ -55,10 +50,8 @@ TEST(Window, refusesSizesBelow3AndMissingMemory) {
   EXPECT_EQ(primvWinHamming_32f_I(v, 2), -6);
   EXPECT_EQ(primWinBartlett2D_32f_C1IR(v, 0, 2, 3), -6);
   EXPECT_EQ(primWinBartlett2D_32f_C1IR(v, 12, 3, 2), -6);
-  const MemHooks saved = primMemHooks;
-  primMemHooks.allocate = [](std::size_t) -> void* { return nullptr; };
+  const vx::test::Heap noMemory(0, true);
   EXPECT_EQ(primWinBartlett2D_32f_C1IR(v, 12, 3, 3), -9);
-  primMemHooks = saved;
 }
 
 }  // namespace
