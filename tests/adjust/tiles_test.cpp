@@ -2,6 +2,7 @@
 
 #include <climits>
 #include <cmath>
+#include <tuple>
 
 #include "adjust/plan_tiles.h"
 #include "adjust/tile_blend.h"
@@ -21,15 +22,12 @@ Plan plan(int size, int target) {
 }
 
 TEST(PlanTiles, knownPlans) {
-  const struct {
-    int size, target;
-    Plan plan;
-  } cases[] = {{2304, 1536, {2, 1918, 1152}}, {2764, 1536, {2, 2300, 922}},
-               {2765, 1536, {3, 1532, 717}},  {8000, 1536, {8, 1664, 916}},
-               {2304, 1152, {3, 1280, 597}},  {2764, 1152, {3, 1532, 717}},
-               {2765, 1152, {4, 1148, 576}},  {8000, 1152, {11, 1208, 683}},
-               {1727, 1152, {1, 1726, 1726}}, {1, 1152, {1, 0, 0}}};
-  for (const auto& c : cases) EXPECT_EQ(plan(c.size, c.target), c.plan) << c.size;
+  const std::tuple<int, int, Plan> cases[] = {
+      {2304, 1536, {2, 1918, 1152}}, {2764, 1536, {2, 2300, 922}},  {2765, 1536, {3, 1532, 717}},
+      {8000, 1536, {8, 1664, 916}},  {2304, 1152, {3, 1280, 597}},  {2764, 1152, {3, 1532, 717}},
+      {2765, 1152, {4, 1148, 576}},  {8000, 1152, {11, 1208, 683}}, {1727, 1152, {1, 1726, 1726}},
+      {1, 1152, {1, 0, 0}}};
+  for (const auto& [size, target, wanted] : cases) EXPECT_EQ(plan(size, target), wanted) << size;
   EXPECT_EQ(plan(1728, 1152).count, 2);
 }
 

@@ -100,24 +100,21 @@ TEST(Vector, shortcutsKeepBits) {
 
 TEST(Arith, dividesByZeroToInfinitiesAndOneNan) {
   const std::uint32_t nan = 0xFFC00000, high = 0x7F800000, low = 0xFF800000;
-  const struct {
-    float dividend, divisor;
-    int status;
-    std::uint32_t bits;
-  } kCases[] = {{3.0f, 0.0f, 6, high},       {3.0f, -0.0f, 6, high},       {-3.0f, 0.0f, 6, low},
-                {-3.0f, -0.0f, 6, low},      {kInf, -0.0f, 6, high},       {-kInf, 0.0f, 6, low},
-                {0.0f, 0.0f, 6, nan},        {-0.0f, 0.0f, 6, nan},        {kNan, -0.0f, 6, nan},
-                {6.0f, 2.0f, 0, 0x40400000}, {6.0f, -kInf, 0, 0x80000000u}};
-  for (const auto& c : kCases)
+  const std::tuple<float, float, int, std::uint32_t> kCases[] = {
+      {3.0f, 0.0f, 6, high},       {3.0f, -0.0f, 6, high},       {-3.0f, 0.0f, 6, low},
+      {-3.0f, -0.0f, 6, low},      {kInf, -0.0f, 6, high},       {-kInf, 0.0f, 6, low},
+      {0.0f, 0.0f, 6, nan},        {-0.0f, 0.0f, 6, nan},        {kNan, -0.0f, 6, nan},
+      {6.0f, 2.0f, 0, 0x40400000}, {6.0f, -kInf, 0, 0x80000000u}};
+  for (const auto& [dividend, by, status, bits] : kCases)
     for (int at : {0, 1}) {
       float divisor[] = {1.0f, 1.0f}, image[] = {5.0f, 5.0f}, vector[] = {5.0f, 5.0f};
-      divisor[at] = c.divisor;
-      image[at] = vector[at] = c.dividend;
+      divisor[at] = by;
+      image[at] = vector[at] = dividend;
       // Reported as well when it stands in one row alone.
-      EXPECT_EQ(primDiv_32f_C1IR(divisor, 4, image, 4, 1, 2), c.status);
-      EXPECT_EQ(primvDiv_32f_I(divisor, vector, 2), c.status);
+      EXPECT_EQ(primDiv_32f_C1IR(divisor, 4, image, 4, 1, 2), status);
+      EXPECT_EQ(primvDiv_32f_I(divisor, vector, 2), status);
       for (const float* quotient : {image, vector}) {
-        EXPECT_EQ(bitsOf(quotient[at]), c.bits) << c.dividend << " / " << c.divisor;
+        EXPECT_EQ(bitsOf(quotient[at]), bits) << dividend << " / " << by;
         EXPECT_EQ(quotient[1 - at], 5.0f);
       }
     }

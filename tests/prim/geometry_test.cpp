@@ -123,24 +123,22 @@ TEST(Resize, staysInsideTheImageWhateverIsAsked) {
 // The first regions lie right and left of the image.
 TEST(Resize, refusesRegionsStepsFactorsAndMethods) {
   const double inf = std::numeric_limits<double>::infinity();
-  const struct {
-    int srcStep, regionX, dstStep;
-    double fx, fy;
-    int code, status;
-  } kRows[] = {{0, 8, 0, 0, 0, 0, -6},         {0, -8, 0, 0, 0, 0, -6},
-               {31, 0, 16, 0, 0, 0, -14},      {32, 0, 15, 0, 0, 0, -14},
-               {32, 0, 16, 0, 1, 0, -23},      {32, 0, 16, 1, -1, 0, -23},
-               {32, 0, 16, inf, 1, 0, -23},    {32, 0, 16, 1, std::nan(""), 0, -23},
-               {32, 0, 16, 0.5, 1, 0, -22},    {32, 0, 16, 0.5, 1, 3, -22},
-               {32, 0, 16, 0.5, 1, 32, -22},   {32, 0, 16, 0.5, 1, -1, -22},
-               {32, 0, 16, 1.01, 0.5, 8, -22}, {32, 0, 16, 0.5, 1.01, 8, -22}};
+  const std::tuple<int, int, int, double, double, int, int> kRows[] = {
+      {0, 8, 0, 0, 0, 0, -6},         {0, -8, 0, 0, 0, 0, -6},
+      {31, 0, 16, 0, 0, 0, -14},      {32, 0, 15, 0, 0, 0, -14},
+      {32, 0, 16, 0, 1, 0, -23},      {32, 0, 16, 1, -1, 0, -23},
+      {32, 0, 16, inf, 1, 0, -23},    {32, 0, 16, 1, std::nan(""), 0, -23},
+      {32, 0, 16, 0.5, 1, 0, -22},    {32, 0, 16, 0.5, 1, 3, -22},
+      {32, 0, 16, 0.5, 1, 32, -22},   {32, 0, 16, 0.5, 1, -1, -22},
+      {32, 0, 16, 1.01, 0.5, 8, -22}, {32, 0, 16, 0.5, 1.01, 8, -22}};
   const float src[8] = {};
   float dst[4];
-  for (const auto& r : kRows)
-    EXPECT_EQ(primResize_32f_C1R(src, 8, 1, r.srcStep, r.regionX, 0, 8, 1, dst, r.dstStep, 4, 1,
-                                 r.fx, r.fy, r.code),
-              r.status)
-        << "row " << &r - kRows;
+  for (const auto& [srcStep, regionX, dstStep, fx, fy, code, status] : kRows)
+    EXPECT_EQ(
+        primResize_32f_C1R(src, 8, 1, srcStep, regionX, 0, 8, 1, dst, dstStep, 4, 1, fx, fy, code),
+        status)
+        << "status " << status << " for steps " << srcStep << ", " << dstStep << ", factors " << fx
+        << ", " << fy;
 }
 
 }  // namespace

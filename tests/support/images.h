@@ -22,6 +22,13 @@ using Plane = GIMG<float>;
 inline float& at(Plane& p, int x, int y) { return p.row(y)[x]; }
 inline float at(const Plane& p, int x, int y) { return p.row(y)[x]; }
 
+/// Calls f(x, y) for every pixel.
+template <class Image, class F>
+void overPixels(const Image& image, const F& f) {
+  for (int y = 0; y < image.height; ++y)
+    for (int x = 0; x < image.width; ++x) f(x, y);
+}
+
 template <class Image>
 int channelsOf(const Image&) {
   return Image::kPixelBytes / static_cast<int>(sizeof(float));

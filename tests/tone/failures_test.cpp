@@ -56,21 +56,18 @@ TYPED_TEST(Grids, reportMissingMemoryAndLeaveThePlane) {
 }
 
 TYPED_TEST(Grids, refuseWhatDoesNotFit) {
-  const struct {
-    int width, height;
-    Range range;
-    int sample, result;
-  } cases[] = {{50, 50, {1.0f, 0.0f, 0.1f}, 8, kVxrcNoMemory},
-               {-500, 50, {0.0f, 1.0f, 0.1f}, 8, kVxrcNoMemory},
-               {50, INT_MIN, {0.0f, 1.0f, 0.1f}, 2, kVxrcNoMemory},
-               {INT_MAX, INT_MAX, {0.0f, 1.0f, 0.1f}, 2, kVxrcNoMemory},
-               {50, 50, {0.0f, 1.0f, 0.1f}, 1, kVxrcBadSetup}};
+  const std::tuple<int, int, Range, int, int> cases[] = {
+      {50, 50, {1.0f, 0.0f, 0.1f}, 8, kVxrcNoMemory},
+      {-500, 50, {0.0f, 1.0f, 0.1f}, 8, kVxrcNoMemory},
+      {50, INT_MIN, {0.0f, 1.0f, 0.1f}, 2, kVxrcNoMemory},
+      {INT_MAX, INT_MAX, {0.0f, 1.0f, 0.1f}, 2, kVxrcNoMemory},
+      {50, 50, {0.0f, 1.0f, 0.1f}, 1, kVxrcBadSetup}};
   TypeParam grid;
   Plane plane(20, 10), before(20, 10), other(20, 9), none(0, 0);
   fill(plane, 4);
   copyImage(plane, before);
-  for (const auto& c : cases) {
-    EXPECT_EQ(setUp(grid, c.width, c.height, c.range, c.sample), c.result);
+  for (const auto& [width, height, range, sample, result] : cases) {
+    EXPECT_EQ(setUp(grid, width, height, range, sample), result);
     EXPECT_EQ(run(grid, plane), kVxrcSizeMismatch) << "without a grid";
   }
   ASSERT_EQ(setUp(grid, 20, 10), kVxrcOk);

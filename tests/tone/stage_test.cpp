@@ -69,11 +69,7 @@ TEST(ToneStage, stepsBeginAtTheirThresholds) {
     s.lightness.detailGain = gain;
     s.lightness.detailGamma = gamma;
   };
-  const struct {
-    const char* name;
-    std::function<void(Stage&, float)> set;
-    float out, in;
-  } thresholds[] = {
+  const std::tuple<const char*, std::function<void(Stage&, float)>, float, float> thresholds[] = {
       {"sharpenAmount", [](Stage& s, float v) { s.sharpenAmount = v; }, 1.0009f, 1.0011f},
       {"sharpenSigma", [](Stage& s, float v) { s.sharpenSigma = v; }, 0.5f, 0.501f},
       {"hueShift", [](Stage& s, float v) { s.hueShift = v; }, 0.9e-7f, 1.2e-7f},

@@ -94,20 +94,12 @@ class Trial {
         1e-40f,   -1e-40f,  0.5f,      1.5f,       2.5f,      254.5f,     254.50002f, 0.4999999f,
         65535.0f, 32767.5f, -32768.5f, 1.0f,       88.72284f, -87.33655f, 3e9f,       -3e9f};
     const auto r = static_cast<std::uint32_t>(rng());
-    switch (fill) {
-      case Fill::few:
-        return static_cast<float>(r % 4) * 0.25f;
-      case Fill::unit:
-        return static_cast<float>(r >> 8) * 0x1p-24f;
-      case Fill::pixels:
-        return static_cast<float>(r % 1536) * 0.25f - 64.0f;
-      case Fill::words:
-        return static_cast<float>(r % 262144) * 0.5f - 49152.0f;
-      case Fill::spread:
-        return std::ldexp(static_cast<float>(static_cast<int>(r | 0x40000000)), uniform(-60, -1));
-      case Fill::wild:
-        break;
-    }
+    if (fill == Fill::few) return static_cast<float>(r % 4) * 0.25f;
+    if (fill == Fill::unit) return static_cast<float>(r >> 8) * 0x1p-24f;
+    if (fill == Fill::pixels) return static_cast<float>(r % 1536) * 0.25f - 64.0f;
+    if (fill == Fill::words) return static_cast<float>(r % 262144) * 0.5f - 49152.0f;
+    if (fill == Fill::spread)
+      return std::ldexp(static_cast<float>(static_cast<int>(r | 0x40000000)), uniform(-60, -1));
     return r % 4 == 0 ? pick(kSpecial) : static_cast<float>(r % 4096) * 0.125f - 128.0f;
   }
 
@@ -115,20 +107,11 @@ class Trial {
     const std::int64_t high = (std::int64_t{1} << (8 * bytes - (isSigned ? 1 : 0))) - 1;
     const std::int64_t low = isSigned ? -high - 1 : 0;
     const auto r = static_cast<std::int64_t>(rng());
-    switch (fill) {
-      case Fill::few:
-      case Fill::unit:
-        return r % 4 - (isSigned ? 1 : 0);
-      case Fill::wild: {
-        const std::int64_t kSpecial[] = {low, low + 1, high - 1, high,
-                                         0,   1,       high / 2, high / 2 + 1};
-        return pick(kSpecial);
-      }
-      case Fill::pixels:
-        return r % 256;
-      default:
-        return low + r % (high - low + 1);
-    }
+    const std::int64_t kSpecial[] = {low, low + 1, high - 1, high, 0, 1, high / 2, high / 2 + 1};
+    return fill == Fill::few || fill == Fill::unit ? r % 4 - (isSigned ? 1 : 0)
+           : fill == Fill::wild                    ? pick(kSpecial)
+           : fill == Fill::pixels                  ? r % 256
+                                                   : low + r % (high - low + 1);
   }
 
   int images_ = 0;
