@@ -89,16 +89,6 @@ TEST(Colour, followsTheFormulasToTheLastBit) {
   expectConverted(src, dst, rgbOf);
 }
 
-// What is no pair of inverse formulas with the same mistake in both.
-TEST(Colour, knownColours) {
-  static constexpr float kRgb[] = {1, 0, 0, 0, 1, 0, 0, 0, 1, 1, 0, 1, 0.75f, 0.25f, 0.25f};
-  static constexpr float kHls[] = {0, 0.5f, 1,    120, 0.5f, 1,    240, 0.5f,
-                                   1, 300,  0.5f, 1,   0,    0.5f, 0.5f};
-  float hls[15];
-  ASSERT_EQ(primRGBToHLS_32f_C3R(kRgb, 60, hls, 60, 5, 1), 0);
-  for (int i = 0; i < 15; ++i) EXPECT_EQ(hls[i], i % 3 == 0 ? kHls[i] / 360 : kHls[i]) << i;
-}
-
 TEST(ColorTwist, mixesThePlanesOfEachPixel) {
   const float twist[3][4] = {{0.5f, 2, -1, 3}, {0, 1, 0, 0}, {-0.25f, 4, 0.125f, -7}};
   std::mt19937 rng(5);

@@ -81,6 +81,17 @@ void expectPlane(const Plane<T>& dst, Expected expected) {
       ASSERT_EQ(dst.at(x, y), static_cast<T>(expected(x, y))) << "at " << x << ", " << y;
 }
 
+// Within `relative` of the expected value and `absolute` more.
+template <class Expected>
+void expectNear(const Plane<float>& dst, Expected expected, double absolute, double relative) {
+  for (int y = 0; y < dst.height; ++y)
+    for (int x = 0; x < dst.width; ++x) {
+      const double want = expected(x, y);
+      ASSERT_NEAR(dst.at(x, y), want, absolute + relative * std::abs(want))
+          << "at " << x << ", " << y;
+    }
+}
+
 // What an argument of call() stands for.
 template <class T>
 auto operands(T& argument) {

@@ -8,8 +8,9 @@ namespace {
 using namespace vx;
 using namespace vx::test;
 
+const prim::FloatModeGuard kFloatMode;  // that of the library, for the whole program
+
 TEST(GridFilter, everyPixelIsThatOfTheReference) {
-  const prim::FloatModeGuard floatMode;
   const std::tuple<int, int, int, Range> cases[] = {
       {97, 61, 16, {0.0f, 1.0f, 0.1f}},
       {97, 61, 6, {0.0f, 1.0f, 0.025f}},
@@ -53,7 +54,6 @@ TEST(GridFilter, everyPixelIsThatOfTheReference) {
 
 // The cell of a guide at rangeMax is the layer that the border replication overwrites.
 TEST(GridFilter, aFlatPlaneComesBackUnlessItIsExactlyOne) {
-  const prim::FloatModeGuard floatMode;
   for (const float value : {0.25f, 0.999f, 1.0f}) {
     Plane plane(40, 40);
     prim::primSet_32f_C1R(value, plane.data, plane.step, 40, 40);
@@ -66,7 +66,6 @@ TEST(GridFilter, aFlatPlaneComesBackUnlessItIsExactlyOne) {
 }
 
 TEST(GridFilter, historyIsBlendedBetweenCalls) {
-  const prim::FloatModeGuard floatMode;
   Plane first(48, 32), second(48, 32), result[3] = {{48, 32}, {48, 32}, {48, 32}};
   fill(first, 5);
   fill(second, 6);
@@ -88,7 +87,6 @@ TEST(GridFilter, historyIsBlendedBetweenCalls) {
 }
 
 TEST(LocalEq, everyPixelIsThatOfTheReference) {
-  const prim::FloatModeGuard floatMode;
   const std::tuple<int, int, int, EqSettings> cases[] = {
       {120, 70, 16, {0.05f, 0.9f, 1.0f, 0.4f, 0.7f, 0.3f}},
       {120, 70, 50, {0.0f, 1.0f, 0.0f, 0.5f, 1.0f, 1.0f}},

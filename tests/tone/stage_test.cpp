@@ -8,6 +8,8 @@ namespace {
 
 using namespace vx;
 using namespace vx::test;
+
+const prim::FloatModeGuard kFloatMode;  // that of the library, for the whole program
 using Stage = AdjustToneStage;
 
 struct StageCase {
@@ -40,7 +42,6 @@ const StageCase kCases[] = {
     {"of logarithms", [](Stage& s) { reshape(s.saturation, 2, 1.3f, 0.02f, 0.04f, 1.0005f); }}};
 
 TEST(ToneStage, bandsAndThreadsGiveTheBitsOfWholePlanePasses) {
-  const prim::FloatModeGuard floatMode;
   for (const auto& [name, change, w, h] : kCases) {
     IMG3<float> image(w, h), expected(w, h), actual(w, h);
     fill(image, 11);
@@ -64,7 +65,6 @@ TEST(ToneStage, bandsAndThreadsGiveTheBitsOfWholePlanePasses) {
 // The last value that leaves a step out and the first that does not: the reference has the same
 // limits, and to the bit.
 TEST(ToneStage, stepsBeginAtTheirThresholds) {
-  const prim::FloatModeGuard floatMode;
   const auto detail = [](Stage& s, float gain, float gamma) {
     s.lightness.detailGain = gain;
     s.lightness.detailGamma = gamma;
@@ -100,7 +100,6 @@ TEST(ToneStage, stepsBeginAtTheirThresholds) {
 }
 
 TEST(Unsharp, bandsGiveTheBitsOfWholePlanePasses) {
-  const prim::FloatModeGuard floatMode;
   for (const auto& [w, h, sigma] :
        {std::tuple{53, 41, 1.1f}, {1, 9, 1.1f}, {9, 1, 0.41f}, {30, 20, 0.4f}}) {
     Plane expected(w, h), actual(w, h);
