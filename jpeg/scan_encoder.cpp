@@ -57,7 +57,6 @@ struct SampleRows {
       : length(rowLength),
         samples(static_cast<std::size_t>(rows) * static_cast<std::size_t>(rowLength)) {}
   std::int16_t* row(int y) { return samples.data() + std::ptrdiff_t{y} * length; }
-  int step() const { return length * static_cast<int>(sizeof(std::int16_t)); }
 
   int length;
   std::vector<std::int16_t> samples;
@@ -120,7 +119,9 @@ std::int64_t jpegEncodeScan(const JpegCoding& coding, int width, int height,
         }
       for (int v = 0; v < component.v; ++v) {
         SampleRows& from = halved ? small : samples[c];
-        prim::primJpegForward_16s(from.row(8 * v), from.step(), columns.data(), from.length);
+        const std::int16_t* rows[8];
+        for (int y = 0; y < 8; ++y) rows[y] = from.row(8 * v + y);
+        prim::primJpegForward_16s(rows, columns.data(), from.length);
         prim::primJpegQuantise_16s(
             columns.data(), component.blocks.data() + std::ptrdiff_t{64} * component.columns * v,
             component.columns, &coding.quantiser[component.tables]);

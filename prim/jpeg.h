@@ -43,8 +43,9 @@ struct JpegQuantiser {
 /// Vertical transform of eight rows of samples within -128..128: column x of dst is that of the
 /// samples at x.
 ///
+/// @param rows     eight of them
 /// @param length   samples in a row; 8 * length values are written
-int primJpegForward_16s(const std::int16_t* src, int srcStep, std::int16_t* dst, int length);
+int primJpegForward_16s(const std::int16_t* const* rows, std::int16_t* dst, int length);
 
 /// Horizontal transform of the blocks that begin at columns 0, 8, 16, ..., and quantisation:
 /// dst = sign(F) * floor((|F| + half) / (30 * step)), a division rounded half away from zero.

@@ -42,12 +42,12 @@ inline std::int16_t rounded(int sum) {
   return static_cast<std::int16_t>(limit((sum + (1 << (shift - 1))) >> shift, -32768, 32767));
 }
 
-// One column of the vertical transform, `step` bytes from sample to sample.
-inline void forwardColumn(const std::int16_t* src, int step, std::int16_t* dst) {
+// One column of the vertical transform.
+inline void forwardColumn(const std::int16_t* const* rows, std::ptrdiff_t x, std::int16_t* dst) {
   for (int k = 0; k < 8; ++k) {
     int sum = 0;
-    for (int n = 0; n < 8; ++n) sum += kFirstMatrix.at[k][n] * *row(src, step, n);
-    dst[k] = rounded<kFirst.shift>(sum);
+    for (int n = 0; n < 8; ++n) sum += kFirstMatrix.at[k][n] * rows[n][x];
+    dst[8 * x + k] = rounded<kFirst.shift>(sum);
   }
 }
 
@@ -212,13 +212,13 @@ template <class L>
 }
 
 template <class L>
-[[gnu::always_inline]] inline void forwardColumns(const std::int16_t* src, int srcStep,
+[[gnu::always_inline]] inline void forwardColumns(const std::int16_t* const* rows, std::ptrdiff_t x,
                                                   std::int16_t* dst) {
   typename L::V v[8];
-  for (int n = 0; n < 8; ++n) v[n] = L::load(row(src, srcStep, n));
+  for (int n = 0; n < 8; ++n) v[n] = L::load(rows[n] + x);
   forward<L, kFirst.shift>(v, kFirst);
   transpose<L>(v);
-  for (int x = 0; x < 8; ++x) L::scatter(dst + 8 * x, kBlockBytes, v[x]);
+  for (int i = 0; i < 8; ++i) L::scatter(dst + 8 * (x + i), kBlockBytes, v[i]);
 }
 
 template <class L>
@@ -245,18 +245,16 @@ template <class L>
 
 }  // namespace
 
-int primJpegForward_16s(const std::int16_t* src, int srcStep, std::int16_t* dst, int length) {
-  if (!src || !dst) return kStatusNullPtr;
+int primJpegForward_16s(const std::int16_t* const* rows, std::int16_t* dst, int length) {
+  if (!rows || !dst) return kStatusNullPtr;
   if (length < 1) return kStatusBadSize;
   int x = 0;
 #if !defined(VX_KERNEL_SCALAR)
   constexpr int kWide = 8 * WideLanes::kGroups;
-  for (; x + kWide <= length; x += kWide)
-    forwardColumns<WideLanes>(src + x, srcStep, dst + 8 * std::ptrdiff_t{x});
-  for (; x + 8 <= length; x += 8)
-    forwardColumns<Lanes128>(src + x, srcStep, dst + 8 * std::ptrdiff_t{x});
+  for (; x + kWide <= length; x += kWide) forwardColumns<WideLanes>(rows, x, dst);
+  for (; x + 8 <= length; x += 8) forwardColumns<Lanes128>(rows, x, dst);
 #endif
-  for (; x < length; ++x) forwardColumn(src + x, srcStep, dst + 8 * std::ptrdiff_t{x});
+  for (; x < length; ++x) forwardColumn(rows, x, dst);
   return kStatusOk;
 }
 

@@ -25,7 +25,7 @@ inline void drawRange(Trial& t, Image<std::int16_t>& image, int count, int low, 
 }
 
 // eight rows of samples to columns
-inline void drive(const Prim& entry, Row<const std::int16_t*, int, std::int16_t*, int> row) {
+inline void drive(const Prim& entry, Row<const std::int16_t* const*, std::int16_t*, int> row) {
   forTrials(entry, [&](Trial& t) {
     Image<std::int16_t> src(t, Role::read, Shape{t.width, 8, {}, {}, -1, false});
     for (int y = 0; y < 8; ++y)
@@ -33,8 +33,11 @@ inline void drive(const Prim& entry, Row<const std::int16_t*, int, std::int16_t*
         src.set(x, y,
                 static_cast<std::int16_t>(t.oneIn(3) ? t.pick({-128, 128}) : t.uniform(-128, 128)));
     auto dst = list<std::int16_t>(t, Role::write, 8 * t.width);
-    match(entry, t, row, {&src, &dst}, Expect::success, src.data(), src.step(), dst.data(),
-          t.width);
+    const std::int16_t* rows[8];
+    for (int y = 0; y < 8; ++y)
+      rows[y] = reinterpret_cast<const std::int16_t*>(reinterpret_cast<const char*>(src.data()) +
+                                                      std::ptrdiff_t{src.step()} * y);
+    match(entry, t, row, {&src, &dst}, Expect::success, rows, dst.data(), t.width);
   });
 }
 
