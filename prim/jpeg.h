@@ -57,6 +57,11 @@ int primJpegQuantise_16s(const std::int16_t* columns, std::int16_t* dst, int blo
 int primJpegRequantise_16s8u(const std::int16_t* columns, std::uint8_t* dst, int dstStep,
                              int blocks, const JpegQuantiser* quantiser);
 
+/// Adds to *sum what primJpegQuantise_16s would give for all but the mean of each block, each value
+/// by its size up to 8: sum of min(|level|, 8).
+int primJpegLevels_16s(const std::int16_t* columns, int blocks, const JpegQuantiser* quantiser,
+                       double* sum);
+
 /// Inverse transform of dequantised blocks within -2048..2047: eight rows of 8 * blocks samples,
 /// 128 added, limited to 0..255.
 int primJpegInverse_16s8u(const std::int16_t* coefficients, std::uint8_t* dst, int dstStep,

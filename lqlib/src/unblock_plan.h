@@ -3,7 +3,6 @@
 #include <array>
 #include <cstdint>
 
-#include "frame/image_buffer.h"
 #include "jpeg/scan_encoder.h"
 
 namespace vx {
@@ -25,9 +24,5 @@ struct UnblockPlan {
   /// Bytes of the block that a trip is given.
   std::int64_t blockBytes() const;
 };
-
-/// Finds the trips whose stream would not fit. Upper bounds of the bits, from the energy of the
-/// picture, prove most of them to fit; what they leave open is counted bit by bit.
-void markFailingTrips(UnblockPlan& plan, const ImageBuffer<std::uint8_t, 3>& source);
 
 }  // namespace vx

@@ -59,7 +59,7 @@ void UnblockStrip::run(int first, int last) {
   loaded_ = begin;
   for (int start = begin; start < last + lag; ++start) {
     for (; loaded_ < start + mcuHeight_; ++loaded_) loadRow(loaded_);
-    const int top = (2 * mcuHeight_ - start) & (mcuHeight_ - 1);
+    const int top = topOf(start);
     if (top < 8 && start >= -top && plan_.taken[static_cast<std::size_t>(top)]) mcuRow(start, top);
     const int done = start - lag;
     if (done >= first && done < last) writeRow(done);
@@ -96,6 +96,34 @@ void UnblockStrip::transformRows(int start) {
         rows[y] = reduced_.row(y);
       }
       prim::primJpegForward_16s(rows, columns_[c][parity].data + 8 * (kFrom + kMargin / 2), count);
+    }
+  }
+}
+
+void UnblockStrip::countLevels(int first, int last, TripSums& levels) {
+  const JpegCoding& coding = plan_.coding;
+  const int mcus = (plan_.width + 7) / coding.mcuWidth() + 1;
+  loaded_ = first;
+  for (int start = first; start < last; ++start) {
+    for (; loaded_ < start + mcuHeight_; ++loaded_) loadRow(loaded_);
+    const int top = topOf(start);
+    if (top > 7 || start < -top || start + top > plan_.height + 7 ||
+        !plan_.taken[static_cast<std::size_t>(top)])
+      continue;
+    transformRows(start);
+    for (int left = 0; left < 8; ++left) {
+      if (!plan_.taken[static_cast<std::size_t>(left)]) continue;
+      for (int c = 0; c < 3; ++c) {
+        const int parity = parityOf(c, left), shift = halved(c) ? left / 2 : left;
+        const int halves = c == 0 ? coding.vFactor : 1;
+        for (int half = 0; half < halves; ++half) {
+          double sum = 0;
+          prim::primJpegLevels_16s(
+              columns_[c][halves > 1 ? half : parity].data + std::ptrdiff_t{8} * (kMargin - shift),
+              c == 0 ? mcus * coding.hFactor : mcus, &coding.quantiser[coding.tablesOf(c)], &sum);
+          levels[static_cast<std::size_t>(top)][static_cast<std::size_t>(left)] += sum;
+        }
+      }
     }
   }
 }

@@ -1,10 +1,16 @@
 #pragma once
 
+#include <array>
+#include <cstdint>
+
 #include "frame/image_buffer.h"
 #include "lqlib/src/unblock_pixels.h"
 #include "lqlib/src/unblock_plan.h"
 
 namespace vx {
+
+/// A number for each top and left.
+using TripSums = std::array<std::array<double, 8>, 8>;
 
 /// Makes all round trips for strips of rows, without streams: entropy coding loses nothing.
 ///
@@ -20,6 +26,10 @@ class UnblockStrip {
  public:
   UnblockStrip(const UnblockPlan& plan, const ImageBuffer<std::uint8_t, 3>& source,
                const UnblockPixels& pixels);
+
+  /// For each trip adds the levels (primJpegLevels_16s) of all MCUs that begin at rows first to
+  /// below last, -7 to height + 7. Allocates nothing.
+  void countLevels(int first, int last, TripSums& levels);
 
   /// Processes and writes rows first to below last. Allocates nothing.
   void run(int first, int last);
@@ -42,6 +52,7 @@ class UnblockStrip {
 
   void loadRow(int y);
   void transformRows(int start);
+  int topOf(int start) const { return (2 * mcuHeight_ - start) & (mcuHeight_ - 1); }
   void mcuRow(int start, int top);
   void trip(int start, int top, int left);
   void decode(int c, int left);

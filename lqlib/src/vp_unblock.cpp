@@ -9,6 +9,7 @@
 
 #include "frame/exceptions.h"
 #include "frame/parallel.h"
+#include "lqlib/src/failing_trips.h"
 #include "lqlib/src/unblock_pixels.h"
 #include "lqlib/src/unblock_plan.h"
 #include "lqlib/src/unblock_strip.h"
@@ -28,13 +29,12 @@ int stripCount(const UnblockPixels& pixels, int threads) {
 void unblock(const UnblockPixels& pixels, UnblockPlan& plan) {
   ImageBuffer<std::uint8_t, 3> source(pixels.width, pixels.height);
   readUnblockSource(pixels, source);
-  markFailingTrips(plan, source);
-
-  // All memory is there before the first row is written.
   const int threads = omp_get_max_threads();
   const int strips = stripCount(pixels, threads);
   std::deque<UnblockStrip> workers;
   for (int i = 0; i < std::min(threads, strips); ++i) workers.emplace_back(plan, source, pixels);
+  // Takes the last memory; what follows cannot fail and may write.
+  markFailingTrips(plan, source, workers);
   const auto edge = [&](int strip) {
     return static_cast<int>(std::int64_t{pixels.height} * strip / strips);
   };

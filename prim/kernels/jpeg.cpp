@@ -185,12 +185,16 @@ template <class L>
 }
 
 template <class L>
+[[gnu::always_inline]] inline typename L::V magnitude(typename L::V f, const JpegQuantiser& q,
+                                                      int u) {
+  const typename L::V sum = L::add(L::absolute(f), L::broadcast(q.half + 8 * u));
+  return L::mulHighU(L::mulHighU(sum, L::broadcast(q.reciprocal + 8 * u)),
+                     L::broadcast(q.scale + 8 * u));
+}
+template <class L>
 [[gnu::always_inline]] inline typename L::V quantise(typename L::V f, const JpegQuantiser& q,
                                                      int u) {
-  const typename L::V sum = L::add(L::absolute(f), L::broadcast(q.half + 8 * u));
-  const typename L::V level = L::mulHighU(L::mulHighU(sum, L::broadcast(q.reciprocal + 8 * u)),
-                                          L::broadcast(q.scale + 8 * u));
-  return L::withSign(level, f);
+  return L::withSign(magnitude<L>(f, q, u), f);
 }
 
 // Columns, or coefficients, of the blocks at p: v[i] holds vector i of each.
@@ -239,6 +243,29 @@ template <class L>
   for (int u = 0; u < 8; ++u)
     v[u] = L::mulLow(quantise<L>(v[u], q, u), L::broadcast(q.step + 8 * u));
   inverseBlocks<L>(v, dst, dstStep);
+}
+
+// A lane takes 8 levels of at most 8 from a block, so that 16 bits hold a few hundred blocks.
+constexpr int kLevelRuns = 256;
+template <class L>
+[[gnu::always_inline]] inline void addLevels(const std::int16_t* columns, const JpegQuantiser& q,
+                                             typename L::V& sum) {
+  alignas(16) static constexpr std::int16_t kNoMean[8] = {0, -1, -1, -1, -1, -1, -1, -1};
+  const typename L::V top = L::set(8);
+  typename L::V v[8];
+  loadBlocks<L>(columns, v);
+  forward<L, kSecond.shift>(v, kSecond);
+  v[0] = L::bitAnd(v[0], L::broadcast(kNoMean));
+  for (int u = 0; u < 8; ++u) sum = L::add(sum, L::least(magnitude<L>(v[u], q, u), top));
+}
+template <class L>
+inline std::int64_t totalOf(typename L::V sum) {
+  const typename L::V pairs = L::madd(sum, L::set(1));
+  int lanes[4 * L::kGroups];
+  L::store(lanes, pairs);
+  std::int64_t total = 0;
+  for (const int lane : lanes) total += lane;
+  return total;
 }
 
 #endif
@@ -298,6 +325,39 @@ int primJpegRequantise_16s8u(const std::int16_t* columns, std::uint8_t* dst, int
     requantiseBlocks<Lanes128>(columns + 64 * std::ptrdiff_t{i}, dst + 8 * std::ptrdiff_t{i},
                                dstStep, *quantiser);
 #endif
+  return kStatusOk;
+}
+
+int primJpegLevels_16s(const std::int16_t* columns, int blocks, const JpegQuantiser* quantiser,
+                       double* sum) {
+  if (!columns || !quantiser || !sum) return kStatusNullPtr;
+  if (blocks < 1) return kStatusBadSize;
+  std::int64_t total = 0;
+#if defined(VX_KERNEL_SCALAR)
+  for (int i = 0; i < blocks; ++i) {
+    std::int16_t block[64];
+    quantiseBlock(columns + 64 * std::ptrdiff_t{i}, block, *quantiser);
+    for (int k = 1; k < 64; ++k) total += limit(block[k] < 0 ? -block[k] : block[k], 0, 8);
+  }
+#else
+  int i = 0;
+  while (i < blocks) {
+    typename WideLanes::V wide = WideLanes::set(0);
+    typename Lanes128::V narrow = Lanes128::set(0);
+    for (int run = 0; run < kLevelRuns && i < blocks; ++run) {
+      const std::int16_t* at = columns + 64 * std::ptrdiff_t{i};
+      if (i + WideLanes::kGroups <= blocks) {
+        addLevels<WideLanes>(at, *quantiser, wide);
+        i += WideLanes::kGroups;
+      } else {
+        addLevels<Lanes128>(at, *quantiser, narrow);
+        ++i;
+      }
+    }
+    total += totalOf<WideLanes>(wide) + totalOf<Lanes128>(narrow);
+  }
+#endif
+  *sum = static_cast<double>(total);
   return kStatusOk;
 }
 

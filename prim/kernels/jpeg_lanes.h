@@ -24,6 +24,7 @@ struct Lanes128 {
   VX_LANES V sub(V a, V b) { return _mm_sub_epi16(a, b); }
   VX_LANES V addSat(V a, V b) { return _mm_adds_epi16(a, b); }
   VX_LANES V subSatU(V a, V b) { return _mm_subs_epu16(a, b); }
+  VX_LANES V least(V a, V b) { return _mm_min_epi16(a, b); }
   VX_LANES V mulLow(V a, V b) { return _mm_mullo_epi16(a, b); }
   VX_LANES V mulHigh(V a, V b) { return _mm_mulhi_epi16(a, b); }
   VX_LANES V mulHighU(V a, V b) { return _mm_mulhi_epu16(a, b); }
@@ -95,6 +96,7 @@ struct Lanes256 {
   VX_LANES V sub(V a, V b) { return _mm256_sub_epi16(a, b); }
   VX_LANES V addSat(V a, V b) { return _mm256_adds_epi16(a, b); }
   VX_LANES V subSatU(V a, V b) { return _mm256_subs_epu16(a, b); }
+  VX_LANES V least(V a, V b) { return _mm256_min_epi16(a, b); }
   VX_LANES V mulLow(V a, V b) { return _mm256_mullo_epi16(a, b); }
   VX_LANES V mulHigh(V a, V b) { return _mm256_mulhi_epi16(a, b); }
   VX_LANES V mulHighU(V a, V b) { return _mm256_mulhi_epu16(a, b); }
@@ -159,6 +161,7 @@ struct Lanes512 {
   VX_LANES V sub(V a, V b) { return _mm512_sub_epi16(a, b); }
   VX_LANES V addSat(V a, V b) { return _mm512_adds_epi16(a, b); }
   VX_LANES V subSatU(V a, V b) { return _mm512_subs_epu16(a, b); }
+  VX_LANES V least(V a, V b) { return _mm512_min_epi16(a, b); }
   VX_LANES V mulLow(V a, V b) { return _mm512_mullo_epi16(a, b); }
   VX_LANES V mulHigh(V a, V b) { return _mm512_mulhi_epi16(a, b); }
   VX_LANES V mulHighU(V a, V b) { return _mm512_mulhi_epu16(a, b); }

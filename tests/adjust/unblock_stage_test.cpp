@@ -5,7 +5,7 @@
 #include <cmath>
 #include <vector>
 
-#include "picture.h"
+#include "tests/support/picture.h"
 
 namespace {
 

@@ -12,7 +12,7 @@
 #include "frame/load.h"
 #include "tests/jpeg/pictures.h"
 
-#ifdef VX_TEST_TURBOJPEG
+#ifdef VX_TURBOJPEG
 #include <turbojpeg.h>
 #endif
 
@@ -23,7 +23,7 @@ using vx::test::Scene;
 
 constexpr int kSizes[][2] = {{1, 1}, {7, 3}, {8, 8}, {17, 16}, {33, 47}, {64, 31}};
 
-#ifdef VX_TEST_TURBOJPEG
+#ifdef VX_TURBOJPEG
 
 constexpr int kSampling[] = {TJSAMP_444, TJSAMP_420, TJSAMP_422};  // by our code
 

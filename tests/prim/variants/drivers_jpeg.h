@@ -73,6 +73,20 @@ inline void drive(
   });
 }
 
+// sizes of levels
+inline void drive(const Prim& entry,
+                  Row<const std::int16_t*, int, const prim::JpegQuantiser*, double*> row) {
+  forTrials(entry, [&](Trial& t) {
+    const int blocks = t.oneIn(20) ? 700 : t.uniform(1, 13);
+    auto columns = list<std::int16_t>(t, Role::read, 64 * blocks);
+    drawRange(t, columns, 64 * blocks, -kColumnTop, kColumnTop);
+    auto sum = list<double>(t, Role::write, 1);
+    const prim::JpegQuantiser quantiser = drawQuantiser(t);
+    match(entry, t, row, {&columns, &sum}, Expect::success, columns.data(), blocks, &quantiser,
+          sum.data());
+  });
+}
+
 // dequantised blocks to samples
 inline void drive(const Prim& entry, Row<const std::int16_t*, std::uint8_t*, int, int> row) {
   forTrials(entry, [&](Trial& t) {
