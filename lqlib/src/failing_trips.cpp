@@ -59,8 +59,8 @@ void markFailingTrips(UnblockPlan& plan, const ImageBuffer<std::uint8_t, 3>& sou
                       std::deque<UnblockStrip>& strips) {
   const std::int64_t room = plan.blockBytes() - plan.coding.headerBytes();
   const int width = plan.width + 8, height = plan.height + 8;
-  const JpegStreamBound bound(plan.coding, width, height);
-  if (bound.fits(measureRoughness(plan.coding, source), room)) return;
+  const JpegStreamBound bound(plan.coding, plan.width, plan.height);
+  if (bound.fits(RoughnessMap(plan.coding, source), room)) return;
   const TripSums levels = countLevels(plan, strips);
   parallelFor(0, 64, [&](int trip) {
     const int top = trip / 8, left = trip % 8;

@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <cstddef>
-#include <cstdlib>
 #include <vector>
 
 #include "frame/parallel.h"
@@ -10,63 +9,58 @@
 namespace vx {
 namespace {
 
-// Beyond the picture there are at most 7 columns and rows on one side and 8 and an MCU on the
-// other, all repeating the edge: one picture row, or column, counts as so many.
-constexpr int kRepeats = 32;
+constexpr int kPart = RoughnessMap::kPart;
 
-// Sums of the squares of the differences a - b.
-std::int64_t squares(const std::int16_t* a, const std::int16_t* b, int length) {
-  std::int64_t sum = 0;
-  constexpr int kPart = 8192;  // of which the squares, up to 256 * 256, stay within 31 bits
-  for (int start = 0; start < length; start += kPart) {
-    const int end = std::min(start + kPart, length);
-    int part = 0;
-    for (int x = start; x < end; ++x) {
-      const auto d = static_cast<std::int16_t>(a[x] - b[x]);
-      part += d * d;
+// Squares along an axis: blocks begin up to 15 samples behind the picture, and reach 16 further.
+int partsOf(int picture) {
+  constexpr int kCell = RoughnessMap::kCell, kReach = 16;
+  const int cells = (RoughnessMap::kBefore + picture + 15) / kCell + 1;
+  return (cells * kCell + kReach) / kPart;
+}
+
+// Adds the squares of a row's differences to the next sample and to the row below.
+void addSquares(const std::int16_t* row, const std::int16_t* below, int parts, int* sums) {
+  for (int part = 0; part < parts; ++part, row += kPart, below += kPart) {
+    int sum = 0;
+    for (int x = 0; x < kPart; ++x) {
+      const auto right = static_cast<std::int16_t>(row[x] - row[x + 1]);
+      const auto down = static_cast<std::int16_t>(row[x] - below[x]);
+      sum += right * right + down * down;
     }
-    sum += part;
+    sums[part] += sum;
   }
-  return sum;
 }
 
 }  // namespace
 
-ComponentRoughness measureRoughness(const JpegCoding& coding,
-                                    const ImageBuffer<std::uint8_t, 3>& source) {
-  constexpr int kBandRows = 64;
-  const int width = source.width, height = source.height;
-  const int bands = (height - 1) / kBandRows + 1;
-  std::vector<ComponentRoughness> parts(static_cast<std::size_t>(bands));
+RoughnessMap::RoughnessMap(const JpegCoding& coding, const ImageBuffer<std::uint8_t, 3>& source)
+    : columns(partsOf(source.width)), rows(partsOf(source.height)) {
+  for (auto& part : squares)
+    part.resize(static_cast<std::size_t>(columns) * static_cast<std::size_t>(rows));
+  const int length = columns * kPart + 1;
+  constexpr int kRowsOfParts = 8;
+  const int bands = (rows - 1) / kRowsOfParts + 1;
   parallelFor(0, bands, [&](int band) {
-    std::vector<std::int16_t> memory(std::size_t{6} * static_cast<std::size_t>(width));
-    std::int16_t* rows[2][3];
-    for (int i = 0; i < 6; ++i) rows[i / 3][i % 3] = memory.data() + std::ptrdiff_t{i} * width;
-    const int first = band * kBandRows, last = std::min(height, first + kBandRows);
-    const auto read = [&](int y) {
-      jpegSampleRow(source.row(y), width, coding.useYcc, 0, width, rows[y % 2]);
+    std::vector<std::int16_t> memory(std::size_t{6} * static_cast<std::size_t>(length));
+    const auto row = [&](int y, int c) {
+      return memory.data() + std::ptrdiff_t{length} * (3 * (y & 1) + c);
     };
-    if (first > 0) read(first - 1);
+    const auto read = [&](int y) {
+      std::int16_t* const samples[] = {row(y, 0), row(y, 1), row(y, 2)};
+      jpegSampleRow(source.row(std::clamp(y - kBefore, 0, source.height - 1)), source.width,
+                    coding.useYcc, kBefore, length, samples);
+    };
+    const int first = band * kRowsOfParts * kPart;
+    const int last = std::min(rows, (band + 1) * kRowsOfParts) * kPart;
+    read(first);
     for (int y = first; y < last; ++y) {
-      read(y);
-      const double copies = 1.0 + (y == 0 ? kRepeats : 0) + (y == height - 1 ? kRepeats : 0);
-      for (std::size_t c = 0; c < 3; ++c) {
-        const std::int16_t* row = rows[y % 2][c];
-        double sum = copies * static_cast<double>(squares(row, row + 1, width - 1));
-        if (y > 0) {
-          const std::int16_t* above = rows[1 - y % 2][c];
-          sum += static_cast<double>(
-              squares(row, above, width) +
-              kRepeats * (squares(row, above, 1) + squares(row + width - 1, above + width - 1, 1)));
-        }
-        parts[static_cast<std::size_t>(band)][c] += sum;
-      }
+      read(y + 1);
+      for (int c = 0; c < 3; ++c)
+        addSquares(
+            row(y, c), row(y + 1, c), columns,
+            squares[static_cast<std::size_t>(c)].data() + std::ptrdiff_t{y / kPart} * columns);
     }
   });
-  ComponentRoughness roughness{};
-  for (const ComponentRoughness& part : parts)
-    for (std::size_t c = 0; c < 3; ++c) roughness[c] += part[c];
-  return roughness;
 }
 
 }  // namespace vx
