@@ -3,6 +3,7 @@
 #include <omp.h>
 
 #include <algorithm>
+#include <climits>
 #include <cstddef>
 #include <deque>
 #include <new>
@@ -53,6 +54,8 @@ int vp_unblock(int deep, void* pixels, int pixelStep, int rowStep, int width, in
                int quality, int jpegMode, int shiftStep) {
   UnblockPlan plan(width, height, quality, jpegMode, shiftStep);
   if (pixels == nullptr || width < 1 || height < 1) return plan.trips;
+  constexpr int kMost = INT_MAX - 1024;  // leaves room for what surrounds the picture
+  if (width > kMost || height > kMost) throw MemoryException();
   try {
     unblock({deep != 0, pixels, pixelStep, rowStep, width, height}, plan);
   } catch (const std::bad_alloc&) {
