@@ -14,9 +14,12 @@ int unblockQuality(float strength) {
   return std::clamp(quality, 1, 99);
 }
 
+bool unblockActive(const AdjustSettings& settings) {
+  return static_cast<double>(settings.unblockStrength) > 0.02 && settings.previewScale == 1;
+}
+
 void removeBlockArtifacts(IMG3<float>& image, const AdjustSettings& settings) {
-  const bool wanted = static_cast<double>(settings.unblockStrength) > 0.02;
-  if (!wanted || settings.previewScale != 1) return;
+  if (!unblockActive(settings)) return;
   const int w = image.roiWidth, h = image.roiHeight;
   IMG3<unsigned char> bytes(w, h);
   if (bytes.data == nullptr || image.data == nullptr) return;

@@ -1,5 +1,4 @@
 #include <cmath>
-#include <fstream>
 
 #include "tests/host/host_test.h"
 
@@ -117,19 +116,14 @@ TEST_F(Edge, PresetsBelongToTheirCommand) {
   for (const auto& [command, preset] : {std::pair<std::string, std::string>{"adjust", "mine.toml"},
                                         {"adjust", "soft-lens"},
                                         {"edge", "vivid"}}) {
-    const Outcome outcome = run({command, "in.png", "-o", "wrong.png", "--preset", preset});
-    EXPECT_EQ(outcome.code, 2);
-    ASSERT_EQ(outcome.complaints(), 1);
-    EXPECT_NE(
-        outcome.err.find("made for vxicore " + std::string(command == "edge" ? "adjust" : "edge")),
-        std::string::npos)
-        << outcome.err;
+    runBadly(2, "made for vxicore " + std::string(command == "edge" ? "adjust" : "edge"),
+             {command, "in.png", "-o", "wrong.png", "--preset", preset});
   }
 }
 
 TEST_F(Edge, MistakesAreUsageErrors) {
   pattern(20, 20, 3, 8).pngsave(path("in.png").c_str());
-  std::ofstream(path("half.toml")) << "chroma-shift-x = 1.5\n";
+  write("half.toml", "chroma-shift-x = 1.5\n");
   for (const auto& [option, value] :
        {std::pair<std::string, std::string>{"--chroma-shift-x", "1.5"},
         {"--preset", "half.toml"},
@@ -138,9 +132,7 @@ TEST_F(Edge, MistakesAreUsageErrors) {
         {"--range-floor", "0"},
         {"--luma-gamma", "1"},
         {"--preview-scale", "2"}}) {
-    const Outcome outcome = run({"edge", "in.png", "-o", "out.png", option, value});
-    EXPECT_EQ(outcome.code, 2) << option;
-    EXPECT_EQ(outcome.complaints(), 1) << outcome.err;
+    runBadly(2, "", {"edge", "in.png", "-o", "out.png", option, value});
   }
   EXPECT_EQ(files(), (std::vector<std::string>{"half.toml", "in.png"}));
 }

@@ -35,6 +35,8 @@ class VipsSetUp : public ::testing::Environment {
   void SetUp() override {
     if (vips_init("host_test") != 0) vips_error_exit(nullptr);
     vips_cache_set_max(0);
+    Exiv2::XmpParser::initialize();
+    Exiv2::LogMsg::setLevel(Exiv2::LogMsg::mute);
   }
 };
 const auto* const kVipsSetUp = ::testing::AddGlobalTestEnvironment(new VipsSetUp);
@@ -140,6 +142,23 @@ VImage pattern(int width, int height, int bands, int depth) {
       .copy(VImage::option()->set("interpretation", colours))
       .write(result);
   return result;
+}
+
+std::unique_ptr<Exiv2::Image> metadataOf(const std::string& path) {
+  std::unique_ptr<Exiv2::Image> image(Exiv2::ImageFactory::open(path).release());
+  image->readMetadata();
+  return image;
+}
+
+void addMetadata(const std::string& path, int width, int height) {
+  const auto image = metadataOf(path);
+  for (const auto& [key, value] : kExif) image->exifData()[key] = std::string(value);
+  image->exifData()["Exif.Photo.PixelXDimension"] = static_cast<std::uint32_t>(width);
+  image->exifData()["Exif.Photo.PixelYDimension"] = static_cast<std::uint32_t>(height);
+  image->xmpData()["Xmp.dc.title"] = "lang=x-default A title";
+  if (image->checkMode(Exiv2::mdIptc) == Exiv2::amReadWrite)
+    image->iptcData()["Iptc.Application2.Caption"] = "A caption";
+  image->writeMetadata();
 }
 
 std::vector<std::uint8_t> bytesOf(const std::string& path) {

@@ -6,8 +6,10 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <exiv2/exiv2.hpp>
 #include <filesystem>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 #include <vips/vips8>
@@ -52,6 +54,23 @@ class HostTest : public ::testing::Test {
 /// A picture with gradients, texture and saturated corners; every band another function of the
 /// place. `depth` 8 or 16. Interpretation by bands: 1, 2 grey, 3, 4 RGB.
 vips::VImage pattern(int width, int height, int bands, int depth);
+
+/// Camera, orientation, place and a maker note (Nikon, four tags).
+inline constexpr std::pair<const char*, const char*> kExif[] = {
+    {"Exif.Image.Make", "NIKON CORPORATION"},
+    {"Exif.Image.Model", "NIKON D70"},
+    {"Exif.Image.Orientation", "6"},
+    {"Exif.Photo.DateTimeOriginal", "2024:05:06 07:08:09"},
+    {"Exif.GPSInfo.GPSLatitudeRef", "N"},
+    {"Exif.GPSInfo.GPSLatitude", "51/1 3/1 4/1"},
+    {"Exif.Nikon3.Version", "48 50 49 48"},
+    {"Exif.Nikon3.Quality", "FINE"},
+    {"Exif.Nikon3.SerialNumber", "NO= 12345678"},
+    {"Exif.Nikon3.ShutterCount", "4711"}};
+
+/// These, the size, XMP and, where the format can hold it, IPTC.
+void addMetadata(const std::string& path, int width, int height);
+std::unique_ptr<Exiv2::Image> metadataOf(const std::string& path);
 
 std::vector<std::uint8_t> bytesOf(const std::string& path);
 vips::VImage open(const std::string& path);

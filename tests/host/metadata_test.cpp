@@ -1,29 +1,7 @@
-#include <exiv2/exiv2.hpp>
-#include <memory>
-
 #include "tests/host/host_test.h"
 
 namespace vx::host_test {
 namespace {
-
-// Camera, orientation, place and a maker note (Nikon, four tags).
-constexpr std::pair<const char*, const char*> kExif[] = {
-    {"Exif.Image.Make", "NIKON CORPORATION"},
-    {"Exif.Image.Model", "NIKON D70"},
-    {"Exif.Image.Orientation", "6"},
-    {"Exif.Photo.DateTimeOriginal", "2024:05:06 07:08:09"},
-    {"Exif.GPSInfo.GPSLatitudeRef", "N"},
-    {"Exif.GPSInfo.GPSLatitude", "51/1 3/1 4/1"},
-    {"Exif.Nikon3.Version", "48 50 49 48"},
-    {"Exif.Nikon3.Quality", "FINE"},
-    {"Exif.Nikon3.SerialNumber", "NO= 12345678"},
-    {"Exif.Nikon3.ShutterCount", "4711"}};
-
-std::unique_ptr<Exiv2::Image> metadataOf(const std::string& path) {
-  std::unique_ptr<Exiv2::Image> image(Exiv2::ImageFactory::open(path).release());
-  image->readMetadata();
-  return image;
-}
 
 std::string bytesOf(const void* data, std::size_t size) {
   return {static_cast<const char*>(data), size};
@@ -40,8 +18,6 @@ class Metadata : public HostTest {
  protected:
   void SetUp() override {
     HostTest::SetUp();
-    Exiv2::XmpParser::initialize();
-    Exiv2::LogMsg::setLevel(Exiv2::LogMsg::mute);
     VipsBlob* blob = nullptr;
     ASSERT_EQ(vips_profile_load("srgb", &blob, nullptr), 0);
     std::size_t size = 0;
@@ -56,14 +32,7 @@ class Metadata : public HostTest {
     vips_image_set_blob_copy(picture.get_image(), VIPS_META_ICC_NAME, profile_.data(),
                              profile_.size());
     picture.write_to_file(path(name).c_str());
-    const auto image = metadataOf(path(name));
-    for (const auto& [key, value] : kExif) image->exifData()[key] = std::string(value);
-    image->exifData()["Exif.Photo.PixelXDimension"] = std::uint32_t{61};
-    image->exifData()["Exif.Photo.PixelYDimension"] = std::uint32_t{40};
-    image->xmpData()["Xmp.dc.title"] = "lang=x-default A title";
-    if (image->checkMode(Exiv2::mdIptc) == Exiv2::amReadWrite)
-      image->iptcData()["Iptc.Application2.Caption"] = "A caption";
-    image->writeMetadata();
+    addMetadata(path(name), 61, 40);
   }
 
   void expectKept(const std::string& name, bool iptc) const {
