@@ -13,6 +13,9 @@ namespace {
 // block being fetched for the sake of a filter's neighbour.
 constexpr int kBehind = 24;
 
+// First column of halved components, the picture's first being at kMargin / 2.
+constexpr int kReducedFrom = 4;
+
 int roundUp(int value, int granule) { return (value + granule - 1) / granule * granule; }
 
 }  // namespace
@@ -28,7 +31,9 @@ UnblockStrip::UnblockStrip(const UnblockPlan& plan, const ImageBuffer<std::uint8
       length_(roundUp(kMargin + plan.width + kBehind, 16)) {
   const JpegCoding& coding = plan.coding;
   samples_.resize(length_, 3 * sampleRows_);
-  if (coding.hFactor == 2) reduced_.resize(length_ / 2 + kMargin, 8);
+  // The first row of a strip is paired with one before it, which is not used.
+  std::fill_n(samples_.data, std::ptrdiff_t{samples_.step} / 2 * samples_.height, std::int16_t{0});
+  if (coding.hFactor == 2) reduced_.resize(length_ / 2, 8 * sampleRows_);
   for (int c = 0; c < 3; ++c) {
     const int width = halved(c) ? length_ / 2 + kMargin : length_;
     const int sets = c == 0 ? coding.vFactor : halved(c) ? kParities : 1;
@@ -70,6 +75,20 @@ void UnblockStrip::loadRow(int y) {
   std::int16_t* const rows[] = {sampleRow(y, 0), sampleRow(y, 1), sampleRow(y, 2)};
   jpegSampleRow(source_.row(std::clamp(y, 0, plan_.height - 1)), plan_.width, plan_.coding.useYcc,
                 kMargin, length_, rows);
+  if (plan_.coding.hFactor == 2) reduceRow(y + 1 - plan_.coding.vFactor);
+}
+
+// Column k of parity p is the mean of columns 2k - p and 2k + 1 - p of the picture.
+void UnblockStrip::reduceRow(int y) {
+  for (int c = 1; c < 3; ++c) {
+    const std::int16_t* upper = sampleRow(y, c) + 2 * kReducedFrom;
+    const std::int16_t* lower =
+        plan_.coding.vFactor == 1 ? nullptr : sampleRow(y + 1, c) + 2 * kReducedFrom;
+    for (int bias = 0; bias < 2; ++bias)
+      for (int parity = 0; parity < kParities; ++parity)
+        jpegReduceRow(upper - parity, lower == nullptr ? nullptr : lower - parity, bias,
+                      length_ / 2 - kReducedFrom, reducedRow(y, c, bias, parity));
+  }
 }
 
 // The vertical transforms of the MCUs that begin at row `start`.
@@ -84,18 +103,10 @@ void UnblockStrip::transformRows(int start) {
       }
       continue;
     }
-    // Column k of parity p is the mean of columns 2k - p and 2k + 1 - p of the picture.
-    constexpr int kFrom = kMargin / 2 - 4;
-    const int count = length_ / 2 - kFrom;
     for (int parity = 0; parity < kParities; ++parity) {
-      for (int y = 0; y < 8; ++y) {
-        const std::int16_t* upper = sampleRow(start + v * y, c) + 2 * kFrom - parity;
-        const std::int16_t* lower =
-            v == 1 ? nullptr : sampleRow(start + v * y + 1, c) + 2 * kFrom - parity;
-        jpegReduceRow(upper, lower, y & 1, count, reduced_.row(y));
-        rows[y] = reduced_.row(y);
-      }
-      prim::primJpegForward_16s(rows, columns_[c][parity].data + 8 * (kFrom + kMargin / 2), count);
+      for (int y = 0; y < 8; ++y) rows[y] = reducedRow(start + v * y, c, y & 1, parity);
+      prim::primJpegForward_16s(rows, columns_[c][parity].data + 8 * (kReducedFrom + kMargin / 2),
+                                length_ / 2 - kReducedFrom);
     }
   }
 }

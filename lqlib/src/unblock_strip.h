@@ -51,6 +51,7 @@ class UnblockStrip {
   };
 
   void loadRow(int y);
+  void reduceRow(int y);
   void transformRows(int start);
   int topOf(int start) const { return (2 * mcuHeight_ - start) & (mcuHeight_ - 1); }
   void mcuRow(int start, int top);
@@ -63,6 +64,11 @@ class UnblockStrip {
   bool halved(int c) const { return c > 0 && plan_.coding.hFactor == 2; }
   int parityOf(int c, int left) const { return halved(c) ? left & 1 : 0; }
   std::uint16_t* sumRow(int y, int c) const { return sums_.row((y & (sumRows_ - 1)) * 3 + c); }
+  /// Row y, with y + 1 where both axes are halved, of a halved component: each row is the even and
+  /// the odd one of some MCUs, which round differently.
+  std::int16_t* reducedRow(int y, int c, int bias, int parity) const {
+    return reduced_.row((y & (sampleRows_ - 1)) * 8 + (c - 1) * 4 + bias * 2 + parity);
+  }
   std::int16_t* sampleRow(int y, int c) const {
     return samples_.row((y & (sampleRows_ - 1)) * 3 + c);
   }
@@ -77,7 +83,7 @@ class UnblockStrip {
   const int length_;  ///< columns of an array of samples, kMargin included
   int first_ = 0, last_ = 0, loaded_ = 0;
   ImageBuffer<std::int16_t> samples_;
-  ImageBuffer<std::int16_t> reduced_;  ///< eight rows of a halved component
+  ImageBuffer<std::int16_t> reduced_;  ///< ring of the rows of halved components
   ImageBuffer<std::int16_t> columns_[3]
                                     [kParities];  ///< of the vertical transform; luma: MCU halves
   Decoded decoded_[3];
