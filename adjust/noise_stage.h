@@ -18,13 +18,17 @@ float deriveNoiseSettings(const AdjustSettings& settings, NoiseFilterRecord& rec
 class NoiseStage {
  public:
   /// Filters the image in place. Does nothing for a denoiseStrength up to 0.001, without a profile,
-  /// or when memory for three planes is short.
+  /// or when memory is short: for some rows in the fast mode without grain, else for three planes.
   void filter(IMG3<float>& image, const AdjustSettings& settings);
 
   /// Adds the share grainRestore of what filter() took out, above 0.01, and forgets it.
   void restoreGrain(IMG3<float>& image, const AdjustSettings& settings);
 
  private:
+  bool reservePlanes(int width, int height);
+  void forget();
+  bool filterPlanes(IMG3<float>& image, NoiseFilterRecord& record, float strength, bool grain);
+
   std::unique_ptr<GIMG<float>> removed_[3];
 };
 

@@ -141,8 +141,7 @@ void BilateralFilter::endSplat(float temporalBlend) {
   flushGridRow();
   // The two grid rows after the last hold only what bins reached beyond it.
   while (gridRow_ < gridHeight) flushGridRow();
-  for (std::size_t i = 0; i < kSpareCells; ++i)
-    valueGrid_[cells.cells() + i] = rowSums_[i].value;
+  for (std::size_t i = 0; i < kSpareCells; ++i) valueGrid_[cells.cells() + i] = rowSums_[i].value;
 
   if (temporal != 0) blendHistory(temporalBlend);
   reader_.begin(valueGrid_.data(), cells, spatialSample, imageWidth,
