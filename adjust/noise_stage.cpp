@@ -47,6 +47,10 @@ float deriveNoiseSettings(const AdjustSettings& settings, NoiseFilterRecord& rec
   return 0.0f;
 }
 
+bool NoiseStage::active(const AdjustSettings& settings) {
+  return settings.denoiseStrength > 0.001f && settings.noiseProfile != nullptr;
+}
+
 bool NoiseStage::reservePlanes(int width, int height) {
   bool memory = true;
   for (auto& plane : removed_) {
@@ -61,9 +65,7 @@ void NoiseStage::forget() {
 }
 
 void NoiseStage::filter(IMG3<float>& image, const AdjustSettings& settings) {
-  if (!(settings.denoiseStrength > 0.001f) || settings.noiseProfile == nullptr ||
-      image.data == nullptr)
-    return;
+  if (!active(settings) || image.data == nullptr) return;
   NoiseFilterRecord record;
   record.configure(*settings.noiseProfile, true, true);
   const float strength = deriveNoiseSettings(settings, record);
@@ -116,7 +118,7 @@ bool NoiseStage::filterPlanes(IMG3<float>& image, NoiseFilterRecord& record, flo
 }
 
 void NoiseStage::restoreGrain(IMG3<float>& image, const AdjustSettings& settings) {
-  if (removed_[0] == nullptr) return;
+  if (!hasGrain()) return;
   const int w = image.roiWidth;
   const int h = image.roiHeight;
   const int bandHeight = bandRows(0, w, h);
