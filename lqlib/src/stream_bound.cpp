@@ -147,7 +147,7 @@ bool JpegStreamBound::fits(const RoughnessMap& map, std::int64_t room) const {
         double rough = 0;
         for (int y = row * kParts; y < std::min(row * kParts + partsY, map.rows); ++y)
           for (int x = column * kParts; x < std::min(column * kParts + partsX, map.columns); ++x)
-            rough += map.at(c, x, y);
+            rough += map.squares[c].row(y)[x];
         const double blocks = blocksIn(column, width_, component.blockWidth, mcuWidth_) *
                               blocksIn(row, height_, component.blockHeight, mcuHeight_);
         rough = rough * component.share + component.extra * blocks;

@@ -2,7 +2,6 @@
 
 #include <array>
 #include <cstdint>
-#include <vector>
 
 #include "frame/image_buffer.h"
 #include "jpeg/scan_encoder.h"
@@ -19,13 +18,8 @@ struct RoughnessMap {
 
   RoughnessMap(const JpegCoding& coding, const ImageBuffer<std::uint8_t, 3>& source);
 
-  int at(std::size_t c, int x, int y) const {
-    return squares[c][static_cast<std::size_t>(y) * static_cast<std::size_t>(columns) +
-                      static_cast<std::size_t>(x)];
-  }
-
   int columns, rows;
-  std::array<std::vector<int>, 3> squares;
+  ImageBuffer<int> squares[3];  ///< one for each component
 };
 
 /// Upper bound of the length of a scan, stuffed bytes included, for a picture at any place of the

@@ -35,8 +35,10 @@ void addSquares(const std::int16_t* row, const std::int16_t* below, int parts, i
 
 RoughnessMap::RoughnessMap(const JpegCoding& coding, const ImageBuffer<std::uint8_t, 3>& source)
     : columns(partsOf(source.width)), rows(partsOf(source.height)) {
-  for (auto& part : squares)
-    part.resize(static_cast<std::size_t>(columns) * static_cast<std::size_t>(rows));
+  for (auto& sums : squares) {
+    sums.resize(columns, rows);
+    std::fill_n(sums.data, std::ptrdiff_t{sums.step} / std::ptrdiff_t{sizeof(int)} * rows, 0);
+  }
   const int length = columns * kPart + 1;
   constexpr int kRowsOfParts = 8;
   const int bands = (rows - 1) / kRowsOfParts + 1;
@@ -56,9 +58,7 @@ RoughnessMap::RoughnessMap(const JpegCoding& coding, const ImageBuffer<std::uint
     for (int y = first; y < last; ++y) {
       read(y + 1);
       for (int c = 0; c < 3; ++c)
-        addSquares(
-            row(y, c), row(y + 1, c), columns,
-            squares[static_cast<std::size_t>(c)].data() + std::ptrdiff_t{y / kPart} * columns);
+        addSquares(row(y, c), row(y + 1, c), columns, squares[c].row(y / kPart));
     }
   });
 }
