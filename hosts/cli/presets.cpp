@@ -120,7 +120,9 @@ void savePreset(const fs::path& path, const std::string& command, SettingTable t
   for (const Setting& setting : table) {
     if (setting.group != group) text += "\n# " + std::string(setting.group) + "\n";
     group = setting.group;
-    text += std::string(setting.name) + " = " + formatNumber(*setting.value) + "\n";
+    const std::string value = formatValue(setting, *setting.value);
+    const bool word = !wordFor(setting, *setting.value).empty();
+    text += std::string(setting.name) + " = " + (word ? '"' + value + '"' : value) + "\n";
   }
   const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
   try {
