@@ -46,8 +46,12 @@ float deriveNoiseSettings(const AdjustSettings& settings, NoiseFilterRecord& rec
   return 0.0f;
 }
 
+bool NoiseStage::active(const AdjustSettings& settings) {
+  return settings.denoiseStrength > 0.001f && settings.noiseProfile != nullptr;
+}
+
 void NoiseStage::filter(IMG3<float>& image, const AdjustSettings& settings) {
-  if (!(settings.denoiseStrength > 0.001f) || settings.noiseProfile == nullptr) return;
+  if (!active(settings)) return;
   const int w = image.roiWidth;
   const int h = image.roiHeight;
   bool memory = image.data != nullptr;
@@ -94,7 +98,7 @@ void NoiseStage::filter(IMG3<float>& image, const AdjustSettings& settings) {
 }
 
 void NoiseStage::restoreGrain(IMG3<float>& image, const AdjustSettings& settings) {
-  if (removed_[0] == nullptr) return;
+  if (!hasGrain()) return;
   const int w = image.roiWidth;
   const int h = image.roiHeight;
   const int bandHeight = bandRows(0, w, h);

@@ -47,15 +47,12 @@ class DetailLayer {
         !memory_.reserve(width * static_cast<std::size_t>(plane.height)))
       return false;
     detail_ = {memory_.data(), plane.width * 4, plane.width, plane.height};
-    BaseDetailSplit split;
     AlignedArray<float> row;
-    if (!split.begin(plane, detail_, tone.detailRange, tone.detailSample, rows) ||
-        !curve_.reserve(plane.width, rows) || !row.reserve(width))
+    if (!curve_.reserve(plane.width, rows) || !row.reserve(width)) return false;
+    if (!vx::splitBaseDetail(plane, detail_, tone.detailRange, tone.detailSample, rows))
       return false;
     gain_ = tone.detailGain;
     reshape_ = differs(tone.gamma, 1.0f, 0.001f);
-    forEachBand(plane.height, rows, [&](int y, int count) { split.collect(y, count); });
-    split.run([](int, int, int) {});
     if (reshape_) {
       Peak peak;
       addMagnitudes(detail_, row.data(), peak);
@@ -104,7 +101,8 @@ int SaturationTone::apply(GIMG<float>& image) {
   const PlaneView plane(image);
   if (plane.empty()) return 0;
   const int rows = bandRows(bandHeight, plane.width, plane.height);
-  SaturationPass pass(*this, plane);
+  SaturationPass pass;
+  pass.begin(*this, plane);
   forEachBand(plane.height, rows, [&](int y, int count) { pass.collect(y, count); });
   pass.process();
   forEachBand(plane.height, rows, [&](int y, int count) { pass.finish(y, count); });
@@ -138,8 +136,11 @@ void SaturationTone::buildCurve() {
   }
 }
 
-SaturationPass::SaturationPass(SaturationTone& tone, const PlaneView& plane)
-    : tone_(tone), plane_(plane) {
+void SaturationPass::begin(SaturationTone& tone, const PlaneView& plane) {
+  tone_ = &tone;
+  plane_ = plane;
+  useEq_ = useGamma_ = false;
+  peak_ = {};
   if (plane.empty()) return;
   rows_ = bandRows(tone.bandHeight, plane.width, plane.height);
   useGamma_ = tone.mode == 0 && differs(tone.gamma, 1.0f, 0.0001f);
@@ -153,9 +154,9 @@ SaturationPass::SaturationPass(SaturationTone& tone, const PlaneView& plane)
 
 // Mode 0 up to the gamma, whose curve depends on the peak of the plane.
 void SaturationPass::gain(const PlaneView& rows, Peak& peak) const {
-  if (tone_.mode != 0) return;
-  if (differs(tone_.contrast, 1.0f, 0.0001f))
-    prim::primMulC_32f_C1IR(tone_.contrast, rows.data, rows.step, rows.width, rows.height);
+  if (tone_->mode != 0) return;
+  if (differs(tone_->contrast, 1.0f, 0.0001f))
+    prim::primMulC_32f_C1IR(tone_->contrast, rows.data, rows.step, rows.width, rows.height);
   if (useGamma_) peak.add(rows);
 }
 
@@ -169,7 +170,7 @@ void SaturationPass::collect(int y, int count) {
 
 void SaturationPass::process() {
   if (useEq_) {
-    eq_.endCount(tone_.eqStrength, tone_.eqBlend, 1.0f);
+    eq_.endCount(tone_->eqStrength, tone_->eqBlend, 1.0f);
     std::vector<Peak> peaks(static_cast<std::size_t>(bandSlots()));
     parallelBands(plane_.height, rows_, [&](int y, int count, int slot) {
       for (int i = y; i < y + count; ++i) eq_.readRow(i, plane_.row(i), plane_.row(i), slot);
@@ -180,9 +181,9 @@ void SaturationPass::process() {
   }
   if (useGamma_) {
     const float top = peak_.value() < 1.0f ? peak_.value() : 1.0f;
-    gammaCurve_ = PowerCurve(top, tone_.gamma);
+    gammaCurve_ = PowerCurve(top, tone_->gamma);
   }
-  if (tone_.mode == 1 || tone_.mode == 2) reshape(tone_, plane_, rows_);
+  if (tone_->mode == 1 || tone_->mode == 2) reshape(*tone_, plane_, rows_);
 }
 
 void SaturationPass::finish(int y, int count) {
