@@ -131,8 +131,11 @@ void AdjustCommand::treat(const std::filesystem::path& input, Picture& picture,
   NoiseProfile profile{};
   float denoise = 0;
   if (denoise_ != 0) {
-    profile = estimateNoise(raster);
+    // At full size for a preview too, so that it shows what the settings will do.
+    profile = previewScale() == 1 ? estimateNoise(raster)
+                                  : estimateNoise(input, kMostMegapixels, progress);
     denoise = denoiseStrength(profile, picture.notes);
+    profile = reducedNoise(profile, previewScale());
   }
   if (denoise > 0 && filter() == NoiseFilter::kNonLocal && !wisdom_) wisdom_.emplace();
   const int result = callLibrary([&] {

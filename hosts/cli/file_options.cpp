@@ -36,7 +36,7 @@ void addInputOptions(CLI::App& app, FileOptions& options) {
                  help("Refuse larger pictures; default 500. Up to 29 bytes of memory per pixel are "
                       "needed at 8 bits"))
       ->option_text("M")
-      ->check(CLI::Range(0.000001, 90000.0))
+      ->check(CLI::Range(0.000001, kMostMegapixels))
       ->group(kFiles);
 }
 

@@ -7,6 +7,9 @@
 
 namespace vx::cli {
 
+/// The upper end of --max-megapixels.
+inline constexpr double kMostMegapixels = 90000;
+
 struct FileOptions {
   std::vector<std::string> inputs;
   std::string output;

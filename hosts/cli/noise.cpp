@@ -5,7 +5,6 @@
 
 #include "hosts/cli/each_picture.h"
 #include "hosts/cli/noise_estimate.h"
-#include "hosts/cli/picture.h"
 #include "hosts/cli/plan.h"
 
 namespace vx::cli {
@@ -16,11 +15,8 @@ namespace {
 using Json = nlohmann::basic_json<nlohmann::ordered_map, std::vector, std::string, bool,
                                   std::int64_t, std::uint64_t, float>;
 
-Json toJson(const std::filesystem::path& input, const Picture& picture,
-            const NoiseProfile& profile) {
+Json toJson(const std::filesystem::path& input, const NoiseProfile& profile) {
   return {{"file", input.string()},
-          {"width", picture.raster.width()},
-          {"height", picture.raster.height()},
           {"known", noiseKnown(profile)},
           {"lumaLevel", profile.lumaLevel},
           {"lumaNoise", profile.lumaNoise},
@@ -51,7 +47,7 @@ NoiseCommand::NoiseCommand(CLI::App& program)
   app().add_flag(
       "--json", json_,
       wrapped(
-          "Print a list with an object per picture: file, width, height, the six fields of the "
+          "Print a list with an object per picture: file, the six fields of the "
           "estimate (noise as standard deviation on a scale of 1), whether it is known, and the "
           "strengths that adjust --denoise auto would take. Bytes of a name that are not UTF-8 "
           "become U+FFFD",
@@ -68,14 +64,10 @@ int NoiseCommand::run() {
   Json all = Json::array();
   const int code = forEachPicture(inputs, [&](std::size_t index, Progress& progress) {
     progress.beginStep("reading");
-    // Nothing is written; TIFF refuses the least of what can be read.
-    const ReadOptions wanted{.output = Format::kTiff, .maxMegapixels = files_.maxMegapixels};
-    Picture picture = readPicture(inputs[index], wanted, progress);
-    for (const std::string& note : picture.notes) tell(progress, inputs[index], "note: " + note);
-    const NoiseProfile profile = estimateNoise(picture.raster);
+    const NoiseProfile profile = estimateNoise(inputs[index], files_.maxMegapixels, progress);
     progress.clear();
     if (json_) {
-      all.push_back(toJson(inputs[index], picture, profile));
+      all.push_back(toJson(inputs[index], profile));
     } else {
       print(inputs[index], profile);
     }

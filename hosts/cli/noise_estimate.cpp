@@ -18,6 +18,22 @@ NoiseProfile estimateNoise(Raster& raster) {
   return profile;
 }
 
+NoiseProfile estimateNoise(const std::filesystem::path& input, double maxMegapixels,
+                           Progress& progress) {
+  constexpr int kSeen = 2048;  // by the estimate, on an axis
+  // Nothing is written; TIFF refuses the least of what can be read.
+  const ReadOptions wanted{
+      .output = Format::kTiff, .maxMegapixels = maxMegapixels, .centre = kSeen};
+  Picture picture = readPicture(input, wanted, progress);
+  return estimateNoise(picture.raster);
+}
+
+NoiseProfile reducedNoise(NoiseProfile profile, int scale) {
+  profile.lumaNoise /= static_cast<float>(scale);
+  profile.chromaNoise /= static_cast<float>(scale);
+  return profile;
+}
+
 bool noiseKnown(const NoiseProfile& profile) { return profile.lumaNoise <= 1; }
 
 std::string describeNoise(const NoiseProfile& profile) {

@@ -69,8 +69,9 @@ fs::path findPreset(const std::string& name, const std::string& command) {
       if (findShipped(name, other)) refuseForeign(name, other, command);
     }
   }
-  throw UsageError("--preset " + name + ": no such file, nor one of the shipped presets (" +
-                   listed(shippedPresets(command)) + ")");
+  const std::string shipped = listed(shippedPresets(command));
+  throw UsageError("--preset " + name + ": no such file" +
+                   (shipped.empty() ? "" : ", nor one of the shipped presets (" + shipped + ")"));
 }
 
 // Before any key is looked at: "made for another subcommand" says more than "no setting of this
