@@ -7,6 +7,7 @@
 #include "adjust/adjust_core.h"
 #include "adjust/plan_tiles.h"
 #include "adjust/tile_blend.h"
+#include "vxenhlib/tone_scratch.h"
 
 namespace vx {
 namespace {
@@ -18,14 +19,44 @@ constexpr int kTileTargetX = 1536;
 constexpr int kTileTargetY = 1152;
 constexpr float kOverlap = 0.4f;
 
+// Rows of the host's picture, from (x0, y0) on.
+class HostRows : public RowSource, public RowSink {
+ public:
+  explicit HostRows(const HostImage& host, int x0 = 0, int y0 = 0)
+      : host_(host), x0_(x0), y0_(y0) {}
+
+  void take(int y, const RgbRows& to) override {
+    readHostImage(host_.format, host_.pixels, host_.rowStep, x0_, y0_ + y, to);
+  }
+  void give(int y, const RgbRows& from) override {
+    writeHostImage(from, host_.format, host_.row(y), host_.rowStep);
+  }
+
+ private:
+  const HostImage& host_;
+  int x0_, y0_;
+};
+
+// Rows of a tile on their way into the blend.
+class TileRows : public RowSink {
+ public:
+  TileRows(TileBlend& blend, int x0, int y0) : blend_(blend), x0_(x0), y0_(y0) {}
+
+  void give(int y, const RgbRows& from) override { blend_.add(from, y, x0_, y0_); }
+
+ private:
+  TileBlend& blend_;
+  int x0_, y0_;
+};
+
 // An odd last column or row is neither read nor written.
 int adjustWhole(const HostImage& host, const AdjustSettings& settings) {
   IMG3<float> image(host.width & ~1, host.height & ~1);
   if (image.data == nullptr) return kDone;
-  if (readHostImage(host.format, host.pixels, host.rowStep, 0, 0, image) == 0)
-    return kUnknownFormat;
-  adjustCore(image, settings);
-  if (writeHostImage(image, host.format, host.pixels, host.rowStep) == 0) return kUnknownFormat;
+  if (bytesPerPixel(host.format) == 0) return kUnknownFormat;
+  HostRows rows(host);
+  ToneScratch scratch;
+  adjustCore(image, settings, rows, rows, scratch);
   return kDone;
 }
 
@@ -47,7 +78,9 @@ int adjustTiles(const HostImage& image, const HostCallbacks& host, const AdjustS
   IMG3<float> tile(tileWidth, tileHeight);
   if (!planes || tile.data == nullptr || !memoryForCore(tileWidth, tileHeight)) return kNoMemory;
   if (!blend.prepare()) return kNoMemory;
+  if (bytesPerPixel(image.format) == 0) return kUnknownFormat;
 
+  ToneScratch scratch;
   const int progressStep = std::max(1, 90 / columns / rows);
   int position = 1;
   // The last tile of an axis is pushed against the far edge. Where an axis has one tile and an odd
@@ -61,10 +94,9 @@ int adjustTiles(const HostImage& image, const HostCallbacks& host, const AdjustS
     const int y0 = start(j, rows, stepY, image.height, tileHeight);
     for (int i = 0; i < columns; ++i) {
       const int x0 = start(i, columns, stepX, image.width, tileWidth);
-      if (readHostImage(image.format, image.pixels, image.rowStep, x0, y0, tile) == 0)
-        return kUnknownFormat;
-      adjustCore(tile, settings);
-      blend.add(tile, x0, y0);
+      HostRows from(image, x0, y0);
+      TileRows to(blend, x0, y0);
+      adjustCore(tile, settings, from, to, scratch);
       position += progressStep;
       if (!host.report(position)) return kCancelled;
     }

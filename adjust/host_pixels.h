@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "frame/img.h"
+#include "frame/picture_rows.h"
 
 namespace vx {
 
@@ -40,24 +41,24 @@ struct HostImage {
 /// Bytes of one pixel: 3, 6, 4, 8 for the formats 1, 3, 5, 6, else 0.
 int bytesPerPixel(int format);
 
-/// Fills `image` (its region of interest) from the host pixels at (x, y) on.
+/// Fills the rows from the host pixels at (x, y) on.
 ///
-/// @return 1, or 0 for an unknown format with the image untouched
-int readHostImage(int format, const void* pixels, int rowStep, int x, int y, IMG3<float>& image);
+/// @return 1, or 0 for an unknown format with the rows untouched
+int readHostImage(int format, const void* pixels, int rowStep, int x, int y, const RgbRows& rows);
 
 /// Fills three planes of one size from the three colour channels.
 ///
 /// @return 1, or 0 for an unknown format with the planes untouched
 int readHostPlanes(int format, const void* pixels, int rowStep, GIMG<float>* const planes[3]);
 
-/// Writes `image` over the host pixels. The image is scaled in place and spoilt for further use.
+/// Writes the rows over the host pixels. They are scaled in place and spoilt for further use.
 ///
 /// 8-bit samples saturate at 255, those of format 3 are cut to 32768. In format 6 the same cut runs
 /// over the first three quarters of each row, extra channel included, and leaves the rest of the
 /// row up to 65535: hosts rely on these bytes.
 ///
 /// @return 1, or 0 for an unknown format with nothing written
-int writeHostImage(IMG3<float>& image, int format, void* pixels, int rowStep);
+int writeHostImage(const RgbRows& rows, int format, void* pixels, int rowStep);
 
 /// Writes three planes, each with its own step, over the host pixels; they are scaled in place.
 /// Samples saturate at 255 or are cut to 32768, the extra channel is left alone in all formats.

@@ -46,19 +46,19 @@ int bytesPerPixel(int format) {
   return bytes;
 }
 
-int readHostImage(int format, const void* pixels, int rowStep, int x, int y, IMG3<float>& image) {
+int readHostImage(int format, const void* pixels, int rowStep, int x, int y, const RgbRows& rows) {
   const auto read = [&]<class L>(L layout) {
-    if (pixels == nullptr || image.data == nullptr) return;
+    if (pixels == nullptr || rows.data == nullptr) return;
     const auto* src = static_cast<const std::uint8_t*>(pixels) + std::ptrdiff_t{rowStep} * y +
                       std::ptrdiff_t{x} * L::kPixelBytes;
     const float scale[3] = {L::kScale, L::kScale, L::kScale};
     const float middle[3] = {0.49f * L::kScale, 0.49f * L::kScale, 0.49f * L::kScale};
-    forEachBlock(image.roiWidth, image.roiHeight, [&](const Block& block) {
-      float* dst = planePixel(image.data, image.step, 3 * block.x, block.y);
-      if (widenBlock(layout, src, rowStep, block, dst, image.step) < 0)
-        prim::primSet_32f_C3R(kZero, dst, image.step, block.width, block.height);
-      prim::primMulC_32f_C3IR(scale, dst, image.step, block.width, block.height);
-      image.status = prim::primAddC_32f_C3IR(middle, dst, image.step, block.width, block.height);
+    forEachBlock(rows.width, rows.height, [&](const Block& block) {
+      float* dst = planePixel(rows.data, rows.step, 3 * block.x, block.y);
+      if (widenBlock(layout, src, rowStep, block, dst, rows.step) < 0)
+        prim::primSet_32f_C3R(kZero, dst, rows.step, block.width, block.height);
+      prim::primMulC_32f_C3IR(scale, dst, rows.step, block.width, block.height);
+      prim::primAddC_32f_C3IR(middle, dst, rows.step, block.width, block.height);
     });
   };
   return withLayout(format, read) ? 1 : 0;

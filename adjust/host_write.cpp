@@ -49,21 +49,21 @@ void cutColour(L /*layout*/, std::uint16_t* first, int rowStep, int w, int h) {
 
 }  // namespace
 
-int writeHostImage(IMG3<float>& image, int format, void* pixels, int rowStep) {
+int writeHostImage(const RgbRows& rows, int format, void* pixels, int rowStep) {
   const auto write = [&]<class L>(L layout) {
-    if (pixels == nullptr || image.data == nullptr) return;
+    if (pixels == nullptr || rows.data == nullptr) return;
     auto* dst = static_cast<std::uint8_t*>(pixels);
     const float toSamples[3] = {1.0f / L::kScale, 1.0f / L::kScale, 1.0f / L::kScale};
-    forEachBlock(image.roiWidth, image.roiHeight, [&](const Block& block) {
-      float* src = planePixel(image.data, image.step, 3 * block.x, block.y);
-      image.status = prim::primMulC_32f_C3IR(toSamples, src, image.step, block.width, block.height);
-      narrowBlock(layout, src, image.step, block, dst, rowStep);
+    forEachBlock(rows.width, rows.height, [&](const Block& block) {
+      float* src = planePixel(rows.data, rows.step, 3 * block.x, block.y);
+      prim::primMulC_32f_C3IR(toSamples, src, rows.step, block.width, block.height);
+      narrowBlock(layout, src, rows.step, block, dst, rowStep);
     });
     // Three words a pixel from the start of the row: the cut of the three-channel layout, kept for
     // the sake of the bytes that hosts know.
     if constexpr (kDeep<L> && L::kSamples == 4)
-      prim::primThreshold_GT_16u_C3IR(reinterpret_cast<std::uint16_t*>(dst), rowStep,
-                                      image.roiWidth, image.roiHeight, kTop);
+      prim::primThreshold_GT_16u_C3IR(reinterpret_cast<std::uint16_t*>(dst), rowStep, rows.width,
+                                      rows.height, kTop);
   };
   return withLayout(format, write) ? 1 : 0;
 }

@@ -17,14 +17,24 @@ float deriveNoiseSettings(const AdjustSettings& settings, NoiseFilterRecord& rec
 /// The noise filter over an image, and the grain that it took out.
 class NoiseStage {
  public:
-  /// Filters the image in place. Does nothing for a denoiseStrength up to 0.001, without a profile,
-  /// or when memory for three planes is short.
+  /// Whether filter() has work: a denoiseStrength above 0.001 and a profile.
+  static bool active(const AdjustSettings& settings);
+
+  /// Filters the image in place when active. Does nothing when memory is short: for some rows in
+  /// the fast mode without grain, else for three planes.
   void filter(IMG3<float>& image, const AdjustSettings& settings);
+
+  /// Whether filter() kept what it took out.
+  bool hasGrain() const { return removed_[0] != nullptr; }
 
   /// Adds the share grainRestore of what filter() took out, above 0.01, and forgets it.
   void restoreGrain(IMG3<float>& image, const AdjustSettings& settings);
 
  private:
+  bool reservePlanes(int width, int height);
+  void forget();
+  bool filterPlanes(IMG3<float>& image, NoiseFilterRecord& record, float strength, bool grain);
+
   std::unique_ptr<GIMG<float>> removed_[3];
 };
 

@@ -76,21 +76,21 @@ bool TileBlend::prepare() {
   return true;
 }
 
-void TileBlend::add(const IMG3<float>& tile, int x0, int y0) {
+void TileBlend::add(const RgbRows& rows, int y, int x0, int y0) {
   const GIMG<float>& weight = *tileWeight_;
-  forEachBlock(tile.width, tile.height, [&](const Block& block) {
+  forEachBlock(rows.width, rows.height, [&](const Block& block) {
     const int w = block.width, h = block.height;
     float scratch[kBlockPixels];
     const int scratchStep = w * static_cast<int>(sizeof(float));
-    const float* blockWeight = planePixel(weight.data, weight.step, block.x, block.y);
+    const float* blockWeight = planePixel(weight.data, weight.step, block.x, y + block.y);
     const auto addTo = [&](const BlendPlane& plane, const float* src, int srcStep) {
       prim::primAdd_32f_C1IR(src, srcStep,
-                             planePixel(plane.data, plane.step, x0 + block.x, y0 + block.y),
+                             planePixel(plane.data, plane.step, x0 + block.x, y0 + y + block.y),
                              plane.step, w, h);
     };
     for (int c = 0; c < 3; ++c) {
-      prim::primCopy_32f_C3C1R(planePixel(tile.data, tile.step, 3 * block.x, block.y) + c,
-                               tile.step, scratch, scratchStep, w, h);
+      prim::primCopy_32f_C3C1R(planePixel(rows.data, rows.step, 3 * block.x, block.y) + c,
+                               rows.step, scratch, scratchStep, w, h);
       prim::primMul_32f_C1IR(blockWeight, weight.step, scratch, scratchStep, w, h);
       addTo(planes_[static_cast<std::size_t>(c)], scratch, scratchStep);
     }

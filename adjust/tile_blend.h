@@ -44,8 +44,8 @@ class TileBlend {
   bool acquire(int tileWidth, int tileHeight);
   /// Clears the planes and forms the weights; false when memory for that is short.
   bool prepare();
-  /// Adds a tile whose first pixel lies at (x0, y0).
-  void add(const IMG3<float>& tile, int x0, int y0);
+  /// Adds rows from y on of a tile whose first pixel lies at (x0, y0).
+  void add(const RgbRows& rows, int y, int x0, int y0);
   /// Divides by the weights and writes the picture over the host's; the planes are spent.
   ///
   /// @return 1, or 0 for an unknown format with nothing written

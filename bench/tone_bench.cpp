@@ -25,6 +25,7 @@
 #include "vxenhlib/bands.h"
 #include "vxenhlib/bilateral_local_hist_eq.h"
 #include "vxenhlib/tone_curve.h"
+#include "vxenhlib/tone_scratch.h"
 #include "vxenhlib/unsharp_mask.h"
 
 namespace {
@@ -104,31 +105,36 @@ void loop(benchmark::State& state, double megapixels, const Run& run) {
   state.counters["cpu_ms/MP"] = 1e3 * cpu / megapixels;
 }
 
-// Bytes to floats as the host's samples are read.
-void readBytes(const std::vector<std::uint8_t>& bytes, IMG3<float>& image, int rows) {
-  const int byteStep = 3 * image.width;
-  const float offset[3] = {0.49f, 0.49f, 0.49f}, scale[3] = {1 / 256.0f, 1 / 256.0f, 1 / 256.0f};
-  forEachBand(image.height, rows, [&](int y, int count) {
-    prim::primConvert_8u32f_C3R(bytes.data() + std::ptrdiff_t{byteStep} * y, byteStep, image.row(y),
-                                image.step, image.width, count);
-    prim::primAddC_32f_C3IR(offset, image.row(y), image.step, image.width, count);
-    prim::primMulC_32f_C3IR(scale, image.row(y), image.step, image.width, count);
-  });
-}
+// The host's bytes on both sides of the stage.
+class ByteRows : public RowSource, public RowSink {
+ public:
+  ByteRows(const std::vector<std::uint8_t>& from, std::vector<std::uint8_t>& to, int width)
+      : from_(from.data()), to_(to.data()), step_(3 * width) {}
 
-void writeBytes(const IMG3<float>& image, std::vector<std::uint8_t>& bytes, int rows) {
-  const int byteStep = 3 * image.width;
-  const float scale[3] = {256.0f, 256.0f, 256.0f}, offset[3] = {-0.49f, -0.49f, -0.49f};
-  forEachBand(image.height, rows, [&](int y, int count) {
-    prim::primMulC_32f_C3IR(scale, image.row(y), image.step, image.width, count);
-    prim::primAddC_32f_C3IR(offset, image.row(y), image.step, image.width, count);
-    prim::primConvert_32f8u_C3R(image.row(y), image.step,
-                                bytes.data() + std::ptrdiff_t{byteStep} * y, byteStep, image.width,
-                                count, prim::primRndNear);
-  });
-}
+  void take(int y, const RgbRows& rows) override {
+    const float offset[3] = {0.49f, 0.49f, 0.49f}, scale[3] = {1 / 256.0f, 1 / 256.0f, 1 / 256.0f};
+    prim::primConvert_8u32f_C3R(from_ + std::ptrdiff_t{step_} * y, step_, rows.data, rows.step,
+                                rows.width, rows.height);
+    prim::primAddC_32f_C3IR(offset, rows.data, rows.step, rows.width, rows.height);
+    prim::primMulC_32f_C3IR(scale, rows.data, rows.step, rows.width, rows.height);
+  }
+  void give(int y, const RgbRows& rows) override {
+    const float scale[3] = {256.0f, 256.0f, 256.0f}, offset[3] = {-0.49f, -0.49f, -0.49f};
+    prim::primMulC_32f_C3IR(scale, rows.data, rows.step, rows.width, rows.height);
+    prim::primAddC_32f_C3IR(offset, rows.data, rows.step, rows.width, rows.height);
+    prim::primConvert_32f8u_C3R(rows.data, rows.step, to_ + std::ptrdiff_t{step_} * y, step_,
+                                rows.width, rows.height, prim::primRndNear);
+  }
 
-// Arguments: megapixels, threads, rows of a band (0: the default, -1: the whole picture).
+ private:
+  const std::uint8_t* from_;
+  std::uint8_t* to_;
+  int step_;
+};
+
+// Arguments: megapixels, threads, rows of a band (0: the default, -1: the whole picture), whether
+// image and scratch come fresh from the system in every turn, as for a host's single picture, or
+// are kept, as from tile to tile.
 void wholeChain(benchmark::State& state) {
   const prim::FloatModeGuard floatMode;
   const Size size = sizeOf(state.range(0));
@@ -137,26 +143,29 @@ void wholeChain(benchmark::State& state) {
   auto result = bytes;
   AdjustToneStage stage = fullSetting();
   stage.bandHeight = state.range(2) < 0 ? size.height : static_cast<int>(state.range(2));
-  const int rows = bandRows(stage.bandHeight, size.width, size.height);
+  ByteRows rows(bytes, result, size.width);
+  const auto kept = std::make_unique<ToneScratch>();
+  const bool fresh = state.range(3) != 0;
+  IMG3<float> image(fresh ? 1 : size.width, fresh ? 1 : size.height);
   loop(state, size.megapixels(), [&] {
-    IMG3<float> image(size.width, size.height);
-    readBytes(bytes, image, rows);
-    stage.apply(image);
-    writeBytes(image, result, rows);
+    if (fresh) {
+      IMG3<float> own(size.width, size.height);
+      ToneScratch scratch;
+      stage.apply(own, rows, rows, scratch);
+    } else {
+      stage.apply(image, rows, rows, *kept);
+    }
     benchmark::DoNotOptimize(result.data());
   });
   omp_set_num_threads(1);
 }
 BENCHMARK(wholeChain)
-    ->ArgNames({"MP", "threads", "rows"})
-    ->ArgsProduct({{1, 4, 16, 64}, {1, 2}, {0, -1}})
+    ->ArgNames({"MP", "threads", "rows", "fresh"})
+    ->ArgsProduct({{1, 4, 16, 64}, {1, 2}, {0, -1}, {0}})
+    ->ArgsProduct({{1, 4, 16, 64}, {1}, {0}, {1}})
+    ->ArgsProduct({{4}, {1}, {1, 2, 4, 8, 16, 64}, {0}})
     ->Unit(benchmark::kMillisecond)
     ->MinTime(1.5)
-    ->UseRealTime();
-BENCHMARK(wholeChain)
-    ->ArgNames({"MP", "threads", "rows"})
-    ->ArgsProduct({{4}, {1}, {1, 2, 4, 8, 16, 64}})
-    ->Unit(benchmark::kMillisecond)
     ->UseRealTime();
 
 constexpr Size kStepSize = {2448, 1634};
@@ -170,7 +179,8 @@ struct Planes {
   int rows = bandRows(0, kStepSize.width, kStepSize.height);
 
   Planes() {
-    readBytes(makePicture(kStepSize), image, rows);
+    auto bytes = makePicture(kStepSize);
+    ByteRows(bytes, bytes, image.width).take(0, RgbRows(image));
     prim::primRGBToHLS_32f_C3R(image.data, image.step, hls.data, hls.step, image.width,
                                image.height);
     prim::primCopy_32f_C3C1R(hls.data + 1, hls.step, plane.data, plane.step, plane.width,
@@ -233,14 +243,12 @@ void compareWithOpenCv() {
   const auto bytes = makePicture(size);
   auto result = bytes;
   AdjustToneStage stage = fullSetting();
-  const int rows = bandRows(0, size.width, size.height);
+  ByteRows rows(bytes, result, size.width);
   auto steps = openCvToneChain(bytes, size.width, size.height);
   IMG3<float> image(size.width, size.height);  // kept, as OpenCV keeps its buffers
-  steps.push_back({"this library, the whole chain", false, [&] {
-                     readBytes(bytes, image, rows);
-                     stage.apply(image);
-                     writeBytes(image, result, rows);
-                   }});
+  ToneScratch scratch;
+  steps.push_back(
+      {"this library, the whole chain", false, [&] { stage.apply(image, rows, rows, scratch); }});
   std::vector<double> best(steps.size(), 1e30);
   for (int turn = 0; turn < 12; ++turn) {
     for (std::size_t i = 0; i < steps.size(); ++i) {

@@ -3,28 +3,27 @@
 #include <climits>
 #include <cmath>
 
-#include "prim/arith.h"
 #include "prim/colour.h"
-#include "prim/memory.h"
-#include "prim/threshold.h"
+#include "prim/tone.h"
 #include "vxenhlib/bands.h"
-#include "vxenhlib/lightness_pass.h"
-#include "vxenhlib/saturation_pass.h"
-#include "vxenhlib/unsharp_mask.h"
+#include "vxenhlib/tone_scratch.h"
 
 namespace vx {
 namespace {
 
 void clipToOne(const PlaneView& p) {
-  prim::primThreshold_LT_32f_C1IR(p.data, p.step, p.width, p.height, 0.0f);
-  prim::primThreshold_GT_32f_C1IR(p.data, p.step, p.width, p.height, 1.0f);
+  for (int y = 0; y < p.height; ++y) prim::primvClip_32f_I(0.0f, 1.0f, p.row(y), p.width);
 }
 
 // One image on its way through the stage.
 class StageRun {
  public:
-  StageRun(AdjustToneStage& stage, const IMG3<float>& image)
+  StageRun(AdjustToneStage& stage, const IMG3<float>& image, RowSource& from, RowSink& to,
+           ToneScratch& scratch)
       : stage_(stage),
+        from_(from),
+        to_(to),
+        scratch_(scratch),
         hue_(image.data, image.step, image.roiWidth, image.roiHeight),
         lightness_(image.data + image.roiWidth, image.step, image.roiWidth, image.roiHeight),
         saturation_(lightness_.data + image.roiWidth, image.step, image.roiWidth, image.roiHeight),
@@ -36,22 +35,23 @@ class StageRun {
 
   bool begin() {
     const auto pixels = static_cast<std::size_t>(width_) * static_cast<std::size_t>(rows_);
-    const bool hueTurns = std::fabs(stage_.hueShift) > 1e-7f;
-    turnHue_ = hueTurns && shifted_.reserve(pixels) && mask_.reserve(pixels);
+    turnHue_ = std::fabs(stage_.hueShift) > 1e-7f;
     sharpen_ = std::fabs(stage_.sharpenAmount - 1.0f) > 0.001f && stage_.sharpenSigma > 0.5f;
     UnsharpMask mask;
     mask.amount = stage_.sharpenAmount;
     mask.sigma = stage_.sharpenSigma;
-    unsharpRows_ = sharpen_ && unsharp_.begin(mask, width_, height_, rows_);
-    return pixels_.reserve(3 * pixels);
+    unsharpRows_ = sharpen_ && scratch_.unsharp.begin(mask, width_, height_, rows_);
+    return scratch_.pixels.reserve(3 * pixels);
   }
 
   void run() {
-    LightnessPass lightness(banded(stage_.lightness), lightness_);
+    LightnessPass& lightness = scratch_.lightness;
+    SaturationPass& saturation = scratch_.saturation;
+    lightness.begin(banded(stage_.lightness), lightness_);
     SaturationTone saturationTone = banded(stage_.saturation);
-    SaturationPass saturation(saturationTone, saturation_);
+    saturation.begin(saturationTone, saturation_);
     forEachBand(height_, rows_, [&](int y, int count) {
-      front(y, count, lightness);
+      front(y, count);
       saturation.collect(y, count);
     });
     lightness.process();
@@ -71,48 +71,36 @@ class StageRun {
     return copy;
   }
 
-  void front(int y, int count, LightnessPass& lightness) {
-    // The planes of a row take the place of its pixels.
-    prim::primCopy_32f_C3R(hue_.row(y), step_, pixels_.data(), pixelStep_, width_, count);
-    const PlaneView l = unsharpRows_ ? unsharp_.input(count) : lightness_.rows(y, count);
-    prim::primRGBToHLS_32f_C3P3R(pixels_.data(), pixelStep_, hue_.row(y), step_, l.data, l.step,
-                                 saturation_.row(y), step_, width_, count);
+  void front(int y, int count) {
+    from_.take(y, pixels(count));
+    const PlaneView l = unsharpRows_ ? scratch_.unsharp.input(count) : lightness_.rows(y, count);
+    prim::primRGBToHLS_32f_C3P3R(scratch_.pixels.data(), pixelStep_, hue_.row(y), step_, l.data,
+                                 l.step, saturation_.row(y), step_, width_, count);
     int first = y;
     int ready = count;
-    if (unsharpRows_) ready = unsharp_.advance(lightness_, &first);
+    if (unsharpRows_) ready = scratch_.unsharp.advance(lightness_, &first);
     if (ready < 1) return;
     if (sharpen_) clipToOne(lightness_.rows(first, ready));
-    lightness.collect(first, ready);
-  }
-
-  // One wrap: a shift of a whole turn or more leaves 0 to 1, and is clipped.
-  void turn(const PlaneView& hue) {
-    const int n = hue.width;
-    const int planeStep = n * static_cast<int>(sizeof(float));
-    const bool forward = stage_.hueShift > 0.0f;
-    prim::primAddC_32f_C1IR(stage_.hueShift, hue.data, hue.step, n, hue.height);
-    prim::primCompareC_32f_C1R(hue.data, hue.step, forward ? 1.0f : 0.0f, mask_.data(), n, n,
-                               hue.height, forward ? prim::kCompareGreater : prim::kCompareLess);
-    prim::primCopy_32f_C1R(hue.data, hue.step, shifted_.data(), planeStep, n, hue.height);
-    if (forward) {
-      prim::primSubC_32f_C1IR(1.0f, shifted_.data(), planeStep, n, hue.height);
-    } else {
-      prim::primAddC_32f_C1IR(1.0f, shifted_.data(), planeStep, n, hue.height);
-    }
-    prim::primCopy_32f_C1MR(shifted_.data(), planeStep, hue.data, hue.step, n, hue.height,
-                            mask_.data(), n);
+    scratch_.lightness.collect(first, ready);
   }
 
   void back(int y, int count) {
-    if (turnHue_) turn(hue_.rows(y, count));
+    // One wrap: a shift of a whole turn or more leaves 0 to 1, and is clipped.
+    for (int i = y; turnHue_ && i < y + count; ++i)
+      prim::primvTurnHue_32f_I(stage_.hueShift, hue_.row(i), width_);
     clipToOne({hue_.row(y), step_, 3 * width_, count});
     prim::primHLSToRGB_32f_P3C3R(hue_.row(y), step_, lightness_.row(y), step_, saturation_.row(y),
-                                 step_, pixels_.data(), pixelStep_, width_, count);
-    prim::primCopy_32f_C3R(pixels_.data(), pixelStep_, hue_.row(y), step_, width_, count);
+                                 step_, scratch_.pixels.data(), pixelStep_, width_, count);
+    to_.give(y, pixels(count));
   }
 
+  RgbRows pixels(int count) const { return {scratch_.pixels.data(), pixelStep_, width_, count}; }
+
   AdjustToneStage& stage_;
-  // The three planes in the rows of the image.
+  RowSource& from_;
+  RowSink& to_;
+  ToneScratch& scratch_;
+  // The three planes in the rows of the image, in the place of its pixels.
   PlaneView hue_;
   PlaneView lightness_;
   PlaneView saturation_;
@@ -124,18 +112,26 @@ class StageRun {
   bool sharpen_ = false;
   bool unsharpRows_ = false;
   bool turnHue_ = false;
-  UnsharpRows unsharp_;
-  AlignedArray<float> pixels_;  // a band of them
-  AlignedArray<float> shifted_;
-  AlignedArray<std::uint8_t> mask_;
 };
 
 }  // namespace
 
 int AdjustToneStage::apply(IMG3<float>& image) {
-  if (image.data == nullptr || image.roiWidth < 1 || image.roiHeight < 1) return 0;
-  StageRun run(*this, image);
-  if (run.begin()) run.run();
+  ImageRows rows(image);
+  ToneScratch scratch;
+  return apply(image, rows, rows, scratch);
+}
+
+int AdjustToneStage::apply(IMG3<float>& work, RowSource& from, RowSink& to, ToneScratch& scratch) {
+  const RgbRows all(work);
+  if (all.data == nullptr || all.width < 1 || all.height < 1) return 0;
+  StageRun run(*this, work, from, to, scratch);
+  if (run.begin()) {
+    run.run();
+  } else {
+    from.take(0, all);
+    to.give(0, all);
+  }
   return 0;
 }
 

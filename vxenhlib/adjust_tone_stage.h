@@ -1,10 +1,13 @@
 #pragma once
 
 #include "frame/img.h"
+#include "frame/picture_rows.h"
 #include "vxenhlib/lightness_tone.h"
 #include "vxenhlib/saturation_tone.h"
 
 namespace vx {
+
+struct ToneScratch;
 
 /// Tone, sharpness, saturation and hue of one float RGB image. The image goes through hue,
 /// lightness and saturation: lightness is sharpened and then treated by LightnessTone, saturation
@@ -28,6 +31,10 @@ class AdjustToneStage {
   /// Replaces the image, RGB in 0 to 1 before and after. Returns 0. Without memory for a band the
   /// image stays as it is; a step without memory is left out.
   int apply(IMG3<float>& image);
+
+  /// The same for a picture that comes and goes row by row: no pass over memory only to bring it in
+  /// or out. `work` has the picture's size, and is lost.
+  int apply(IMG3<float>& work, RowSource& from, RowSink& to, ToneScratch& scratch);
 };
 
 }  // namespace vx

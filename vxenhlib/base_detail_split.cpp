@@ -21,16 +21,15 @@ bool setUp(BilateralFilter& filter, const PlaneView& plane, int spatialStep, flo
 
 }  // namespace
 
-bool BaseDetailSplit::begin(const PlaneView& plane, const PlaneView& detail, float rangeStep,
+bool BaseDetailSplit::begin(const PlaneView& plane, const PlaneView& base, float rangeStep,
                             int spatialStep, int bandHeight) {
-  if (plane.empty() || detail.empty()) return false;
+  if (plane.empty() || base.empty()) return false;
   plane_ = plane;
-  detail_ = detail;
+  base_ = base;
   rows_ = bandRows(bandHeight, plane.width, plane.height);
   twoPasses_ = rangeStep >= kTwoPassRange;
   return setUp(first_, plane, spatialStep, rangeStep) &&
-         (!twoPasses_ || setUp(second_, plane, spatialStep, rangeStep * kFineRange)) &&
-         base_.reserve(static_cast<std::size_t>(plane.width));
+         (!twoPasses_ || setUp(second_, plane, spatialStep, rangeStep * kFineRange));
 }
 
 void BaseDetailSplit::collect(int y, int count) {
@@ -41,29 +40,21 @@ void BaseDetailSplit::collect(int y, int count) {
 void BaseDetailSplit::run(const std::function<void(int y, int count, int slot)>& done) {
   first_.endSplat(0.0f);
   if (twoPasses_) {
-    // The detail plane holds the smoothed guide until the detail takes its place.
+    // The plane of the base holds the smoothed guide until the base takes its place.
     parallelThenOrdered(
         plane_.height, rows_,
         [&](int y, int count, int slot) {
-          for (int i = y; i < y + count; ++i)
-            first_.readRow(i, plane_.row(i), detail_.row(i), slot);
+          for (int i = y; i < y + count; ++i) first_.readRow(i, plane_.row(i), base_.row(i), slot);
         },
         [&](int y, int count) {
-          second_.splatRows(y, plane_.rows(y, count), detail_.rows(y, count));
+          second_.splatRows(y, plane_.rows(y, count), base_.rows(y, count));
         });
     second_.endSplat(0.0f);
   }
   BilateralFilter& last = twoPasses_ ? second_ : first_;
-  const PlaneView& guide = twoPasses_ ? detail_ : plane_;
-  const std::size_t rowBytes = static_cast<std::size_t>(plane_.width) * sizeof(float);
+  const PlaneView& guide = twoPasses_ ? base_ : plane_;
   parallelBands(plane_.height, rows_, [&](int y, int count, int slot) {
-    float* base = base_.at(slot);
-    for (int i = y; i < y + count; ++i) {
-      last.readRow(i, guide.row(i), base, slot);
-      prim::primSub_32f_C1R(base, plane_.step, plane_.row(i), plane_.step, detail_.row(i),
-                            detail_.step, plane_.width, 1);
-      std::memcpy(plane_.row(i), base, rowBytes);
-    }
+    for (int i = y; i < y + count; ++i) last.readRow(i, guide.row(i), base_.row(i), slot);
     done(y, count, slot);
   });
 }
@@ -72,13 +63,21 @@ void splitBaseDetail(const PlaneView& plane, const PlaneView& detail, float rang
                      int spatialStep, int bandHeight) {
   if (detail.empty() || detail.width != plane.width || detail.height != plane.height) return;
   BaseDetailSplit split;
-  if (!split.begin(plane, detail, rangeStep, spatialStep, bandHeight)) {
+  AlignedArray<float> row;
+  const auto width = static_cast<std::size_t>(plane.width);
+  if (!row.reserve(width) || !split.begin(plane, detail, rangeStep, spatialStep, bandHeight)) {
     prim::primSet_32f_C1R(0.0f, detail.data, detail.step, detail.width, detail.height);
     return;
   }
   forEachBand(plane.height, bandRows(bandHeight, plane.width, plane.height),
               [&](int y, int count) { split.collect(y, count); });
   split.run([](int, int, int) {});
+  for (int y = 0; y < plane.height; ++y) {
+    std::memcpy(row.data(), detail.row(y), width * sizeof(float));
+    prim::primSub_32f_C1R(row.data(), plane.step, plane.row(y), plane.step, detail.row(y),
+                          detail.step, plane.width, 1);
+    std::memcpy(plane.row(y), row.data(), width * sizeof(float));
+  }
 }
 
 }  // namespace vx

@@ -15,8 +15,8 @@ namespace vx {
 /// process(), then finish() for rows in any order.
 class LightnessPass {
  public:
-  /// The plane must stay where it is.
-  LightnessPass(const LightnessTone& tone, const PlaneView& plane);
+  /// The plane must stay where it is. Memory of an earlier plane is used again.
+  void begin(const LightnessTone& tone, const PlaneView& plane);
 
   void collect(int y, int count);
   void process();
@@ -33,8 +33,8 @@ class LightnessPass {
   bool useDetail_ = false;
   PowerCurve gammaCurve_{0.0f, 1.0f};
   BilateralLocalHistEq eq_;
-  AlignedArray<float> detailMemory_;
-  PlaneView detail_;
+  AlignedArray<float> baseMemory_;
+  PlaneView base_;
   BaseDetailSplit split_;
   DetailCurve detailCurve_;
   PerSlot<float> magnitudes_;  // one row

@@ -2,7 +2,6 @@
 
 #include <cmath>
 
-#include "prim/arith.h"
 #include "vxenhlib/bands.h"
 #include "vxenhlib/lightness_pass.h"
 
@@ -31,7 +30,8 @@ int LightnessTone::apply(GIMG<float>& image) const {
   const PlaneView plane(image);
   if (plane.empty()) return 0;
   const int rows = bandRows(bandHeight, plane.width, plane.height);
-  LightnessPass pass(*this, plane);
+  LightnessPass pass;
+  pass.begin(*this, plane);
   forEachBand(plane.height, rows, [&](int y, int count) { pass.collect(y, count); });
   pass.process();
   forEachBand(plane.height, rows, [&](int y, int count) { pass.finish(y, count); });
@@ -42,8 +42,10 @@ void LightnessTone::splitBaseDetail(GIMG<float>& plane, GIMG<float>& detail) con
   vx::splitBaseDetail(PlaneView(plane), PlaneView(detail), detailRange, detailSample, bandHeight);
 }
 
-LightnessPass::LightnessPass(const LightnessTone& tone, const PlaneView& plane)
-    : tone_(tone), plane_(plane) {
+void LightnessPass::begin(const LightnessTone& tone, const PlaneView& plane) {
+  tone_ = tone;
+  plane_ = plane;
+  useGamma_ = useEq_ = useDetail_ = false;
   if (plane.empty()) return;
   rows_ = bandRows(tone.bandHeight, plane.width, plane.height);
   useGamma_ = std::fabs(tone.gamma) > 0.0001f;
@@ -60,11 +62,11 @@ LightnessPass::LightnessPass(const LightnessTone& tone, const PlaneView& plane)
 void LightnessPass::startSplit() {
   const std::size_t width = static_cast<std::size_t>(plane_.width);
   if (plane_.width > INT_MAX / 4 ||
-      !detailMemory_.reserve(width * static_cast<std::size_t>(plane_.height)))
+      !baseMemory_.reserve(width * static_cast<std::size_t>(plane_.height)))
     return;
-  detail_ = {detailMemory_.data(), plane_.width * 4, plane_.width, plane_.height};
+  base_ = {baseMemory_.data(), plane_.width * 4, plane_.width, plane_.height};
   useDetail_ =
-      split_.begin(plane_, detail_, tone_.detailRange, tone_.detailSample, tone_.bandHeight) &&
+      split_.begin(plane_, base_, tone_.detailRange, tone_.detailSample, tone_.bandHeight) &&
       detailCurve_.reserve(plane_.width, rows_) && magnitudes_.reserve(width);
 }
 
@@ -92,8 +94,7 @@ void LightnessPass::process() {
   if (!useDetail_) return;
   std::vector<Peak> peaks(static_cast<std::size_t>(bandSlots()));
   split_.run([&](int y, int count, int slot) {
-    if (useGamma_) gammaCurve_.apply(plane_.rows(y, count));
-    addMagnitudes(detail_.rows(y, count), magnitudes_.at(slot),
+    addMagnitudes(plane_.rows(y, count), base_.rows(y, count), magnitudes_.at(slot),
                   peaks[static_cast<std::size_t>(slot)]);
   });
   Peak peak;
@@ -107,11 +108,10 @@ void LightnessPass::finish(int y, int count) {
     if (useGamma_) gammaCurve_.apply(plane);
     return;
   }
-  const PlaneView detail = detail_.rows(y, count);
-  detailCurve_.apply(detail);
-  prim::primMulC_32f_C1IR(tone_.detailGain, detail.data, detail.step, detail.width, detail.height);
-  prim::primAdd_32f_C1IR(detail.data, detail.step, plane.data, plane.step, plane.width,
-                         plane.height);
+  const PlaneView base = base_.rows(y, count);
+  detailCurve_.part(plane, base);
+  if (useGamma_) gammaCurve_.apply(base);
+  detailCurve_.join(tone_.detailGain, base, plane);
 }
 
 }  // namespace vx

@@ -9,8 +9,8 @@ namespace vx {
 /// One plane on its way through SaturationTone, in the same steps as LightnessPass.
 class SaturationPass {
  public:
-  /// Tone and plane must stay where they are.
-  SaturationPass(SaturationTone& tone, const PlaneView& plane);
+  /// Tone and plane must stay where they are. Memory of an earlier plane is used again.
+  void begin(SaturationTone& tone, const PlaneView& plane);
 
   void collect(int y, int count);
   void process();
@@ -19,7 +19,7 @@ class SaturationPass {
  private:
   void gain(const PlaneView& rows, Peak& peak) const;
 
-  SaturationTone& tone_;
+  SaturationTone* tone_ = nullptr;
   PlaneView plane_;
   int rows_ = 1;
   bool useEq_ = false;

@@ -37,46 +37,34 @@ void fromLog2(const PlaneView& p) {
   prim::primSubC_32f_C1IR(1.0f, p.data, p.step, p.width, p.height);
 }
 
-// The detail layer of modes 1 and 2 between the split and its return to the plane.
-class DetailLayer {
- public:
-  // Splits the plane; false, with the plane untouched, when memory is short.
+// The layers of modes 1 and 2.
+struct Layers {
+  AlignedArray<float> memory;
+  PlaneView base;
+  DetailCurve detail;
+
+  // False, with the plane untouched, when memory is short.
   bool split(const SaturationTone& tone, const PlaneView& plane, int rows) {
     const auto width = static_cast<std::size_t>(plane.width);
     if (plane.width > INT_MAX / 4 ||
-        !memory_.reserve(width * static_cast<std::size_t>(plane.height)))
+        !memory.reserve(width * static_cast<std::size_t>(plane.height)))
       return false;
-    detail_ = {memory_.data(), plane.width * 4, plane.width, plane.height};
+    base = {memory.data(), plane.width * 4, plane.width, plane.height};
     BaseDetailSplit split;
     AlignedArray<float> row;
-    if (!split.begin(plane, detail_, tone.detailRange, tone.detailSample, rows) ||
-        !curve_.reserve(plane.width, rows) || !row.reserve(width))
+    if (!split.begin(plane, base, tone.detailRange, tone.detailSample, rows) ||
+        !detail.reserve(plane.width, rows) || !row.reserve(width))
       return false;
-    gain_ = tone.detailGain;
-    reshape_ = differs(tone.gamma, 1.0f, 0.001f);
     forEachBand(plane.height, rows, [&](int y, int count) { split.collect(y, count); });
     split.run([](int, int, int) {});
-    if (reshape_) {
+    detail.setNoCurve();
+    if (differs(tone.gamma, 1.0f, 0.001f)) {
       Peak peak;
-      addMagnitudes(detail_, row.data(), peak);
-      curve_.setCurve(peak, tone.gamma);
+      addMagnitudes(plane, base, row.data(), peak);
+      detail.setCurve(peak, tone.gamma);
     }
     return true;
   }
-
-  void giveBack(const PlaneView& plane, int y) const {
-    const PlaneView d = detail_.rows(y, plane.height);
-    if (reshape_) curve_.apply(d);
-    prim::primMulC_32f_C1IR(gain_, d.data, d.step, d.width, d.height);
-    prim::primAdd_32f_C1IR(d.data, d.step, plane.data, plane.step, plane.width, plane.height);
-  }
-
- private:
-  AlignedArray<float> memory_;
-  PlaneView detail_;
-  DetailCurve curve_;
-  float gain_ = 1.0f;
-  bool reshape_ = false;
 };
 
 // Modes 1 and 2.
@@ -85,15 +73,17 @@ void reshape(SaturationTone& tone, const PlaneView& plane, int rows) {
   const bool logarithmic = tone.mode == 2;
   if (logarithmic)
     forEachBand(plane.height, rows, [&](int y, int count) { toLog2(plane.rows(y, count)); });
-  DetailLayer detail;
-  const bool useDetail = tone.detailRange > 0.0001f && detail.split(tone, plane, rows);
+  Layers layers;
+  const bool useDetail = tone.detailRange > 0.0001f && layers.split(tone, plane, rows);
   tone.buildCurve();
   forEachBand(plane.height, rows, [&](int y, int count) {
     const PlaneView band = plane.rows(y, count);
-    prim::primLUT_Linear_32f_C1IR(band.data, band.step, band.width, band.height,
+    const PlaneView layer = useDetail ? layers.base.rows(y, count) : band;
+    if (useDetail) layers.detail.part(band, layer);
+    prim::primLUT_Linear_32f_C1IR(layer.data, layer.step, layer.width, layer.height,
                                   tone.curveValues.data(), tone.curveLevels.data(),
                                   tone.curvePoints);
-    if (useDetail) detail.giveBack(band, y);
+    if (useDetail) layers.detail.join(tone.detailGain, layer, band);
     if (logarithmic) fromLog2(band);
   });
 }
@@ -104,7 +94,8 @@ int SaturationTone::apply(GIMG<float>& image) {
   const PlaneView plane(image);
   if (plane.empty()) return 0;
   const int rows = bandRows(bandHeight, plane.width, plane.height);
-  SaturationPass pass(*this, plane);
+  SaturationPass pass;
+  pass.begin(*this, plane);
   forEachBand(plane.height, rows, [&](int y, int count) { pass.collect(y, count); });
   pass.process();
   forEachBand(plane.height, rows, [&](int y, int count) { pass.finish(y, count); });
@@ -138,8 +129,11 @@ void SaturationTone::buildCurve() {
   }
 }
 
-SaturationPass::SaturationPass(SaturationTone& tone, const PlaneView& plane)
-    : tone_(tone), plane_(plane) {
+void SaturationPass::begin(SaturationTone& tone, const PlaneView& plane) {
+  tone_ = &tone;
+  plane_ = plane;
+  useEq_ = useGamma_ = false;
+  peak_ = {};
   if (plane.empty()) return;
   rows_ = bandRows(tone.bandHeight, plane.width, plane.height);
   useGamma_ = tone.mode == 0 && differs(tone.gamma, 1.0f, 0.0001f);
@@ -153,9 +147,9 @@ SaturationPass::SaturationPass(SaturationTone& tone, const PlaneView& plane)
 
 // Mode 0 up to the gamma, whose curve depends on the peak of the plane.
 void SaturationPass::gain(const PlaneView& rows, Peak& peak) const {
-  if (tone_.mode != 0) return;
-  if (differs(tone_.contrast, 1.0f, 0.0001f))
-    prim::primMulC_32f_C1IR(tone_.contrast, rows.data, rows.step, rows.width, rows.height);
+  if (tone_->mode != 0) return;
+  if (differs(tone_->contrast, 1.0f, 0.0001f))
+    prim::primMulC_32f_C1IR(tone_->contrast, rows.data, rows.step, rows.width, rows.height);
   if (useGamma_) peak.add(rows);
 }
 
@@ -169,7 +163,7 @@ void SaturationPass::collect(int y, int count) {
 
 void SaturationPass::process() {
   if (useEq_) {
-    eq_.endCount(tone_.eqStrength, tone_.eqBlend, 1.0f);
+    eq_.endCount(tone_->eqStrength, tone_->eqBlend, 1.0f);
     std::vector<Peak> peaks(static_cast<std::size_t>(bandSlots()));
     parallelBands(plane_.height, rows_, [&](int y, int count, int slot) {
       for (int i = y; i < y + count; ++i) eq_.readRow(i, plane_.row(i), plane_.row(i), slot);
@@ -180,9 +174,9 @@ void SaturationPass::process() {
   }
   if (useGamma_) {
     const float top = peak_.value() < 1.0f ? peak_.value() : 1.0f;
-    gammaCurve_ = PowerCurve(top, tone_.gamma);
+    gammaCurve_ = PowerCurve(top, tone_->gamma);
   }
-  if (tone_.mode == 1 || tone_.mode == 2) reshape(tone_, plane_, rows_);
+  if (tone_->mode == 1 || tone_->mode == 2) reshape(*tone_, plane_, rows_);
 }
 
 void SaturationPass::finish(int y, int count) {

@@ -28,7 +28,7 @@ void writePlanes(Picture& p, float value) {
 void writeInterleaved(Picture& p, float value) {
   IMG3<float> image(p.width, p.height);
   for (int y = 0; y < p.height; ++y) std::fill_n(image.row(y), 3 * p.width, value);
-  vx::writeHostImage(image, p.format, p.bytes.data(), p.step);
+  vx::writeHostImage(vx::RgbRows(image), p.format, p.bytes.data(), p.step);
 }
 
 // Wider than one block, narrower with many rows, and odd sizes.
@@ -41,7 +41,7 @@ TEST(HostPixels, readingFollowsItsFormula) {
       Picture p(format, w + 5, h + 4, 3);
       p.randomise(11, deep(format) ? 65535 : 255);
       IMG3<float> image(w, h);
-      ASSERT_EQ(vx::readHostImage(format, p.bytes.data(), p.step, 5, 3, image), 1);
+      ASSERT_EQ(vx::readHostImage(format, p.bytes.data(), p.step, 5, 3, vx::RgbRows(image)), 1);
       for (int y = 0; y < h; ++y)
         for (int x = 0; x < w; ++x)
           for (int c = 0; c < 3; ++c) {
@@ -62,8 +62,8 @@ TEST(HostPixels, everySampleValueSurvivesTheRoundTrip) {
     const auto before = p.bytes;
 
     IMG3<float> image(w, h);
-    vx::readHostImage(format, p.bytes.data(), p.step, 0, 0, image);
-    ASSERT_EQ(vx::writeHostImage(image, format, p.bytes.data(), p.step), 1);
+    vx::readHostImage(format, p.bytes.data(), p.step, 0, 0, vx::RgbRows(image));
+    ASSERT_EQ(vx::writeHostImage(vx::RgbRows(image), format, p.bytes.data(), p.step), 1);
     EXPECT_EQ(p.bytes, before) << "interleaved, format " << format;
 
     GIMG<float> r(w, h), g(w, h), b(w + 9, h);
@@ -120,12 +120,12 @@ TEST(HostPixels, refusedReadingLeavesDefinedFloats) {
   Picture p(1, 8, 8);
   IMG3<float> image(8, 8);
   for (int y = 0; y < 8; ++y) std::fill_n(image.row(y), 24, 5.0f);
-  EXPECT_EQ(vx::readHostImage(1, p.bytes.data(), -24, 0, 0, image), 1);
+  EXPECT_EQ(vx::readHostImage(1, p.bytes.data(), -24, 0, 0, vx::RgbRows(image)), 1);
   for (int y = 0; y < 8; ++y) EXPECT_EQ(image.row(y)[23], 0.49f / 256.0f);
   IMG3<float> none(0, 8);
-  EXPECT_EQ(vx::readHostImage(1, p.bytes.data(), 24, 0, 0, none), 1);
-  EXPECT_EQ(vx::writeHostImage(none, 1, p.bytes.data(), 24), 1);
-  EXPECT_EQ(vx::readHostImage(1, nullptr, 24, 0, 0, image), 1);
+  EXPECT_EQ(vx::readHostImage(1, p.bytes.data(), 24, 0, 0, vx::RgbRows(none)), 1);
+  EXPECT_EQ(vx::writeHostImage(vx::RgbRows(none), 1, p.bytes.data(), 24), 1);
+  EXPECT_EQ(vx::readHostImage(1, nullptr, 24, 0, 0, vx::RgbRows(image)), 1);
 }
 
 }  // namespace

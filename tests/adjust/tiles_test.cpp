@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <climits>
 #include <cmath>
 #include <tuple>
@@ -71,7 +72,9 @@ TEST(TileBlend, weighsTilesByTriangles) {
       vx::IMG3<float> tile(w, h);
       for (int y = 0; y < h; ++y)
         for (int s = 0; s < 3 * w; ++s) tile.row(y)[s] = value(i, s % 3);
-      blend.add(tile, starts[i][0], starts[i][1]);
+      for (int y = 0; y < h; y += h / 2 + 1)  // in two runs of rows
+        blend.add({tile.row(y), tile.step, w, std::min(h / 2 + 1, h - y)}, y, starts[i][0],
+                  starts[i][1]);
     }
     ASSERT_EQ(blend.writeTo({p.bytes.data(), 3, p.step, p.width, p.height}), 1);
     const auto triangle = [](int i, int n) { return 1 - std::abs(2.0 * i / (n - 1) - 1); };

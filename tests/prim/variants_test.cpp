@@ -6,6 +6,7 @@
 #include <cstdio>
 
 #include "tests/prim/variants/drivers.h"
+#include "tests/prim/variants/drivers_jpeg.h"
 
 namespace {
 

@@ -1,7 +1,8 @@
 #pragma once
 
-// The driver of every primitive. Most arguments follow from their types and names: images with
-// their steps, width and height, lists and values. A plan says what does not.
+// The driver of every primitive but those of blocks, which have drivers of their own. Most
+// arguments follow from their types and names: images with their steps, width and height, lists and
+// values. A plan says what does not.
 
 #include <climits>
 #include <map>
@@ -278,7 +279,7 @@ struct Operands {
       } else {
         if (plan.ontoSource && name == "dst") return static_cast<Image<E>*>(images.front())->data();
         const Pixels pixels = kConst ? entry.source : entry.destination;
-        const int length = entry.has("primv") ? t.width : kConst ? pixels.used : 1;
+        const int length = entry.takes("length") ? t.width : kConst ? pixels.used : 1;
         const auto given = plan.shapes.find(name);
         const bool written = !kConst || (plan.ontoSource && images.empty());
         return make<E>(name, written ? Role::write : Role::read,
@@ -302,20 +303,12 @@ struct Operands {
 
 template <class... Args>
 void drive(const Prim& entry, Row<Args...> row) {
-  // Denormals are zero in every body, as they are inside the library's exported functions.
-  const prim::FloatModeGuard floatMode;
-  for (int number = 0; number < kTrials && !::testing::Test::HasFailure(); ++number) {
-    Trial t(entry, number);
-    SCOPED_TRACE(::testing::Message()
-                 << "trial " << number << " (seed " << t.seed << "): " << t.width << " x "
-                 << t.height << ", placement " << static_cast<int>(t.placement)
-                 << (t.packed ? ", packed" : "") << (t.bottomUp ? ", bottom-up" : "") << ", fill "
-                 << static_cast<int>(t.fill));
+  forTrials(entry, [&](Trial& t) {
     const Plan plan = planOf(entry, t);
     Operands operands{entry, t, plan};
     const std::tuple<Args...> args{operands.argument<Args>()...};
-    match(entry, t, row, operands.images, plan.expect, args);
-  }
+    match<Args...>(entry, t, row, operands.images, plan.expect, args);
+  });
 }
 
 }  // namespace vx::test

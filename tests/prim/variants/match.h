@@ -63,8 +63,9 @@ int matchColumns(const std::vector<int>& columns, const Images& images, Expect e
 enum class ArgumentKind { pointer, size, step, other };
 inline ArgumentKind kindOf(const Prim& entry, std::size_t index) {
   const std::string_view name = entry.argument(index);
-  for (const std::string_view size : {"width", "height", "length", "srcWidth", "srcHeight",
-                                      "dstWidth", "dstHeight", "roiWidth", "roiHeight", "cells"})
+  for (const std::string_view size :
+       {"width", "height", "length", "srcWidth", "srcHeight", "dstWidth", "dstHeight", "roiWidth",
+        "roiHeight", "cells", "blocks"})
     if (name == size) return ArgumentKind::size;
   return name.ends_with("tep") ? ArgumentKind::step : ArgumentKind::other;
 }
@@ -115,6 +116,28 @@ void match(const Prim& entry, const Trial& trial, Row<Args...> row, const Images
       (refuseOne<i, Args...>(entry, images, row, args), ...);
     }
   (std::index_sequence_for<Args...>());
+}
+
+template <class... Args>
+void match(const Prim& entry, const Trial& trial, Row<Args...> row, const Images& images,
+           Expect expect, std::type_identity_t<Args>... args) {
+  match<Args...>(entry, trial, row, images, expect, std::tuple<Args...>{args...});
+}
+
+/// Calls body(trial) for every trial until one fails.
+template <class Body>
+void forTrials(const Prim& entry, Body body) {
+  // Denormals are zero in every body, as they are inside the library's exported functions.
+  const prim::FloatModeGuard floatMode;
+  for (int number = 0; number < kTrials && !::testing::Test::HasFailure(); ++number) {
+    Trial t(entry, number);
+    SCOPED_TRACE(::testing::Message()
+                 << "trial " << number << " (seed " << t.seed << "): " << t.width << " x "
+                 << t.height << ", placement " << static_cast<int>(t.placement)
+                 << (t.packed ? ", packed" : "") << (t.bottomUp ? ", bottom-up" : "") << ", fill "
+                 << static_cast<int>(t.fill));
+    body(t);
+  }
 }
 
 }  // namespace vx::test

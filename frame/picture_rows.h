@@ -1,0 +1,64 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "frame/img.h"
+
+namespace vx {
+
+/// Rows of interleaved RGB floats inside memory that somebody else owns.
+struct RgbRows {
+  float* data = nullptr;
+  int step = 0;   ///< bytes from one row to the next
+  int width = 0;  ///< pixels
+  int height = 0;
+
+  RgbRows() = default;
+  RgbRows(float* start, int rowStep, int w, int h)
+      : data(start), step(rowStep), width(w), height(h) {}
+  /// The region of interest; an image without memory gives rows without memory.
+  explicit RgbRows(const IMG3<float>& image)
+      : data(image.data), step(image.step), width(image.roiWidth), height(image.roiHeight) {}
+
+  float* row(int y) const {
+    return reinterpret_cast<float*>(reinterpret_cast<std::uint8_t*>(data) +
+                                    std::ptrdiff_t{step} * y);
+  }
+  RgbRows rows(int y, int count) const { return {row(y), step, width, count}; }
+};
+
+/// Where the rows of a picture come from, a few at a time, so that a stage can take them up while
+/// they are in the cache.
+class RowSource {
+ public:
+  virtual ~RowSource() = default;
+
+  /// Fills `to` with the rows from y on.
+  virtual void take(int y, const RgbRows& to) = 0;
+};
+
+/// Where the rows of a picture go to while they are in the cache. A stage gives none before it has
+/// taken all, so that source and sink may share memory.
+class RowSink {
+ public:
+  virtual ~RowSink() = default;
+
+  /// Receives the rows from y on; may spoil the memory that they are in.
+  virtual void give(int y, const RgbRows& from) = 0;
+};
+
+/// The rows of an image in memory; rows that lie in it already stay where they are.
+class ImageRows : public RowSource, public RowSink {
+ public:
+  /// The image must stay where it is.
+  explicit ImageRows(const IMG3<float>& image) : rows_(image) {}
+
+  void take(int y, const RgbRows& to) override;
+  void give(int y, const RgbRows& from) override;
+
+ private:
+  RgbRows rows_;
+};
+
+}  // namespace vx

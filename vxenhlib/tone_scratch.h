@@ -1,0 +1,20 @@
+#pragma once
+
+#include "vxenhlib/aligned_array.h"
+#include "vxenhlib/lightness_pass.h"
+#include "vxenhlib/saturation_pass.h"
+#include "vxenhlib/unsharp_mask.h"
+
+namespace vx {
+
+/// What AdjustToneStage needs besides the image: grids, the plane of the base layer, bands. Kept
+/// from one tile to the next by whoever has several, since memory that comes fresh from the system
+/// costs more than most steps of the stage. Belongs to one call at a time.
+struct ToneScratch {
+  LightnessPass lightness;
+  SaturationPass saturation;
+  UnsharpRows unsharp;
+  AlignedArray<float> pixels;  // of a band
+};
+
+}  // namespace vx
