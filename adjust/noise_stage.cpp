@@ -4,6 +4,7 @@
 #include "prim/channel.h"
 #include "prim/memory.h"
 #include "vxenhlib/bands.h"
+#include "vxenhlib/grid_denoise.h"
 #include "vxenhlib/luma_chroma.h"
 #include "vxenhlib/plane_view.h"
 
@@ -50,35 +51,55 @@ bool NoiseStage::active(const AdjustSettings& settings) {
   return settings.denoiseStrength > 0.001f && settings.noiseProfile != nullptr;
 }
 
-void NoiseStage::filter(IMG3<float>& image, const AdjustSettings& settings) {
-  if (!active(settings)) return;
-  const int w = image.roiWidth;
-  const int h = image.roiHeight;
-  bool memory = image.data != nullptr;
+bool NoiseStage::reservePlanes(int width, int height) {
+  bool memory = true;
   for (auto& plane : removed_) {
-    plane = std::make_unique<GIMG<float>>(w, h);
+    plane = std::make_unique<GIMG<float>>(width, height);
     memory = memory && plane->data != nullptr;
   }
+  return memory;
+}
+
+void NoiseStage::forget() {
+  for (auto& plane : removed_) plane.reset();
+}
+
+void NoiseStage::filter(IMG3<float>& image, const AdjustSettings& settings) {
+  if (!active(settings) || image.data == nullptr) return;
+  NoiseFilterRecord record;
+  record.configure(*settings.noiseProfile, true, true);
+  const float strength = deriveNoiseSettings(settings, record);
+  const bool grain = keepsGrain(settings);
+  const bool gridsAlone =
+      settings.denoiseMode == 0 && record.accepts(image.roiWidth, image.roiHeight);
+  bool memory = (gridsAlone && !grain) || reservePlanes(image.roiWidth, image.roiHeight);
+  if (memory && gridsAlone) {
+    GIMG<float>* const planes[3] = {removed_[0].get(), removed_[1].get(), removed_[2].get()};
+    memory = denoiseOnGrids(image, record.lumaGrid(0.0f), record.chromaGrid(0.0f),
+                            grain ? planes : nullptr);
+  } else if (memory) {
+    memory = filterPlanes(image, record, strength, grain);
+  }
+  if (!memory || !grain) forget();
+}
+
+bool NoiseStage::filterPlanes(IMG3<float>& image, NoiseFilterRecord& record, float strength,
+                              bool grain) {
+  const int w = image.roiWidth;
+  const int h = image.roiHeight;
   const int bandHeight = bandRows(0, w, h);
   PerSlot<float> scratch;
-  if (!memory ||
-      !scratch.reserve(static_cast<std::size_t>(bandHeight) * static_cast<std::size_t>(w))) {
-    for (auto& plane : removed_) plane.reset();
-    return;
-  }
+  if (!scratch.reserve(static_cast<std::size_t>(bandHeight) * static_cast<std::size_t>(w)))
+    return false;
   parallelBands(h, bandHeight, [&](int y, int count, int) {
     Rows rows(removed_, y, count);
     takeRows(image, y, rows);
     toLumaChroma(rows.plane, true);
   });
 
-  NoiseFilterRecord record;
-  record.configure(*settings.noiseProfile, true, true);
-  const float strength = deriveNoiseSettings(settings, record);
   GIMG<float>* const planes[3] = {removed_[0].get(), removed_[1].get(), removed_[2].get()};
   record.denoise(planes, 0.01f, strength, 1.0f, 3.0f, 1.5f, 1.0f, 0.0f, 0.0f, 0.0f);
 
-  const bool grain = keepsGrain(settings);
   parallelBands(h, bandHeight, [&](int y, int count, int slot) {
     Rows rows(removed_, y, count);
     fromLumaChroma(rows.plane, true);
@@ -93,8 +114,7 @@ void NoiseStage::filter(IMG3<float>& image, const AdjustSettings& settings) {
                               plane.step, w, count);
     }
   });
-  if (!grain)
-    for (auto& plane : removed_) plane.reset();
+  return true;
 }
 
 void NoiseStage::restoreGrain(IMG3<float>& image, const AdjustSettings& settings) {
@@ -115,7 +135,7 @@ void NoiseStage::restoreGrain(IMG3<float>& image, const AdjustSettings& settings
       }
     });
   }
-  for (auto& plane : removed_) plane.reset();
+  forget();
 }
 
 }  // namespace vx

@@ -20,7 +20,8 @@ class NoiseStage {
   /// Whether filter() has work: a denoiseStrength above 0.001 and a profile.
   static bool active(const AdjustSettings& settings);
 
-  /// Filters the image in place when active. Does nothing when memory for three planes is short.
+  /// Filters the image in place when active. Does nothing when memory is short: for some rows in
+  /// the fast mode without grain, else for three planes.
   void filter(IMG3<float>& image, const AdjustSettings& settings);
 
   /// Whether filter() kept what it took out.
@@ -30,6 +31,10 @@ class NoiseStage {
   void restoreGrain(IMG3<float>& image, const AdjustSettings& settings);
 
  private:
+  bool reservePlanes(int width, int height);
+  void forget();
+  bool filterPlanes(IMG3<float>& image, NoiseFilterRecord& record, float strength, bool grain);
+
   std::unique_ptr<GIMG<float>> removed_[3];
 };
 

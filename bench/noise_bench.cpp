@@ -1,24 +1,21 @@
 // The noise filter in both modes, the estimate of the noise, and what a block of the non-local
 // filter's grid costs, part by part.
-//
-// The picture is made of patches, ramps and Gaussian noise of sigma 10: stacks of all depths occur,
-// most of them full, as in a noisy photograph.
 
 #include <benchmark/benchmark.h>
 #include <omp.h>
 #include <time.h>
 
 #include <algorithm>
-#include <cmath>
 #include <cstdint>
 #include <cstdio>
-#include <random>
+#include <functional>
 #include <vector>
 
-#include "adjust/noise_stage.h"
 #include "bench/noise_opencv.h"
+#include "bench/noise_picture.h"
 #include "frame/load.h"
 #include "prim/float_mode.h"
+#include "tests/support/heap.h"
 #include "vxenhlib/band_sums.h"
 #include "vxenhlib/block_matcher.h"
 #include "vxenhlib/noise_filter_record.h"
@@ -27,43 +24,6 @@
 namespace {
 
 using namespace vx;
-
-constexpr float kSigma = 10.0f / 255.0f;
-constexpr NoiseProfile kProfile = {0.6f, kSigma, 0.0f, 0.6f, 0.35f * kSigma, 0.0f};
-
-struct Picture {
-  int width, height;
-  std::vector<std::uint8_t> rgb;
-  IMG3<float> image, work;
-
-  // 3:2.
-  explicit Picture(std::int64_t megapixels)
-      : Picture(static_cast<int>(std::sqrt(1.5e6 * static_cast<double>(megapixels))),
-                static_cast<int>(std::sqrt(1e6 * static_cast<double>(megapixels) / 1.5))) {}
-  Picture(int w, int h) : width(w), height(h), image(w, h), work(w, h) {
-    std::mt19937 random(1);
-    std::normal_distribution<float> noise(0.0f, 255.0f * kSigma);
-    for (int y = 0; y < h; ++y)
-      for (int x = 0; x < w; ++x)
-        for (int c = 0; c < 3; ++c) {
-          const int patch = (x / 37 ^ y / 29) % 5 * 25;
-          const float value = static_cast<float>(40 + patch + 10 * c + 60 * x / w) + noise(random);
-          rgb.push_back(static_cast<std::uint8_t>(std::clamp(value, 0.0f, 255.0f)));
-          image.row(y)[3 * x + c] = (static_cast<float>(rgb.back()) + 0.49f) / 256.0f;
-        }
-  }
-  double megapixels() const { return 1e-6 * width * height; }
-  void restore() {
-    for (int y = 0; y < height; ++y) std::copy_n(image.row(y), 3 * width, work.row(y));
-  }
-  void denoise(int mode) {
-    AdjustSettings settings;
-    settings.denoiseStrength = 0.6f;
-    settings.noiseProfile = &kProfile;
-    settings.denoiseMode = mode;
-    NoiseStage().filter(work, settings);
-  }
-};
 
 double seconds(clockid_t clock) {
   timespec now;
@@ -95,10 +55,15 @@ void loop(benchmark::State& state, double megapixels, const Prepare& prepare, co
 void filter(benchmark::State& state, int mode) {
   const prim::FloatModeGuard floatMode;
   omp_set_num_threads(static_cast<int>(state.range(1)));
-  Picture p(state.range(0));
+  NoisePicture p(state.range(0));
   loop(
       state, p.megapixels(), [&] { p.restore(); }, [&] { p.denoise(mode); });
   omp_set_num_threads(1);
+  if (state.range(1) > 1) return;
+  p.restore();
+  const test::Heap heap;
+  p.denoise(mode);
+  state.counters["peak_MB/MP"] = 1e-6 * static_cast<double>(test::Heap::peak()) / p.megapixels();
 }
 
 void fast(benchmark::State& state) { filter(state, 0); }
@@ -118,7 +83,7 @@ BENCHMARK(nonLocal)
 // All of a picture of this size is looked at; a larger one costs the same.
 void estimate(benchmark::State& state) {
   omp_set_num_threads(static_cast<int>(state.range(0)));
-  const Picture p(2048, 2048);
+  const NoisePicture p(2048, 2048);
   NoiseProfile profile;
   loop(
       state, p.megapixels(), [] {},
@@ -134,8 +99,8 @@ BENCHMARK(estimate)
     ->Unit(benchmark::kMillisecond)
     ->UseRealTime();
 
-// The time of one part of the work: the median over its calls, which the few calls that another
-// process interrupts do not change.
+// The time of one part of the work: the mean of its calls, but for those that took more than three
+// times the median, which another process interrupted.
 class Part {
  public:
   template <class Run>
@@ -147,7 +112,14 @@ class Part {
   double nanoseconds() {
     const auto middle = calls_.begin() + static_cast<std::ptrdiff_t>(calls_.size() / 2);
     std::nth_element(calls_.begin(), middle, calls_.end());
-    return 1e9 * *middle;
+    const double most = 3.0 * *middle;
+    double sum = 0.0, count = 0.0;
+    for (const double call : calls_)
+      if (call <= most) {
+        sum += call;
+        count += 1.0;
+      }
+    return 1e9 * sum / count;
   }
 
  private:
@@ -162,7 +134,7 @@ void blockParts(benchmark::State& state) {
   constexpr BlockGeometry kGeometries[] = {{8, 8, 4, 32}, {12, 12, 6, 48}, {12, 16, 8, 48}};
   const BlockGeometry g = kGeometries[state.range(0)];
   constexpr int kSize = 320;
-  const Picture picture(kSize, kSize);
+  const NoisePicture picture(kSize, kSize);
   GIMG<float> plane(kSize, kSize), squares(kSize, kSize), costMap(g.searchSize, g.searchSize);
   for (int y = 0; y < kSize; ++y)
     for (int x = 0; x < kSize; ++x) {
@@ -175,7 +147,7 @@ void blockParts(benchmark::State& state) {
   const PlaneView costs(costMap);
 
   CNLImDnCn settings(g.stackLimit, 1, g.blockSize, g.searchSize);  // for the threshold
-  settings.setFilterParams(0.01f, 1.5f, 3.0f, kSigma, 1.5f, 0.03f, 1.5f, 1);
+  settings.setFilterParams(0.01f, 1.5f, 3.0f, kNoiseSigma, 1.5f, 0.03f, 1.5f, 1);
   const FftPlan plan(g.searchSize, g.searchSize);
   const StackShape shape(g.blockSize, g.blockSize, g.stackLimit);
   BlockMatcher matcher;
@@ -234,32 +206,48 @@ BENCHMARK(blockParts)
     ->ArgsProduct({{0, 1, 2}})
     ->Unit(benchmark::kMillisecond);
 
-// The fast mode and its peer in turn, so that neither has the quieter machine.
-void compareWithOpenCv() {
-  const prim::FloatModeGuard floatMode;
-  Picture p(4);
-  const auto bytes = openCvBilateral(p.rgb, p.width, p.height, false);
-  const auto floats = openCvBilateral(p.rgb, p.width, p.height, true);
-  if (!bytes) return;
-  omp_set_num_threads(1);
-  double own = 1e30, peer = 1e30, peerFloats = 1e30;
+// A mode and its peers in turn, so that none has the quieter machine.
+struct Contestant {
+  const char* name;
+  std::function<void()> run;
+};
+
+void compare(NoisePicture& picture, int mode, const char* name, int turns,
+             const std::vector<Contestant>& peers) {
   const auto time = [](double& best, const auto& run) {
     const double start = seconds(CLOCK_PROCESS_CPUTIME_ID);
     run();
     best = std::min(best, seconds(CLOCK_PROCESS_CPUTIME_ID) - start);
   };
-  for (int turn = 0; turn < 8; ++turn) {
-    p.restore();
-    time(own, [&] { p.denoise(0); });
-    time(peer, bytes);
-    time(peerFloats, floats);
+  double own = 1e30;
+  std::vector<double> best(peers.size(), 1e30);
+  for (int turn = 0; turn < turns; ++turn) {
+    picture.restore();
+    time(own, [&] { picture.denoise(mode); });
+    for (std::size_t i = 0; i < peers.size(); ++i)
+      if (peers[i].run) time(best[i], peers[i].run);
   }
-  const double unit = 1e3 / p.megapixels();
-  std::printf("\nOne thread, %d x %d, CPU ms/MP, best of 8 turns\n", p.width, p.height);
-  std::printf("  fast mode, floats in and out      %7.2f\n", unit * own);
-  std::printf("  OpenCV bilateral d = 9, bytes     %7.2f  ratio %.2f\n", unit * peer, peer / own);
-  std::printf("  OpenCV bilateral d = 9, floats    %7.2f  ratio %.2f\n", unit * peerFloats,
-              peerFloats / own);
+  const double unit = 1e3 / picture.megapixels();
+  std::printf("\nOne thread, %d x %d, CPU ms/MP, best of %d turns\n", picture.width, picture.height,
+              turns);
+  std::printf("  %-42s %8.2f\n", name, unit * own);
+  for (std::size_t i = 0; i < peers.size(); ++i)
+    if (peers[i].run)
+      std::printf("  %-42s %8.2f  ratio %.2f\n", peers[i].name, unit * best[i], best[i] / own);
+}
+
+void compareWithOpenCv() {
+  const prim::FloatModeGuard floatMode;
+  omp_set_num_threads(1);
+  NoisePicture large(4), small(1);
+  compare(large, 0, "fast mode, floats in and out", 8,
+          {{"OpenCV bilateral d = 9, bytes",
+            openCvBilateral(large.rgb, large.width, large.height, false)},
+           {"OpenCV bilateral d = 9, floats",
+            openCvBilateral(large.rgb, large.width, large.height, true)}});
+  compare(small, 1, "non-local mode, floats in and out", 3,
+          {{"OpenCV fastNlMeansDenoisingColored 3/11, bytes",
+            openCvNonLocalMeans(small.rgb, small.width, small.height)}});
 }
 
 }  // namespace

@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <opencv2/core.hpp>
 #include <opencv2/imgproc.hpp>
+#ifdef VX_BENCH_OPENCV_PHOTO
+#include <opencv2/photo.hpp>
+#endif
 
 std::function<void()> openCvBilateral(const std::vector<std::uint8_t>& rgb, int width, int height,
                                       bool floats) {
@@ -14,3 +17,14 @@ std::function<void()> openCvBilateral(const std::vector<std::uint8_t>& rgb, int 
   const double sigma = floats ? 30 / 255.0 : 30.0;
   return [image, out, sigma]() mutable { cv::bilateralFilter(image, out, 9, sigma, 3.0); };
 }
+
+#ifdef VX_BENCH_OPENCV_PHOTO
+std::function<void()> openCvNonLocalMeans(const std::vector<std::uint8_t>& rgb, int width,
+                                          int height) {
+  cv::setNumThreads(1);
+  cv::Mat image(height, width, CV_8UC3), out;
+  std::copy(rgb.begin(), rgb.end(), image.data);
+  return
+      [image, out]() mutable { cv::fastNlMeansDenoisingColored(image, out, 10.0f, 10.0f, 3, 11); };
+}
+#endif

@@ -29,14 +29,15 @@ namespace detail {
 
 /// Arguments that address pixels, one image or vector each.
 inline constexpr std::string_view kImages[] = {
-    "src",    "src1",  "src2",   "dst",      "srcDst", "mask",      "near",       "far",
-    "packed", "guide", "column", "fraction", "hue",    "lightness", "saturation", "candidate",
-    "target", "best",  "srcU",   "srcV",     "dstU",   "dstV",      "columns",    "coefficients",
-    "y",      "cb",    "cr",     "sumR",     "sumG",   "sumB"};
+    "src",        "src1",      "src2",   "dst",    "srcDst",   "mask",    "near",
+    "far",        "packed",    "guide",  "column", "fraction", "hue",     "lightness",
+    "saturation", "candidate", "target", "best",   "srcU",     "srcV",    "dstU",
+    "dstV",       "blur",      "base",   "sign",   "size",     "columns", "coefficients",
+    "y",          "cb",        "cr",     "sumR",   "sumG",     "sumB"};
 /// Short lists: constants per channel, curves, kernels, results.
-inline constexpr std::string_view kLists[] = {"value",  "level",  "values", "levels", "kernel",
-                                              "sum",    "mean",   "min",    "max",    "indexX",
-                                              "indexY", "result", "hist",   "weights"};
+inline constexpr std::string_view kLists[] = {
+    "value",  "level",  "values", "levels",  "kernel", "sum",  "mean",  "min",    "max",   "indexX",
+    "indexY", "result", "hist",   "weights", "low",    "high", "shift", "amount", "least", "gain"};
 
 struct Number {
   std::string_view name;

@@ -7,9 +7,8 @@
 //   forms.
 // - Steps are in bytes, signed and never derived from the width; width and height count pixels. The
 //   pointer addresses the first pixel of the region, so a subimage is pointer arithmetic.
-// - Checks come before any work, in the order null pointer (-8), size (-6), step (-14), the rest;
-// on a
-//   refusal nothing is written.
+// - Checks come before any work, in the order null pointer (-8), size (-6), step (-14), the rest; a
+//   refusal writes nothing.
 // - All are reentrant: no state outside the arguments. Every processor variant gives the same bits.
 // - Images may start at any address that suits the element; 16-bit images may start at odd ones.
 
@@ -34,6 +33,7 @@
 #include "prim/search.h"
 #include "prim/stats.h"
 #include "prim/threshold.h"
+#include "prim/tone.h"
 #include "prim/types.h"
 #include "prim/vector.h"
 #include "prim/window.h"

@@ -3,10 +3,8 @@
 #include <climits>
 #include <cmath>
 
-#include "prim/arith.h"
 #include "prim/colour.h"
-#include "prim/memory.h"
-#include "prim/threshold.h"
+#include "prim/tone.h"
 #include "vxenhlib/bands.h"
 #include "vxenhlib/tone_scratch.h"
 
@@ -14,8 +12,7 @@ namespace vx {
 namespace {
 
 void clipToOne(const PlaneView& p) {
-  prim::primThreshold_LT_32f_C1IR(p.data, p.step, p.width, p.height, 0.0f);
-  prim::primThreshold_GT_32f_C1IR(p.data, p.step, p.width, p.height, 1.0f);
+  for (int y = 0; y < p.height; ++y) prim::primvClip_32f_I(0.0f, 1.0f, p.row(y), p.width);
 }
 
 // One image on its way through the stage.
@@ -38,8 +35,7 @@ class StageRun {
 
   bool begin() {
     const auto pixels = static_cast<std::size_t>(width_) * static_cast<std::size_t>(rows_);
-    const bool hueTurns = std::fabs(stage_.hueShift) > 1e-7f;
-    turnHue_ = hueTurns && scratch_.shifted.reserve(pixels) && scratch_.mask.reserve(pixels);
+    turnHue_ = std::fabs(stage_.hueShift) > 1e-7f;
     sharpen_ = std::fabs(stage_.sharpenAmount - 1.0f) > 0.001f && stage_.sharpenSigma > 0.5f;
     UnsharpMask mask;
     mask.amount = stage_.sharpenAmount;
@@ -88,26 +84,10 @@ class StageRun {
     scratch_.lightness.collect(first, ready);
   }
 
-  // One wrap: a shift of a whole turn or more leaves 0 to 1, and is clipped.
-  void turn(const PlaneView& hue) {
-    const int n = hue.width;
-    const int planeStep = n * static_cast<int>(sizeof(float));
-    const bool forward = stage_.hueShift > 0.0f;
-    prim::primAddC_32f_C1IR(stage_.hueShift, hue.data, hue.step, n, hue.height);
-    prim::primCompareC_32f_C1R(hue.data, hue.step, forward ? 1.0f : 0.0f, scratch_.mask.data(), n,
-                               n, hue.height, forward ? prim::kCompareGreater : prim::kCompareLess);
-    prim::primCopy_32f_C1R(hue.data, hue.step, scratch_.shifted.data(), planeStep, n, hue.height);
-    if (forward) {
-      prim::primSubC_32f_C1IR(1.0f, scratch_.shifted.data(), planeStep, n, hue.height);
-    } else {
-      prim::primAddC_32f_C1IR(1.0f, scratch_.shifted.data(), planeStep, n, hue.height);
-    }
-    prim::primCopy_32f_C1MR(scratch_.shifted.data(), planeStep, hue.data, hue.step, n, hue.height,
-                            scratch_.mask.data(), n);
-  }
-
   void back(int y, int count) {
-    if (turnHue_) turn(hue_.rows(y, count));
+    // One wrap: a shift of a whole turn or more leaves 0 to 1, and is clipped.
+    for (int i = y; turnHue_ && i < y + count; ++i)
+      prim::primvTurnHue_32f_I(stage_.hueShift, hue_.row(i), width_);
     clipToOne({hue_.row(y), step_, 3 * width_, count});
     prim::primHLSToRGB_32f_P3C3R(hue_.row(y), step_, lightness_.row(y), step_, saturation_.row(y),
                                  step_, scratch_.pixels.data(), pixelStep_, width_, count);

@@ -59,15 +59,15 @@ void BaseDetailSplit::run(const std::function<void(int y, int count, int slot)>&
   });
 }
 
-bool splitBaseDetail(const PlaneView& plane, const PlaneView& detail, float rangeStep,
+void splitBaseDetail(const PlaneView& plane, const PlaneView& detail, float rangeStep,
                      int spatialStep, int bandHeight) {
-  if (detail.empty() || detail.width != plane.width || detail.height != plane.height) return false;
+  if (detail.empty() || detail.width != plane.width || detail.height != plane.height) return;
   BaseDetailSplit split;
   AlignedArray<float> row;
   const auto width = static_cast<std::size_t>(plane.width);
   if (!row.reserve(width) || !split.begin(plane, detail, rangeStep, spatialStep, bandHeight)) {
     prim::primSet_32f_C1R(0.0f, detail.data, detail.step, detail.width, detail.height);
-    return false;
+    return;
   }
   forEachBand(plane.height, bandRows(bandHeight, plane.width, plane.height),
               [&](int y, int count) { split.collect(y, count); });
@@ -78,7 +78,6 @@ bool splitBaseDetail(const PlaneView& plane, const PlaneView& detail, float rang
                           detail.step, plane.width, 1);
     std::memcpy(plane.row(y), row.data(), width * sizeof(float));
   }
-  return true;
 }
 
 }  // namespace vx

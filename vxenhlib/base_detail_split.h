@@ -40,8 +40,8 @@ class BaseDetailSplit {
 };
 
 /// The split of whole planes, with the base in the place of the plane; without memory the plane
-/// stays, the detail is 0 and the answer false.
-bool splitBaseDetail(const PlaneView& plane, const PlaneView& detail, float rangeStep,
+/// stays and the detail is 0.
+void splitBaseDetail(const PlaneView& plane, const PlaneView& detail, float rangeStep,
                      int spatialStep, int bandHeight);
 
 }  // namespace vx

@@ -5,7 +5,6 @@
 
 #include "prim/arith.h"
 #include "prim/vector.h"
-#include "vxenhlib/grid_blur.h"
 #include "vxenhlib/grid_splat.h"
 
 namespace vx {
@@ -60,18 +59,16 @@ int BilateralFilter::setupGrid(int width, int height, float newRangeMin, float n
 
 bool BilateralFilter::allocate() {
   const std::size_t cells = shape().cells();
-  const std::size_t withSpare = cells + kSpareCells;
-  return weightGrid_.reserve(withSpare) && valueGrid_.reserve(withSpare) &&
-         scratchGrid_.reserve(cells) && (temporal == 0 || historyGrid_.reserve(cells)) &&
+  return valueGrid_.reserve(cells + kSpareCells) && blur_.reserve(shape()) &&
+         (temporal == 0 || historyGrid_.reserve(cells)) &&
          rowSums_.reserve(shape().planeCells() + kSpareCells) &&
          bins_.reserve(static_cast<std::size_t>(std::max(imageWidth, 1)));
 }
 
 void BilateralFilter::releaseGrid() {
   gridWidth = gridHeight = gridDepth = 0;
-  weightGrid_.release();
   valueGrid_.release();
-  scratchGrid_.release();
+  blur_.release();
   historyGrid_.release();
   rowSums_.release();
   bins_.release();
@@ -97,30 +94,28 @@ int BilateralFilter::filter(GIMG<float>& data, GIMG<float>& guide, float tempora
   return kVxrcOk;
 }
 
-void BilateralFilter::initCells(std::size_t from, std::size_t to) {
-  std::fill(weightGrid_.data() + from, weightGrid_.data() + to, kEmptyWeight);
-  std::fill(valueGrid_.data() + from, valueGrid_.data() + to, 0.0f);
-}
-
 bool BilateralFilter::startSplat() {
   if (gridWidth == 0 || !reader_.reserve(imageWidth, shape())) return false;
-  const std::size_t plane = shape().planeCells();
-  gridRow_ = kSpatialPad + 1;
-  initCells(0, plane * static_cast<std::size_t>(gridRow_));
-  std::fill(rowSums_.data(), rowSums_.data() + plane + kSpareCells, Sums{0.0f, kEmptyWeight});
+  std::fill(rowSums_.data(), rowSums_.data() + shape().planeCells() + kSpareCells,
+            Sums{0.0f, kEmptyWeight});
+  blur_.start();
+  gridRow_ = 0;
+  while (gridRow_ < kSpatialPad + 1) flushGridRow();
   return true;
 }
 
-// Moves the finished grid row to the grids. What bins reached beyond it stays, as the beginning of
-// the next one.
+// Hands the finished grid row over. What bins reached beyond it stays, as the beginning of the next
+// one.
 void BilateralFilter::flushGridRow() {
   const std::size_t plane = shape().planeCells();
-  const std::size_t at = plane * static_cast<std::size_t>(gridRow_);
   const Sums* sums = rowSums_.data();
+  float* values = blur_.values();
+  float* weights = blur_.weights();
   for (std::size_t i = 0; i < plane; ++i) {
-    valueGrid_[at + i] = sums[i].value;
-    weightGrid_[at + i] = sums[i].weight;
+    values[i] = sums[i].value;
+    weights[i] = sums[i].weight;
   }
+  blur_.push(valueGrid_.data());
   std::memmove(rowSums_.data(), sums + plane, kSpareCells * sizeof(Sums));
   std::fill(rowSums_.data() + kSpareCells, rowSums_.data() + plane + kSpareCells,
             Sums{0.0f, kEmptyWeight});
@@ -146,17 +141,8 @@ void BilateralFilter::endSplat(float temporalBlend) {
   flushGridRow();
   // The two grid rows after the last hold only what bins reached beyond it.
   while (gridRow_ < gridHeight) flushGridRow();
-  const std::size_t end = cells.cells();
-  for (std::size_t i = 0; i < kSpareCells; ++i) {
-    valueGrid_[end + i] = rowSums_[i].value;
-    weightGrid_[end + i] = rowSums_[i].weight;
-  }
+  for (std::size_t i = 0; i < kSpareCells; ++i) valueGrid_[cells.cells() + i] = rowSums_[i].value;
 
-  blurGrid(weightGrid_.data(), scratchGrid_.data(), cells);
-  blurGrid(valueGrid_.data(), scratchGrid_.data(), cells);
-  const std::size_t plane = cells.planeCells();
-  for (std::size_t at = 0; at < end; at += plane)
-    prim::primvDiv_32f_I(weightGrid_.data() + at, valueGrid_.data() + at, static_cast<int>(plane));
   if (temporal != 0) blendHistory(temporalBlend);
   reader_.begin(valueGrid_.data(), cells, spatialSample, imageWidth,
                 gridAxis(rangeMin, rangeMax, rangeSample, kReadOffset, true));

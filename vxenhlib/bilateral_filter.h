@@ -4,6 +4,7 @@
 
 #include "vxenhlib/grid_reader.h"
 #include "vxenhlib/grid_shape.h"
+#include "vxenhlib/sliding_blur.h"
 #include "vxenhlib/vxrc.h"
 
 namespace vx {
@@ -21,7 +22,8 @@ namespace vx {
 /// falls into the layer of cells that the blur overwrites: a flat plane of exactly 1.0 does not
 /// come back, one below does.
 ///
-/// Belongs to one thread, which opens the parallel loops (blurs and read); the splat stays on it.
+/// Belongs to one thread, which splats, blurs the grid row by row while it grows, and opens the
+/// parallel loop of the read.
 class BilateralFilter {
  public:
   int gridWidth = 0;   ///< cells along x, padding included; 0 without a grid
@@ -67,7 +69,7 @@ class BilateralFilter {
   bool startSplat();
   /// Adds rows y to y + values.height - 1 of the plane to the grid. The guide has the same size.
   void splatRows(int y, const PlaneView& values, const PlaneView& guide);
-  /// Blurs and normalises.
+  /// Completes the grid, which is blurred and normalised by then.
   void endSplat(float temporalBlend);
   /// out = the result for row `y`; `out` may be `guide`.
   void readRow(int y, const float* guide, float* out, int slot) {
@@ -84,16 +86,14 @@ class BilateralFilter {
 
   GridShape shape() const { return {gridWidth, gridHeight, gridDepth}; }
   bool allocate();
-  void initCells(std::size_t from, std::size_t to);
   void flushGridRow();
   void blendHistory(float temporalBlend);
 
-  AlignedArray<float> weightGrid_;
-  AlignedArray<float> valueGrid_;
-  AlignedArray<float> scratchGrid_;
+  AlignedArray<float> valueGrid_;  // normalised
   AlignedArray<float> historyGrid_;
   AlignedArray<Sums> rowSums_;  // of the grid row being splatted, and of what bins reach beyond it
   AlignedArray<std::uint8_t> bins_;
+  SlidingBlur blur_;
   prim::GridAxis splatAxis_{};
   bool columnsApart_ = false;
   int gridRow_ = 0;

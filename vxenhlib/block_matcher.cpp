@@ -33,7 +33,12 @@ bool BlockMatcher::reserve(const SearchShape& shape) {
   rowFloats_ = fftRowFloats(shape.searchWidth);
   floats_ = static_cast<std::size_t>(shape.searchHeight) * static_cast<std::size_t>(rowFloats_);
   const auto width = static_cast<std::size_t>(shape.searchWidth);
-  if (!tileSpectrum_.reserve(floats_) || !blockSpectrum_.reserve(floats_) ||
+  oldest_ = 0;
+  for (Turned& t : turned_) {
+    t.x = t.y = -1;
+    if (!t.spectrum.reserve(floats_)) return false;
+  }
+  if (!tileSpectrum_.reserve(floats_) || !product_.reserve(floats_) ||
       !energy_.reserve(width * static_cast<std::size_t>(shape.searchHeight)) ||
       !zeroRow_.reserve(width))
     return false;
@@ -66,21 +71,34 @@ void BlockMatcher::setTile(const FftPlan& plan, const PlaneView& guide, const Pl
   plan.forward(spectrum);
 }
 
+// Turned, so that the product of the spectra is a correlation.
+const float* BlockMatcher::turnedSpectrum(const FftPlan& plan, const PlaneView& guide, int x,
+                                          int y) {
+  for (const Turned& t : turned_)
+    if (t.x == x && t.y == y) return t.spectrum.data();
+  Turned& t = turned_[oldest_];
+  oldest_ = (oldest_ + 1) % kTurned;
+  t.x = x;
+  t.y = y;
+  float* spectrum = t.spectrum.data();
+  std::memset(spectrum, 0, floats_ * sizeof(float));
+  for (int r = 0; r < shape_.blockHeight; ++r) {
+    const float* from = guide.row(y + shape_.blockHeight - 1 - r) + x;
+    float* to = spectrum + std::ptrdiff_t{r} * rowFloats_;
+    for (int c = 0; c < shape_.blockWidth; ++c) to[c] = from[shape_.blockWidth - 1 - c];
+  }
+  plan.forward(spectrum);
+  return spectrum;
+}
+
 float BlockMatcher::addCosts(const FftPlan& plan, const PlaneView& guide, const PlaneView& integral,
                              int x, int y, bool first, const PlaneView& costs) {
   const int right = shape_.blockWidth - 1;
   const int low = shape_.blockHeight - 1;
   const float blockEnergy = boxSum(integral, x, y, shape_.blockWidth, shape_.blockHeight);
 
-  // Turned by half a turn, so that the product of the spectra is a correlation.
-  float* spectrum = blockSpectrum_.data();
-  std::memset(spectrum, 0, floats_ * sizeof(float));
-  for (int r = 0; r <= low; ++r) {
-    const float* from = guide.row(y + low - r) + x;
-    float* to = spectrum + std::ptrdiff_t{r} * rowFloats_;
-    for (int c = 0; c <= right; ++c) to[c] = from[right - c];
-  }
-  plan.forward(spectrum);
+  float* spectrum = product_.data();
+  std::memcpy(spectrum, turnedSpectrum(plan, guide, x, y), floats_ * sizeof(float));
   prim::primvMul_32fc_I(reinterpret_cast<const prim::Complex32f*>(tileSpectrum_.data()),
                         reinterpret_cast<prim::Complex32f*>(spectrum),
                         static_cast<int>(floats_ / 2));

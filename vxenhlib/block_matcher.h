@@ -37,10 +37,11 @@ float boxSum(const PlaneView& integral, int x, int y, int width, int height);
 /// The costs of one guide plane: sums of squared differences between a block and all positions of a
 /// tile at once. The squares come from an integral image, the products from a correlation in the
 /// frequency domain, whose price does not depend on the number of positions. One object serves one
-/// thread; the tile's transform is shared by the blocks that are asked for after it.
+/// thread; the tile's transform is shared by the blocks that are asked for after it, and the walk
+/// asks for a block in two tiles, for which it is transformed once.
 class BlockMatcher {
  public:
-  /// False when memory is short.
+  /// False when memory is short. The guide plane is one and the same until the next reserve().
   bool reserve(const SearchShape& shape);
 
   void setTile(const FftPlan& plan, const PlaneView& guide, const PlaneView& integral,
@@ -54,12 +55,25 @@ class BlockMatcher {
                  int y, bool first, const PlaneView& costs);
 
  private:
+  // A block turned by half a turn, transformed.
+  struct Turned {
+    int x = -1;
+    int y = -1;
+    FftBuffer spectrum;
+  };
+  const float* turnedSpectrum(const FftPlan& plan, const PlaneView& guide, int x, int y);
+
+  // Those of two steps of the walk, the oldest replaced first.
+  static constexpr int kTurned = 4;
+
   SearchShape shape_;
   Tile tile_;
   int rowFloats_ = 0;
   std::size_t floats_ = 0;
   FftBuffer tileSpectrum_;
-  FftBuffer blockSpectrum_;
+  FftBuffer product_;
+  Turned turned_[kTurned];
+  int oldest_ = 0;
   AlignedArray<float> energy_;   // of each position, rows searchWidth apart
   AlignedArray<float> zeroRow_;  // above the integral image
 };

@@ -1,6 +1,7 @@
 #include "vxenhlib/detail_curve.h"
 
 #include "prim/arith.h"
+#include "prim/tone.h"
 
 namespace vx {
 namespace {
@@ -11,28 +12,52 @@ constexpr float kLeastMagnitude = 1e-12f;
 }  // namespace
 
 bool DetailCurve::reserve(int width, int rows) {
-  return magnitude_.reserve(static_cast<std::size_t>(width) * static_cast<std::size_t>(rows));
+  const std::size_t pixels = static_cast<std::size_t>(width) * static_cast<std::size_t>(rows);
+  return detail_.reserve(pixels) && size_.reserve(pixels);
 }
 
 void DetailCurve::setCurve(const Peak& peak, float exponent) {
   // Rounding is monotone: the peak of |D| + c is that of |D|, plus c.
   curve_ = PowerCurve(peak.any() ? peak.value() + kLeastMagnitude : 0.0f, exponent);
+  curved_ = true;
 }
 
-void DetailCurve::apply(const PlaneView& detail) const {
-  const int step = detail.width * static_cast<int>(sizeof(float));
-  const PlaneView m(magnitude_.data(), step, detail.width, detail.height);
-  prim::primAbs_32f_C1R(detail.data, detail.step, m.data, m.step, m.width, m.height);
-  prim::primAddC_32f_C1IR(kLeastMagnitude, m.data, m.step, m.width, m.height);
-  prim::primDiv_32f_C1IR(m.data, m.step, detail.data, detail.step, m.width, m.height);
-  curve_.apply(m);
-  prim::primMul_32f_C1IR(m.data, m.step, detail.data, detail.step, m.width, m.height);
+PlaneView DetailCurve::band(const AlignedArray<float>& memory, const PlaneView& like) const {
+  return {memory.data(), like.width * static_cast<int>(sizeof(float)), like.width, like.height};
 }
 
-void addMagnitudes(const PlaneView& detail, float* scratch, Peak& peak) {
-  for (int y = 0; y < detail.height; ++y) {
-    const PlaneView row(scratch, detail.step, detail.width, 1);
-    prim::primAbs_32f_C1R(detail.row(y), detail.step, scratch, detail.step, detail.width, 1);
+void DetailCurve::part(const PlaneView& plane, const PlaneView& base) {
+  const PlaneView detail = band(detail_, plane);
+  if (!curved_) {
+    prim::primSub_32f_C1R(base.data, base.step, plane.data, plane.step, detail.data, detail.step,
+                          plane.width, plane.height);
+    return;
+  }
+  const PlaneView size = band(size_, plane);
+  for (int y = 0; y < plane.height; ++y)
+    prim::primvDetailPart_32f(kLeastMagnitude, plane.row(y), base.row(y), detail.row(y),
+                              size.row(y), plane.width);
+  curve_.apply(size);
+}
+
+void DetailCurve::join(float gain, const PlaneView& layer, const PlaneView& plane) const {
+  const PlaneView detail = band(detail_, plane);
+  if (!curved_) {
+    prim::primMulC_32f_C1IR(gain, detail.data, detail.step, plane.width, plane.height);
+    prim::primAdd_32f_C1R(detail.data, detail.step, layer.data, layer.step, plane.data, plane.step,
+                          plane.width, plane.height);
+    return;
+  }
+  const PlaneView size = band(size_, plane);
+  for (int y = 0; y < plane.height; ++y)
+    prim::primvDetailJoin_32f(gain, detail.row(y), size.row(y), layer.row(y), plane.row(y),
+                              plane.width);
+}
+
+void addMagnitudes(const PlaneView& plane, const PlaneView& base, float* scratch, Peak& peak) {
+  const PlaneView row(scratch, plane.step, plane.width, 1);
+  for (int y = 0; y < plane.height; ++y) {
+    prim::primvDetailSize_32f(plane.row(y), base.row(y), scratch, plane.width);
     peak.add(row);
   }
 }

@@ -6,9 +6,10 @@
 
 namespace vx {
 
-/// Reshapes the magnitude of a detail layer by a power curve relative to the strongest detail of
-/// the image, which keeps its size: with M = |D| + 1e-12 and m the largest M, D = (D / M) *
-/// curve(M).
+/// The detail D = plane - base of some rows between the moment when both are known and its return
+/// to whatever has become of the base. On the way its magnitude may be reshaped by a power curve
+/// relative to the strongest detail of the image, which keeps its size: with M = |D| + 1e-12 and m
+/// the largest M, D = (D / M) * curve(M).
 class DetailCurve {
  public:
   /// Room for bands of up to `rows` rows; false when memory is short.
@@ -16,15 +17,22 @@ class DetailCurve {
 
   /// Fixes the curve by the peak of |D|.
   void setCurve(const Peak& peak, float exponent);
+  void setNoCurve() { curved_ = false; }
 
-  void apply(const PlaneView& detail) const;
+  void part(const PlaneView& plane, const PlaneView& base);
+  /// plane = layer + gain * D, with the D of part().
+  void join(float gain, const PlaneView& layer, const PlaneView& plane) const;
 
  private:
-  AlignedArray<float> magnitude_;
+  PlaneView band(const AlignedArray<float>& memory, const PlaneView& like) const;
+
+  AlignedArray<float> detail_;  // over its magnitude when there is a curve
+  AlignedArray<float> size_;
+  bool curved_ = false;
   PowerCurve curve_{0.0f, 1.0f};
 };
 
-/// Adds |D| of some rows to the peak. `scratch` holds one row.
-void addMagnitudes(const PlaneView& detail, float* scratch, Peak& peak);
+/// Adds |plane - base| to the peak. `scratch` holds one row.
+void addMagnitudes(const PlaneView& plane, const PlaneView& base, float* scratch, Peak& peak);
 
 }  // namespace vx

@@ -37,8 +37,7 @@ class LightnessPass {
   PlaneView base_;
   BaseDetailSplit split_;
   DetailCurve detailCurve_;
-  AlignedArray<float> detail_;  // of a band
-  PerSlot<float> magnitudes_;   // one row
+  PerSlot<float> magnitudes_;  // one row
 };
 
 }  // namespace vx

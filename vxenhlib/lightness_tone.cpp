@@ -2,7 +2,6 @@
 
 #include <cmath>
 
-#include "prim/arith.h"
 #include "vxenhlib/bands.h"
 #include "vxenhlib/lightness_pass.h"
 
@@ -68,8 +67,7 @@ void LightnessPass::startSplit() {
   base_ = {baseMemory_.data(), plane_.width * 4, plane_.width, plane_.height};
   useDetail_ =
       split_.begin(plane_, base_, tone_.detailRange, tone_.detailSample, tone_.bandHeight) &&
-      detailCurve_.reserve(plane_.width, rows_) && magnitudes_.reserve(width) &&
-      detail_.reserve(width * static_cast<std::size_t>(rows_));
+      detailCurve_.reserve(plane_.width, rows_) && magnitudes_.reserve(width);
 }
 
 void LightnessPass::collect(int y, int count) {
@@ -96,12 +94,8 @@ void LightnessPass::process() {
   if (!useDetail_) return;
   std::vector<Peak> peaks(static_cast<std::size_t>(bandSlots()));
   split_.run([&](int y, int count, int slot) {
-    float* row = magnitudes_.at(slot);
-    for (int i = y; i < y + count; ++i) {
-      prim::primSub_32f_C1R(base_.row(i), base_.step, plane_.row(i), plane_.step, row, base_.step,
-                            base_.width, 1);
-      addMagnitudes({row, base_.step, base_.width, 1}, row, peaks[static_cast<std::size_t>(slot)]);
-    }
+    addMagnitudes(plane_.rows(y, count), base_.rows(y, count), magnitudes_.at(slot),
+                  peaks[static_cast<std::size_t>(slot)]);
   });
   Peak peak;
   for (const Peak& part : peaks) peak.add(part);
@@ -115,14 +109,9 @@ void LightnessPass::finish(int y, int count) {
     return;
   }
   const PlaneView base = base_.rows(y, count);
-  const PlaneView detail(detail_.data(), base.step, base.width, count);
-  prim::primSub_32f_C1R(base.data, base.step, plane.data, plane.step, detail.data, detail.step,
-                        detail.width, count);
+  detailCurve_.part(plane, base);
   if (useGamma_) gammaCurve_.apply(base);
-  detailCurve_.apply(detail);
-  prim::primMulC_32f_C1IR(tone_.detailGain, detail.data, detail.step, detail.width, count);
-  prim::primAdd_32f_C1R(base.data, base.step, detail.data, detail.step, plane.data, plane.step,
-                        plane.width, count);
+  detailCurve_.join(tone_.detailGain, base, plane);
 }
 
 }  // namespace vx

@@ -2,7 +2,6 @@
 
 #include "frame/to_int.h"
 #include "prim/memory.h"
-#include "vxenhlib/bilateral_filter.h"
 #include "vxenhlib/deconvolver.h"
 #include "vxenhlib/non_local_passes.h"
 
@@ -32,9 +31,9 @@ float boost(float amount) {
   return (t + 4.0f * t * t * t * t) * 0.02f;
 }
 
-void smooth(const GridStep& grid, const float range[2], GIMG<float>& first, GIMG<float>* second) {
+void smooth(const GridStep& grid, GIMG<float>& first, GIMG<float>* second) {
   BilateralFilter filter;
-  filter.setupGrid(first.roiWidth, first.roiHeight, range[0], range[1], grid.sample, grid.range, 0);
+  if (!grid.setUp(filter, first.roiWidth, first.roiHeight)) return;
   filter.filter(first, first, 0.0f);
   if (second != nullptr) filter.filter(*second, *second, 0.0f);
 }
@@ -85,17 +84,29 @@ bool NoiseFilterRecord::prepareNonLocal() {
 }
 
 GridStep NoiseFilterRecord::lumaGrid(float amount) const {
-  if (lumaSample > 0.0f) return {toInt(lumaSample), larger(lumaRange, kLeastRange)};
-  if (!(amount > kOff)) return {0, 0.0f};
-  return {sampleOf(amount), larger(profile.lumaNoise * 0.5f * amount + boost(amount), kLeastRange)};
+  GridStep grid = {0, 0.0f, kLumaRange[0], kLumaRange[1]};
+  if (lumaSample > 0.0f) {
+    grid.sample = toInt(lumaSample);
+    grid.range = larger(lumaRange, kLeastRange);
+  } else if (amount > kOff) {
+    grid.sample = sampleOf(amount);
+    grid.range = larger(profile.lumaNoise * 0.5f * amount + boost(amount), kLeastRange);
+  }
+  return grid;
 }
 
 // Unlike the luma's, the range is limited before the boost is added, and once more at the end.
 GridStep NoiseFilterRecord::chromaGrid(float amount) const {
-  if (chromaSample > 0.0f) return {toInt(chromaSample), larger(chromaRange, kLeastChromaRange)};
-  if (!(amount > kOff)) return {0, 0.0f};
-  const float range = larger(profile.lumaNoise * 0.5f * amount, kLeastRange) + boost(amount);
-  return {sampleOf(amount), larger(range, kLeastChromaRange)};
+  GridStep grid = {0, 0.0f, kChromaRange[0], kChromaRange[1]};
+  if (chromaSample > 0.0f) {
+    grid.sample = toInt(chromaSample);
+    grid.range = larger(chromaRange, kLeastChromaRange);
+  } else if (amount > kOff) {
+    grid.sample = sampleOf(amount);
+    const float range = larger(profile.lumaNoise * 0.5f * amount, kLeastRange) + boost(amount);
+    grid.range = larger(range, kLeastChromaRange);
+  }
+  return grid;
 }
 
 int NoiseFilterRecord::denoise(GIMG<float>* const planes[3], float floorWeight, float newStrength,
@@ -103,8 +114,7 @@ int NoiseFilterRecord::denoise(GIMG<float>* const planes[3], float floorWeight, 
                                float chromaGuideGain, float sharpen, float lumaBilateral,
                                float chromaBilateral) {
   GIMG<float>& luma = *planes[0];
-  if (luma.roiWidth < geometry.searchSize || luma.roiHeight < geometry.searchSize)
-    return kVxrcBadArgument;
+  if (!accepts(luma.roiWidth, luma.roiHeight)) return kVxrcBadArgument;
   for (int c = 0; c < 3; ++c) {
     if (planes[c]->roiWidth != luma.roiWidth || planes[c]->roiHeight != luma.roiHeight)
       return kVxrcSizeMismatch;
@@ -127,10 +137,8 @@ int NoiseFilterRecord::denoise(GIMG<float>* const planes[3], float floorWeight, 
                     .twoStage = twoStage});
   }
   if (sharpen > kOff) sharpenLuma(luma, sharpen + 0.2f);
-  const GridStep lumaStep = lumaGrid(lumaBilateral);
-  if (lumaStep.sample > 0) smooth(lumaStep, kLumaRange, luma, nullptr);
-  const GridStep chromaStep = chromaGrid(chromaBilateral);
-  if (chromaStep.sample > 0) smooth(chromaStep, kChromaRange, *planes[1], planes[2]);
+  smooth(lumaGrid(lumaBilateral), luma, nullptr);
+  smooth(chromaGrid(chromaBilateral), *planes[1], planes[2]);
   return kVxrcOk;
 }
 

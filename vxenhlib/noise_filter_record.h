@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "frame/img.h"
+#include "vxenhlib/bilateral_filter.h"
 #include "vxenhlib/nl_im_dn_cn.h"
 #include "vxenhlib/vxrc.h"
 #include "vxicore26.h"
@@ -18,10 +19,17 @@ struct BlockGeometry {
   int searchSize = 0;
 };
 
-/// One grid of the bilateral filter: pixels and value steps per cell.
+/// One grid of the bilateral filter: pixels and value steps per cell, and the values it covers.
 struct GridStep {
   int sample;
   float range;
+  float low, high;
+
+  /// Fixes the geometry of a filter for planes of that size. False when there is no grid to be had:
+  /// the pass is left out then.
+  bool setUp(BilateralFilter& filter, int width, int height) const {
+    return filter.setupGrid(width, height, low, high, sample, range, 0) == kVxrcOk;
+  }
 };
 
 /// The state of the noise filter between the settings and its passes.
@@ -56,6 +64,11 @@ class NoiseFilterRecord {
   /// Takes the profile and chooses the geometry by its luma noise, in dark pictures scaled up to
   /// mid-grey: the stronger the noise, the larger the blocks. Returns 0.
   int configure(const NoiseProfile& newProfile, bool newTierFlag, bool newTwoStage);
+
+  /// False for planes narrower or lower than the search tile: denoise() refuses them.
+  bool accepts(int width, int height) const {
+    return width >= geometry.searchSize && height >= geometry.searchSize;
+  }
 
   /// Filters a luma and two chroma planes (the centred form of toLumaChroma) in place.
   ///

@@ -37,43 +37,34 @@ void fromLog2(const PlaneView& p) {
   prim::primSubC_32f_C1IR(1.0f, p.data, p.step, p.width, p.height);
 }
 
-// The detail layer of modes 1 and 2 between the split and its return to the plane.
-class DetailLayer {
- public:
-  // Splits the plane; false, with the plane untouched, when memory is short.
+// The layers of modes 1 and 2.
+struct Layers {
+  AlignedArray<float> memory;
+  PlaneView base;
+  DetailCurve detail;
+
+  // False, with the plane untouched, when memory is short.
   bool split(const SaturationTone& tone, const PlaneView& plane, int rows) {
     const auto width = static_cast<std::size_t>(plane.width);
     if (plane.width > INT_MAX / 4 ||
-        !memory_.reserve(width * static_cast<std::size_t>(plane.height)))
+        !memory.reserve(width * static_cast<std::size_t>(plane.height)))
       return false;
-    detail_ = {memory_.data(), plane.width * 4, plane.width, plane.height};
+    base = {memory.data(), plane.width * 4, plane.width, plane.height};
+    BaseDetailSplit split;
     AlignedArray<float> row;
-    if (!curve_.reserve(plane.width, rows) || !row.reserve(width)) return false;
-    if (!vx::splitBaseDetail(plane, detail_, tone.detailRange, tone.detailSample, rows))
+    if (!split.begin(plane, base, tone.detailRange, tone.detailSample, rows) ||
+        !detail.reserve(plane.width, rows) || !row.reserve(width))
       return false;
-    gain_ = tone.detailGain;
-    reshape_ = differs(tone.gamma, 1.0f, 0.001f);
-    if (reshape_) {
+    forEachBand(plane.height, rows, [&](int y, int count) { split.collect(y, count); });
+    split.run([](int, int, int) {});
+    detail.setNoCurve();
+    if (differs(tone.gamma, 1.0f, 0.001f)) {
       Peak peak;
-      addMagnitudes(detail_, row.data(), peak);
-      curve_.setCurve(peak, tone.gamma);
+      addMagnitudes(plane, base, row.data(), peak);
+      detail.setCurve(peak, tone.gamma);
     }
     return true;
   }
-
-  void giveBack(const PlaneView& plane, int y) const {
-    const PlaneView d = detail_.rows(y, plane.height);
-    if (reshape_) curve_.apply(d);
-    prim::primMulC_32f_C1IR(gain_, d.data, d.step, d.width, d.height);
-    prim::primAdd_32f_C1IR(d.data, d.step, plane.data, plane.step, plane.width, plane.height);
-  }
-
- private:
-  AlignedArray<float> memory_;
-  PlaneView detail_;
-  DetailCurve curve_;
-  float gain_ = 1.0f;
-  bool reshape_ = false;
 };
 
 // Modes 1 and 2.
@@ -82,15 +73,17 @@ void reshape(SaturationTone& tone, const PlaneView& plane, int rows) {
   const bool logarithmic = tone.mode == 2;
   if (logarithmic)
     forEachBand(plane.height, rows, [&](int y, int count) { toLog2(plane.rows(y, count)); });
-  DetailLayer detail;
-  const bool useDetail = tone.detailRange > 0.0001f && detail.split(tone, plane, rows);
+  Layers layers;
+  const bool useDetail = tone.detailRange > 0.0001f && layers.split(tone, plane, rows);
   tone.buildCurve();
   forEachBand(plane.height, rows, [&](int y, int count) {
     const PlaneView band = plane.rows(y, count);
-    prim::primLUT_Linear_32f_C1IR(band.data, band.step, band.width, band.height,
+    const PlaneView layer = useDetail ? layers.base.rows(y, count) : band;
+    if (useDetail) layers.detail.part(band, layer);
+    prim::primLUT_Linear_32f_C1IR(layer.data, layer.step, layer.width, layer.height,
                                   tone.curveValues.data(), tone.curveLevels.data(),
                                   tone.curvePoints);
-    if (useDetail) detail.giveBack(band, y);
+    if (useDetail) layers.detail.join(tone.detailGain, layer, band);
     if (logarithmic) fromLog2(band);
   });
 }

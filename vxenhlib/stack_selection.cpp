@@ -46,8 +46,17 @@ void StackSelection::blank(const PlaneView& costs, int u, int v, int exclusionX,
   const int bottom = std::min(v + exclusionY, costs.height - 1);
   for (int y = top; y <= bottom; ++y) {
     float* row = costs.row(y);
-    for (int x = left; x <= right; ++x) row[x] = kBlanked;
-    rowLeast_[static_cast<std::size_t>(y)] = leastOf(row, costs.width);
+    float& least = rowLeast_[static_cast<std::size_t>(y)];
+    bool lost = false;
+    for (int x = left; x <= right; ++x) {
+      lost |= row[x] <= least;
+      row[x] = kBlanked;
+    }
+    if (lost) {
+      least = leastOf(row, costs.width);
+    } else if (least > kBlanked) {
+      least = kBlanked;
+    }
   }
 }
 

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <cstdint>
-
 #include "vxenhlib/aligned_array.h"
 #include "vxenhlib/lightness_pass.h"
 #include "vxenhlib/saturation_pass.h"
@@ -16,9 +14,7 @@ struct ToneScratch {
   LightnessPass lightness;
   SaturationPass saturation;
   UnsharpRows unsharp;
-  AlignedArray<float> pixels;  // of a band, as the next two
-  AlignedArray<float> shifted;
-  AlignedArray<std::uint8_t> mask;
+  AlignedArray<float> pixels;  // of a band
 };
 
 }  // namespace vx

@@ -5,8 +5,8 @@
 #include <cmath>
 #include <cstring>
 
-#include "prim/arith.h"
 #include "prim/filter.h"
+#include "prim/tone.h"
 #include "vxenhlib/bands.h"
 #include "vxenhlib/replicate_border.h"
 
@@ -109,10 +109,8 @@ int UnsharpRows::advance(const PlaneView& plane, int* first) {
   prim::primFilterRow_32f_C1R(inner, wide.step, blur_.data, blur_.step, width_, count, kernel_,
                               kTaps, kReach);
   const PlaneView out = plane.rows(finished_, count);
-  prim::primSub_32f_C1R(blur_.data, blur_.step, in.data, in.step, inner, wide.step, width_, count);
-  prim::primMulC_32f_C1IR(amount_, inner, wide.step, width_, count);
-  prim::primAdd_32f_C1R(blur_.data, blur_.step, inner, wide.step, out.data, out.step, width_,
-                        count);
+  for (int i = 0; i < count; ++i)
+    prim::primvSharpen_32f(amount_, in.row(i), blur_.row(i), out.row(i), width_);
   finished_ = last;
   return count;
 }
