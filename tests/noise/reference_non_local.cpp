@@ -34,75 +34,69 @@ void transformAxis(std::vector<Complex>& data, int length, int stride, double si
 
 class Pass {
  public:
-  Pass(const NonLocalCase& c, const std::vector<const Plane*>& guides, const Plane& source,
-       const Plane* pilot, const std::vector<const Plane*>& in)
-      : c_(c),
+  Pass(const CNLImDnCn& filter, int stackLimit, const std::vector<const Plane*>& guides,
+       const Plane& source, const Plane* pilot, const std::vector<const Plane*>& in)
+      : filter_(filter),
+        stackLimit_(static_cast<std::size_t>(stackLimit)),
         guides_(guides),
         source_(source),
         pilot_(pilot),
         in_(in),
-        width_(source.width),
-        height_(source.height) {
-    const std::size_t pixels = static_cast<std::size_t>(width_) * static_cast<std::size_t>(height_);
-    weights_.assign(pixels, 1e-10);
+        weights_(static_cast<std::size_t>(source.width * source.height), 1e-10) {
     result_.stacks.assign(17, 0);
     for (const Plane* plane : in) {
       result_.planes.emplace_back();
-      for (int y = 0; y < height_; ++y)
-        for (int x = 0; x < width_; ++x) result_.planes.back().push_back(1e-10 * at(*plane, x, y));
+      for (int y = 0; y < plane->height; ++y)
+        for (int x = 0; x < plane->width; ++x)
+          result_.planes.back().push_back(1e-10 * at(*plane, x, y));
     }
   }
 
   NonLocalResult run() {
-    const int b = c_.blockSize;
-    const int margin = (c_.searchSize - b - c_.step) / 2;
-    for (int y = 0; y < height_ - c_.step + 1; y += 2 * c_.step)
-      for (int x = 0; x < width_ - 2 * c_.step + 1; x += c_.step)
-        for (int block = 0; block < 4; ++block) {
-          if (width_ < b || height_ < b) continue;
-          const Position tile = {
-              std::max(0, std::min(x - margin, width_ - std::min(c_.searchSize, width_))),
-              std::max(0, std::min(y - margin, height_ - std::min(c_.searchSize, height_)))};
-          filterBlock({std::min(x + block % 2 * c_.step, width_ - b),
-                       std::min(y + block / 2 * c_.step, height_ - b)},
-                      tile);
-        }
+    const int step = filter_.stepX, w = source_.width, h = source_.height;
+    const int margin = (filter_.searchWidth - b_ - step) / 2;
+    for (int y = 0; y < h - step + 1; y += 2 * step)
+      for (int x = 0; x < w - 2 * step + 1; x += step)
+        for (int block = 0; block < 4; ++block)
+          if (w >= b_ && h >= b_)
+            filterBlock(
+                {std::min(x + block % 2 * step, w - b_), std::min(y + block / 2 * step, h - b_)},
+                {std::max(0, std::min(x - margin, w - searched(w))),
+                 std::max(0, std::min(y - margin, h - searched(h)))});
     for (auto& plane : result_.planes)
       for (std::size_t i = 0; i < plane.size(); ++i) plane[i] /= weights_[i];
     return result_;
   }
 
  private:
+  int searched(int size) const { return std::min(filter_.searchWidth, size); }
+
   std::vector<Position> choose(Position own, Position tile, Position& second) {
-    const int b = c_.blockSize;
-    const int across = std::min(c_.searchSize, width_) - b + 1;
-    const int down = std::min(c_.searchSize, height_) - b + 1;
-    const auto near = [&](Position p, int x, int y) {
-      return std::abs(x - p.x) <= c_.exclusion && std::abs(y - p.y) <= c_.exclusion;
-    };
     std::vector<Position> taken = {own}, blanked = {own};
-    while (static_cast<int>(taken.size()) < c_.stackLimit) {
+    const auto isBlanked = [&](int x, int y) {
+      return std::any_of(blanked.begin(), blanked.end(), [&](Position p) {
+        return std::abs(x - p.x) <= filter_.exclusionX && std::abs(y - p.y) <= filter_.exclusionY;
+      });
+    };
+    while (taken.size() < stackLimit_) {
       double best = 1e20, rival = 1e20;
       Position at = tile;  // the first position, where all are blanked
-      for (int y = tile.y; y < tile.y + down; ++y)
-        for (int x = tile.x; x < tile.x + across; ++x) {
-          if (std::any_of(blanked.begin(), blanked.end(),
-                          [&](Position p) { return near(p, x, y); }))
-            continue;
-          const double cost = blockDistance(guides_, own.x, own.y, x, y, b);
+      for (int y = tile.y; y <= tile.y + searched(source_.height) - b_; ++y)
+        for (int x = tile.x; x <= tile.x + searched(source_.width) - b_; ++x) {
+          if (isBlanked(x, y)) continue;
+          const double cost = blockDistance(guides_, own.x, own.y, x, y, b_);
           rival = std::min(rival, std::max(cost, best));
-          if (cost < best) {
-            best = cost;
-            at = {x, y};
-          }
+          if (cost < best) at = {x, y};
+          best = std::min(best, cost);
         }
       if (taken.size() == 1) second = at;
+      const double threshold = filter_.matchThreshold;
       if (best < 1e20) {
-        result_.narrowest = std::min(result_.narrowest, std::abs(best - c_.matchThreshold));
-        if (best <= c_.matchThreshold || taken.size() == 1)
+        result_.narrowest = std::min(result_.narrowest, std::abs(best - threshold));
+        if (best <= threshold || taken.size() == 1)
           result_.narrowest = std::min(result_.narrowest, rival - best);
       }
-      if (best > c_.matchThreshold) break;
+      if (best > threshold) break;
       taken.push_back(at);
       blanked.push_back(at);
     }
@@ -110,33 +104,30 @@ class Pass {
   }
 
   std::vector<Complex> spectrum(const Plane& plane, const std::vector<Position>& stack) const {
-    const int b = c_.blockSize;
     std::vector<Complex> data;
     for (const Position& p : stack)
-      for (int y = 0; y < b; ++y)
-        for (int x = 0; x < b; ++x) data.emplace_back(at(plane, p.x + x, p.y + y));
+      for (int y = 0; y < b_; ++y)
+        for (int x = 0; x < b_; ++x) data.emplace_back(at(plane, p.x + x, p.y + y));
     transform(data, static_cast<int>(stack.size()), -1.0);
     return data;
   }
 
   void transform(std::vector<Complex>& data, int depth, double sign) const {
-    const int b = c_.blockSize;
-    transformAxis(data, b, 1, sign);
-    transformAxis(data, b, b, sign);
-    transformAxis(data, depth, b * b, sign);
+    transformAxis(data, b_, 1, sign);
+    transformAxis(data, b_, b_, sign);
+    transformAxis(data, depth, b_ * b_, sign);
   }
 
   double meanDifference(const Plane& a, Position pa, const Plane& b, Position pb) const {
     double sum = 0.0;
-    for (int y = 0; y < c_.blockSize; ++y)
-      for (int x = 0; x < c_.blockSize; ++x)
+    for (int y = 0; y < b_; ++y)
+      for (int x = 0; x < b_; ++x)
         sum += std::abs(double{at(a, pa.x + x, pa.y + y)} - double{at(b, pb.x + x, pb.y + y)});
-    return sum / (c_.blockSize * c_.blockSize);
+    return sum / (b_ * b_);
   }
 
   void filterBlock(Position own, Position tile) {
-    const int b = c_.blockSize;
-    const StackSettings& s = c_.settings;
+    const StackSettings& s = filter_.settings;
     Position second = own;
     std::vector<Position> stack = choose(own, tile, second);
     std::size_t depth = 1;
@@ -149,7 +140,7 @@ class Pass {
                                  ? 0.71 * meanDifference(source_, own, source_, second)
                                  : meanDifference(source_, own, *pilot_, own);
     const double sigma = std::min(double{s.noise}, deviation * s.deviationGain + 0.0001);
-    const double samples = static_cast<double>(b * b) * static_cast<double>(depth);
+    const double samples = static_cast<double>(b_ * b_) * static_cast<double>(depth);
     const double t = std::sqrt(samples) * sigma * s.strength;
     std::vector<double> weights;
     double sum = 0.0;
@@ -158,7 +149,8 @@ class Pass {
       const double w = pilot_ == nullptr ? std::min((p - t) / ((s.kneeRatio - 1.0) * t), 1.0)
                                          : p * p / (p * p + t * t);
       // The sum runs over the half that a transform of real samples stores.
-      if (static_cast<int>(weights.size()) % b <= b / 2) sum += std::max(w, double{s.floorWeight});
+      if (static_cast<int>(weights.size()) % b_ <= b_ / 2)
+        sum += std::max(w, double{s.floorWeight});
       weights.push_back(std::max(w, double{s.floorWeight}));
     }
     const double share = static_cast<double>(depth) / (sum + 1.0);
@@ -172,25 +164,25 @@ class Pass {
       std::vector<double>& sums = p < in_.size() ? result_.planes[p] : weights_;
       for (std::size_t i = 0; i < data.size(); ++i) {
         const int at = static_cast<int>(i);
-        const int x = at % b, y = at / b % b;
-        const Position& to = stack[static_cast<std::size_t>(at / (b * b))];
-        sums[static_cast<std::size_t>(to.y + y) * static_cast<std::size_t>(width_) +
-             static_cast<std::size_t>(to.x + x)] +=
+        const int x = at % b_, y = at / b_ % b_;
+        const Position& to = stack[static_cast<std::size_t>(at / (b_ * b_))];
+        sums[static_cast<std::size_t>((to.y + y) * source_.width + to.x + x)] +=
             data[i].real() * hamming(x) * hamming(y) * share;
       }
     }
   }
 
   double hamming(int i) const {
-    return 0.54 - 0.46 * std::cos(2.0 * std::numbers::pi * i / (c_.blockSize - 1));
+    return 0.54 - 0.46 * std::cos(2.0 * std::numbers::pi * i / (b_ - 1));
   }
 
-  const NonLocalCase& c_;
+  const CNLImDnCn& filter_;
+  std::size_t stackLimit_;
   const std::vector<const Plane*>& guides_;
   const Plane& source_;
   const Plane* pilot_;
   const std::vector<const Plane*>& in_;
-  int width_, height_;
+  const int b_ = filter_.blockWidth;
   std::vector<double> weights_;
   NonLocalResult result_;
 };
@@ -209,31 +201,23 @@ double blockDistance(const std::vector<const Plane*>& guides, int ax, int ay, in
   return sum;
 }
 
-NonLocalResult referencePass(const NonLocalCase& c, const std::vector<const Plane*>& guides,
-                             const Plane& source, const Plane* pilot,
-                             const std::vector<const Plane*>& in) {
-  return Pass(c, guides, source, pilot, in).run();
+NonLocalResult referencePass(const CNLImDnCn& filter, int stackLimit,
+                             const std::vector<const Plane*>& guides, const Plane& source,
+                             const Plane* pilot, const std::vector<const Plane*>& in) {
+  return Pass(filter, stackLimit, guides, source, pilot, in).run();
 }
 
 void fillUnits(Plane& p, unsigned seed, float unit, float contrast, float sigma) {
   std::mt19937 random(seed);
   std::normal_distribution<float> noise(0.0f, sigma);
-  for (int y = 0; y < p.height; ++y)
-    for (int x = 0; x < p.width; ++x) {
-      const float field = (x / 11 + y / 9) % 2 == 0 ? contrast : -contrast;
-      at(p, x, y) = unit * std::round((field + noise(random)) / unit);
-    }
+  paint(p, [&](int x, int y) {
+    const float field = (x / 11 + y / 9) % 2 == 0 ? contrast : -contrast;
+    return unit * std::round((field + noise(random)) / unit);
+  });
 }
 
 void raise(double& worst, double difference) {
   if (!std::isnan(worst) && !(difference <= worst)) worst = difference;
-}
-
-double worstDifference(const Plane& a, const Plane& b) {
-  double worst = 0.0;
-  for (int y = 0; y < a.height; ++y)
-    for (int x = 0; x < a.width; ++x) raise(worst, std::abs(double{at(a, x, y)} - at(b, x, y)));
-  return worst;
 }
 
 }  // namespace vx::test

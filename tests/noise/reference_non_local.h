@@ -6,15 +6,9 @@
 #include <vector>
 
 #include "tests/support/images.h"
-#include "vxenhlib/stack_filter.h"
+#include "vxenhlib/nl_im_dn_cn.h"
 
 namespace vx::test {
-
-struct NonLocalCase {
-  int blockSize, step, searchSize, stackLimit, exclusion;
-  double matchThreshold;
-  StackSettings settings;
-};
 
 struct NonLocalResult {
   std::vector<std::vector<double>> planes;  ///< rows one after the other
@@ -22,9 +16,10 @@ struct NonLocalResult {
   double narrowest = 1e20;  ///< the least difference of costs that a choice depended on
 };
 
-NonLocalResult referencePass(const NonLocalCase& c, const std::vector<const Plane*>& guides,
-                             const Plane& source, const Plane* pilot,
-                             const std::vector<const Plane*>& in);
+/// The pass with the settings and geometry of `filter`, for stacks of at most stackLimit blocks.
+NonLocalResult referencePass(const CNLImDnCn& filter, int stackLimit,
+                             const std::vector<const Plane*>& guides, const Plane& source,
+                             const Plane* pilot, const std::vector<const Plane*>& in);
 
 /// Sum of squared differences between the blocks at (ax, ay) and (bx, by), in all guides.
 double blockDistance(const std::vector<const Plane*>& guides, int ax, int ay, int bx, int by,
@@ -36,7 +31,5 @@ void fillUnits(Plane& p, unsigned seed, float unit, float contrast, float sigma)
 
 /// The larger one. Unlike with std::max a NaN stays, and then fails every comparison.
 void raise(double& worst, double difference);
-
-double worstDifference(const Plane& a, const Plane& b);
 
 }  // namespace vx::test
