@@ -2,6 +2,7 @@
 
 #include "adjust/noise_stage.h"
 #include "adjust/tone_settings.h"
+#include "adjust/unblock_stage.h"
 #include "vxenhlib/adjust_tone_stage.h"
 
 namespace vx {
@@ -14,10 +15,11 @@ namespace vx {
 int adjustCore(IMG3<float>& work, const AdjustSettings& settings, RowSource& from, RowSink& to,
                ToneScratch& scratch) {
   ImageRows rows(work);
-  const bool filters = NoiseStage::active(settings);
+  const bool filters = unblockActive(settings) || NoiseStage::active(settings);
   NoiseStage noise;
   if (filters) {
     from.take(0, RgbRows(work));
+    removeBlockArtifacts(work, settings);
     noise.filter(work, settings);
   }
 

@@ -7,6 +7,7 @@
 #include <new>
 #include <random>
 
+#include "jpeg/tables.h"
 #include "prim/deconvolution.h"
 #include "prim/pyramid.h"
 
@@ -46,6 +47,7 @@ Operands::Operands(const test::Prim& entry, const std::vector<ImageRole>& images
   if (entry.has("P3IR"))
     for (const std::string_view name : {"plane0", "plane1", "plane2"})
       roles.push_back({name, sizeof(float), true, true, true});
+  if (entry.takes("(rows")) roles.push_back({"rows", 2, false, true, false});
   chooseSize(roles, level);
   for (const ImageRole& role : roles) planes_.push_back(shape(role));
   for (std::size_t i = 0; i < planes_.size(); ++i) {
@@ -62,6 +64,14 @@ Operands::Operands(const test::Prim& entry, const std::vector<ImageRole>& images
   if (entry.has("P3IR"))
     for (std::size_t i = 0; i < 3; ++i)
       planePointers_[i] = reinterpret_cast<float*>(planes_[i].origin);
+  for (int y = 0; y < 8 && entry.takes("(rows"); ++y)
+    rowPointers_[y] =
+        reinterpret_cast<const std::int16_t*>(plane("rows").origin + y * plane("rows").step);
+}
+
+const prim::JpegQuantiser& Operands::quantiser() {
+  static const prim::JpegQuantiser table = jpegQuantiser(jpegQuantTable(false, 75));
+  return table;
 }
 
 Operands::~Operands() {
@@ -88,12 +98,20 @@ Operands::Plane Operands::shape(const ImageRole& role) const {
     height += 2 * kBorder;
   } else if (role.name == "packed") {
     width *= 4;
+  } else if (role.name == "columns" || role.name == "coefficients" ||
+             (isDst && (entry_.has("JpegForward") || entry_.has("JpegQuantise")))) {
+    width *= 8;
+  } else if (role.name == "rows" || (isDst && entry_.has("16s8u"))) {
+    height = 8;
+  } else if (isDst && entry_.has("Upsample")) {
+    width *= 2;
   } else if (role.name == "near" || role.name == "far") {
     width += *detail::findNumber("depth");
   }
   const bool looksAround = entry_.name.starts_with("primFilter") || entry_.has("3x3");
   const bool isNeighbour = role.name == "candidate" || role.name == "srcU" || role.name == "srcV";
-  const int frame = (role.name == "src" && looksAround) || isNeighbour ? kFrame : 0;
+  const bool isRow = entry_.has("Upsample") && !isDst;  // read one beyond both ends
+  const int frame = (role.name == "src" && looksAround) || isNeighbour || isRow ? kFrame : 0;
   const int pixelBytes = stride * role.elementBytes;
   const std::ptrdiff_t step =
       roundUp(std::ptrdiff_t{width + 2 * frame} * pixelBytes, kLine) + (height > 1 ? kLine : 0);
@@ -103,7 +121,7 @@ Operands::Plane Operands::shape(const ImageRole& role) const {
           frame,
           pixelBytes,
           step,
-          step * (height + 2 * frame),
+          step * (height + 2 * (isRow ? 0 : frame)),
           {nullptr, std::free},
           nullptr,
           nullptr,
@@ -128,7 +146,7 @@ void Operands::chooseSize(const std::vector<ImageRole>& roles, const Level& leve
     return;
   }
   // The bytes of all operands grow by the same amount with each row, or element of a vector.
-  if (entry_.name.starts_with("primv")) {
+  if (entry_.name.starts_with("primv") || entry_.has("Jpeg")) {
     const std::ptrdiff_t one = bytesAt(roles, 64, 1), each = bytesAt(roles, 128, 1) - one;
     width_ = 64 * static_cast<int>(1 + std::max<std::ptrdiff_t>(0, level.bytes - one) / each);
     return;
@@ -148,7 +166,8 @@ void Operands::place(Plane& p, int index) {
       std::aligned_alloc(kPage, static_cast<std::size_t>(roundUp(p.bytes + offset, kPage)))));
   if (p.memory == nullptr) throw std::bad_alloc();
   p.begin = p.memory.get() + offset;
-  p.origin = p.begin + p.frame * (p.step + p.pixelBytes);
+  const bool hasRowsAround = p.bytes > p.step * p.height;
+  p.origin = p.begin + p.frame * (p.pixelBytes + (hasRowsAround ? p.step : 0));
 }
 
 // Floats in 0.25 to 1, or in the range that a conversion goes to: no denormals, no divisor near 0,
@@ -166,6 +185,7 @@ void Operands::fill(Plane& p) const {
     });
   } else if (p.role.elementBytes == 2) {
     repeatPattern<std::uint16_t>(p.begin, p.bytes, [&](std::uint32_t r) {
+      if (entry_.has("Jpeg") && p.role.isSigned) return static_cast<int>(r % 256) - 128;
       return p.role.isSigned ? static_cast<int>(r % 60000) - 30000 : static_cast<int>(r >> 16);
     });
   } else if (p.role.name == "mask") {
@@ -194,6 +214,7 @@ int Operands::number(std::string_view name) const {
   if (name == "width" || name == "srcWidth" || name == "roiWidth" || name == "length" ||
       name == "cells")
     return width_;
+  if (name == "blocks") return width_ / 8;
   if (name == "height" || name == "srcHeight" || name == "roiHeight") return height_;
   if (name == "dstWidth") return plane("dst").width;
   if (name == "dstHeight") return plane("dst").height;

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "prim/grid.h"
+#include "prim/jpeg.h"
 #include "prim/types.h"
 #include "tests/prim/variants/prim_info.h"
 
@@ -28,10 +29,11 @@ namespace detail {
 
 /// Arguments that address pixels, one image or vector each.
 inline constexpr std::string_view kImages[] = {
-    "src",        "src1",      "src2",   "dst",    "srcDst",   "mask", "near",
-    "far",        "packed",    "guide",  "column", "fraction", "hue",  "lightness",
-    "saturation", "candidate", "target", "best",   "srcU",     "srcV", "dstU",
-    "dstV",       "blur",      "base",   "sign",   "size"};
+    "src",        "src1",      "src2",   "dst",    "srcDst",   "mask",    "near",
+    "far",        "packed",    "guide",  "column", "fraction", "hue",     "lightness",
+    "saturation", "candidate", "target", "best",   "srcU",     "srcV",    "dstU",
+    "dstV",       "blur",      "base",   "sign",   "size",     "columns", "coefficients",
+    "y",          "cb",        "cr",     "sumR",   "sumG",     "sumB"};
 /// Short lists: constants per channel, curves, kernels, results.
 inline constexpr std::string_view kLists[] = {
     "value",  "level",  "values", "levels",  "kernel", "sum",  "mean",  "min",    "max",   "indexX",
@@ -69,9 +71,10 @@ inline constexpr Number kNumbers[] = {
 };
 /// Arguments that follow from the size of the images, or that have a type of their own.
 inline constexpr std::string_view kOthers[] = {
-    "width",     "height",   "length",    "cells", "srcWidth",   "srcHeight", "dstWidth",
-    "dstHeight", "roiWidth", "roiHeight", "step",  "planes",     "twist",     "xFactor",
-    "yFactor",   "buffer",   "state",     "axis",  "rowFraction"};
+    "width",       "height",    "length",   "cells",     "srcWidth", "srcHeight",
+    "dstWidth",    "dstHeight", "roiWidth", "roiHeight", "step",     "planes",
+    "twist",       "xFactor",   "yFactor",  "buffer",    "state",    "axis",
+    "rowFraction", "rows",      "blocks",   "quantiser"};
 
 template <class List>
 constexpr bool contains(const List& list, std::string_view name) {
@@ -144,6 +147,10 @@ class Operands {
       return planePointers_;
     } else if constexpr (std::is_same_v<T, const float(*)[4]>) {
       return kTwist;
+    } else if constexpr (std::is_same_v<T, const prim::JpegQuantiser*>) {
+      return &quantiser();
+    } else if constexpr (std::is_same_v<T, const std::int16_t* const*>) {
+      return rowPointers_;
     } else {
       using Element = std::remove_const_t<std::remove_pointer_t<T>>;
       static_assert(std::is_pointer_v<T> && detail::isElement<Element>,
@@ -185,6 +192,7 @@ class Operands {
   static constexpr int kBorder = 8, kFrame = 8, kKernelSize = 5;
   static const prim::GridAxis kAxis;
   static const float kTwist[3][4];
+  static const prim::JpegQuantiser& quantiser();
 
   Plane shape(const ImageRole& role) const;
   std::ptrdiff_t bytesAt(const std::vector<ImageRole>& roles, int width, int height);
@@ -205,6 +213,7 @@ class Operands {
   bool inPlace_ = false;
   std::vector<Plane> planes_;
   float* planePointers_[3] = {};
+  const std::int16_t* rowPointers_[8] = {};
   std::vector<std::unique_ptr<std::vector<unsigned char>>> lists_;
   std::vector<unsigned char> scratch_;
   prim::primDeconvLRState* state_ = nullptr;

@@ -4,14 +4,15 @@
 
 #include "frame/export.h"
 #include "frame/trace.h"
+#include "lqlib/src/vp_unblock.h"
 #include "prim/float_mode.h"
 #include "vxicore26.h"
 
 VX_EXPORT int vxUnblock(int deep, void* pixels, int pixelStep, int rowStep, int width, int height,
                         int quality, int jpegMode, int shiftStep, int reserved) {
   const vx::prim::FloatModeGuard floatMode;
-  // No round trip is made in this version, and none is reported.
-  const int roundTrips = 0;
+  const int roundTrips =
+      vx::vp_unblock(deep, pixels, pixelStep, rowStep, width, height, quality, jpegMode, shiftStep);
   if (vx::getTraceMask() != 0) {
     char text[vx::kTraceText];
     std::snprintf(text, sizeof text, "%d %" PRIxPTR " %d %d %d %d  %d %d %d %d  rc=%d", deep,

@@ -81,7 +81,7 @@ typedef int   (*VxProgress)(int position, int total, void* hostContext);
  *     everything else 0
  *
  * and gives every sample back, but for float rounding on the way to hue, lightness, saturation and
- * back. In this version unblockStrength has no effect.
+ * back.
  *
  * A picture below 2304 pixels on both axes is treated in one piece; of an odd width or height the
  * last column or row keeps the host's values. A larger picture is treated in overlapping tiles
@@ -153,7 +153,9 @@ typedef int   (*VxProgress)(int position, int total, void* hostContext);
  * @param noiseProfile     what vxDenoiseEstNoise filled for the whole picture; null skips noise
  *                         filter and grain
  * @param grainRestore     share of the removed noise that is added back, 0 to 1; neutral 0
- * @param unblockStrength  0 to 1; neutral 0 (up to 0.02 skipped)
+ * @param unblockStrength  0 to 1; neutral 0 (up to 0.02 skipped); JPEG quality 100 - 85 * strength, see
+ *                         vxUnblock. Only at previewScale 1. Works on 8 bits, and makes the picture
+ *                         0.4 % brighter: bytes come back as value / 255, not / 256
  * @param denoiseMode      0: quick filter with settings from the profile; other: non-local filter
  *
  * @return 1 done (also when there was nothing to do); 0 cancelled; -1 out of memory, or a picture
@@ -173,16 +175,19 @@ int vxAdjustRgb(void* pixels, int format, int rowStep, int width, int height, in
 /**
  * Removes the block artifacts of JPEG: the mean of JPEG round trips at shifted block grids.
  *
- * This version leaves the pixels alone and returns 0.
+ * Results are truncated, about one level darker on average. Works in place; a null `pixels` or a size
+ * below 1 does nothing. The one failure is a C++ exception for want of memory, before the picture is
+ * touched.
  *
  * @param deep       0: 8-bit samples; other: 16-bit samples of 0 to 32767
  * @param pixels     first sample of the picture; three samples are taken at each pixel
  * @param pixelStep  samples from pixel to pixel, 3 for interleaved RGB
  * @param rowStep    from row to row, in bytes at 8 bits, in samples when `deep`
  * @param width,height  pixels
- * @param quality    JPEG quality of the round trips, 1 to 99, in the low eight bits
- * @param jpegMode   low four bits: chroma subsampling (1: half width); high four bits: 0 for YCbCr,
- *                   other for RGB in the stream
+ * @param quality    JPEG quality of the round trips, 1 to 100, in the low eight bits; the lower, the
+ *                   stronger; best near that of the file
+ * @param jpegMode   low four bits: chroma subsampling (0: none, 1: half width, other: half width and
+ *                   height); the next four: 0 for YCbCr, other for RGB in the stream
  * @param shiftStep  pixels between tried shifts of the grid, 1 to 8; below 1 counts as 1
  * @param reserved   without effect
  * @return the number of round trips made

@@ -25,6 +25,7 @@
 #include "prim/float_mode.h"
 #include "prim/geometry.h"
 #include "prim/grid.h"
+#include "prim/jpeg.h"
 #include "prim/lut.h"
 #include "prim/memory.h"
 #include "prim/pyramid.h"

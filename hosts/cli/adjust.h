@@ -1,17 +1,26 @@
-// The subcommand "adjust": tone, detail, sharpness and colour by vxAdjustRgb.
+// The subcommand "adjust": blocks, noise, tone, detail, sharpness and colour by vxAdjustRgb.
 #pragma once
 
-#include "hosts/cli/command.h"
+#include <optional>
+
+#include "hosts/cli/noise_estimate.h"
+#include "hosts/cli/treating_command.h"
+#include "hosts/cli/wisdom.h"
 
 namespace vx::cli {
 
-class AdjustCommand final : public Command {
+class AdjustCommand final : public TreatingCommand {
  public:
   explicit AdjustCommand(CLI::App& program);
+  int run() override;
 
  private:
-  void treat(Raster& raster, Progress& progress) const override;
+  void treat(const std::filesystem::path& input, Picture& picture, Progress& progress) override;
   int libraryBytes() const override;
+
+  NoiseFilter filter() const { return static_cast<NoiseFilter>(static_cast<int>(denoiseMode_)); }
+  float unblockStrength(const std::filesystem::path& input, std::vector<std::string>& notes) const;
+  float denoiseStrength(const NoiseProfile& profile, std::vector<std::string>& notes) const;
 
   // The neutral set: with it the library changes nothing but float rounding.
   float lumaEqAmount_ = 0;
@@ -30,6 +39,12 @@ class AdjustCommand final : public Command {
   float satContrast_ = 1;
   float satGamma_ = 1;
   float hueShift_ = 0;
+  float denoise_ = 0;
+  float denoiseMode_ = 0;
+  float grain_ = 0;
+  float unblock_ = 0;
+
+  std::optional<Wisdom> wisdom_;  // from the first picture on that needs plans
 };
 
 }  // namespace vx::cli

@@ -4,13 +4,12 @@
 
 #include <chrono>
 #include <cstdio>
-#include <new>
 
 #include "hosts/cli/cancel.h"
+#include "hosts/cli/each_picture.h"
 #include "hosts/cli/error.h"
 #include "hosts/cli/metadata.h"
 #include "hosts/cli/output_file.h"
-#include "hosts/cli/picture.h"
 #include "hosts/cli/plan.h"
 
 namespace vx::cli {
@@ -29,9 +28,8 @@ double peakMegabytes() {
   return static_cast<double>(usage.ru_maxrss) * 1024 / 1e6;
 }
 
-void tell(Progress& progress, const Job& job, const std::string& text) {
-  progress.clear();
-  std::fprintf(stderr, "vxicore: %s: %s\n", job.input.c_str(), text.c_str());
+void tellNotes(Progress& progress, const Job& job, const std::vector<std::string>& notes) {
+  for (const std::string& note : notes) tell(progress, job.input, "note: " + note);
 }
 
 struct Timing {
@@ -85,7 +83,7 @@ void runJob(const Job& job, const FileOptions& options, const Treatment& treatme
   int width = 0, height = 0, inDepth = 0, outDepth = 0;
   {
     Picture picture = readPicture(job.input, wanted, progress);
-    for (const std::string& note : picture.notes) tell(progress, job, "note: " + note);
+    tellNotes(progress, job, picture.notes);
     width = picture.raster.width();
     height = picture.raster.height();
     inDepth = picture.sourceDepth;
@@ -94,8 +92,10 @@ void runJob(const Job& job, const FileOptions& options, const Treatment& treatme
     time.reading = lap();
 
     progress.beginStep(treatment.verb);
-    treatment.apply(picture.raster, progress);
+    picture.notes.clear();
+    treatment.apply(job.input, picture, progress);
     throwIfCancelled();
+    tellNotes(progress, job, picture.notes);
     time.treating = lap();
 
     progress.beginStep("writing");
@@ -104,7 +104,7 @@ void runJob(const Job& job, const FileOptions& options, const Treatment& treatme
     picture.raster = Raster(1, 1, 8, 0);
     metadata.setSize(width, height);
     metadata.attach(file, job.format);
-    for (const std::string& note : metadata.notes()) tell(progress, job, "note: " + note);
+    tellNotes(progress, job, metadata.notes());
   }
   try {
     writeFile(job.output, file, options.force);
@@ -120,28 +120,11 @@ void runJob(const Job& job, const FileOptions& options, const Treatment& treatme
 
 int runBatch(const FileOptions& options, const Treatment& treatment) {
   const std::vector<Job> jobs = planJobs(options);
-  Progress progress;
-  bool failed = false;
-  for (std::size_t i = 0; i < jobs.size(); ++i) {
-    const Job& job = jobs[i];
-    const std::string count =
-        jobs.size() > 1 ? std::to_string(i + 1) + "/" + std::to_string(jobs.size()) + " " : "";
-    progress.beginPicture(count + job.input.filename().string());
-    try {
-      throwIfCancelled();
-      runJob(job, options, treatment, progress);
-    } catch (const Cancelled&) {
-      tell(progress, job, "cancelled");
-      return kExitCancelled;
-    } catch (const FileError& error) {
-      tell(progress, job, error.what());
-      failed = true;
-    } catch (const std::bad_alloc&) {
-      tell(progress, job, "not enough memory");
-      failed = true;
-    }
-  }
-  return failed ? kExitSomeFailed : kExitDone;
+  std::vector<std::filesystem::path> inputs;
+  for (const Job& job : jobs) inputs.push_back(job.input);
+  return forEachPicture(inputs, [&](std::size_t index, Progress& progress) {
+    runJob(jobs[index], options, treatment, progress);
+  });
 }
 
 }  // namespace vx::cli

@@ -1,12 +1,12 @@
 // Runs the jobs of one command line, whatever is done to the pixels.
 #pragma once
 
+#include <filesystem>
 #include <functional>
 #include <string>
 
 #include "hosts/cli/file_options.h"
-#include "hosts/cli/progress.h"
-#include "hosts/cli/raster.h"
+#include "hosts/cli/picture.h"
 
 namespace vx::cli {
 
@@ -15,8 +15,9 @@ struct Treatment {
   std::string verb;      // for the progress line, as "enhancing"
   std::string settings;  // for --verbose
   int libraryBytes;      // per pixel, beside the raster
-  /// Changes the raster in place. Throws FileError or Cancelled.
-  std::function<void(Raster& raster, Progress& progress)> apply;
+  /// Changes the raster in place and adds to the notes. Throws FileError or Cancelled.
+  std::function<void(const std::filesystem::path& input, Picture& picture, Progress& progress)>
+      apply;
 };
 
 /// Treats every picture; one that fails is told in one line on stderr and does not stop the others.

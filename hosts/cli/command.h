@@ -1,18 +1,39 @@
-// What all subcommands share: files in and out, presets, and an option for each of their settings.
+// One subcommand of the program.
 #pragma once
 
 #include <CLI/CLI.hpp>
-#include <map>
 #include <string>
-#include <string_view>
-#include <vector>
 
-#include "hosts/cli/batch.h"
 #include "hosts/cli/error.h"
-#include "hosts/cli/file_options.h"
-#include "hosts/cli/settings.h"
 
 namespace vx::cli {
+
+class Command {
+ public:
+  Command(const Command&) = delete;
+  Command& operator=(const Command&) = delete;
+  virtual ~Command() = default;
+
+  bool chosen() const { return app_->parsed(); }
+  /// Returns the exit code. Throws UsageError.
+  virtual int run() = 0;
+
+ protected:
+  Command(CLI::App& program, const std::string& name, const std::string& summary)
+      : name_(name), app_(program.add_subcommand(name, summary)) {}
+
+  /// Example command lines, two spaces before and a line break after each, and a closing line.
+  void addExamples(const std::string& examples, const std::string& closing) {
+    app_->footer("Examples:\n" + examples + "\n" + closing + "\n" + kExitCodesHelp);
+  }
+
+  const std::string& name() const { return name_; }
+  CLI::App& app() const { return *app_; }
+
+ private:
+  std::string name_;
+  CLI::App* app_;
+};
 
 inline constexpr const char* kNoMemory = "not enough memory to enhance a picture of this size";
 
@@ -26,44 +47,5 @@ int callLibrary(const Call& call) {
     throw FileError(kNoMemory);
   }
 }
-
-/// One subcommand. A derived class holds the settings, hands their table to addSettings() in its
-/// constructor, and does the work in treat().
-class Command {
- public:
-  Command(const Command&) = delete;
-  Command& operator=(const Command&) = delete;
-  virtual ~Command() = default;
-
-  bool chosen() const { return command_->parsed(); }
-  /// Returns the exit code. Throws UsageError.
-  int run();
-
- protected:
-  Command(CLI::App& program, const std::string& name, const std::string& summary);
-
-  void addPreviewOption() { cli::addPreviewOption(*command_, files_); }
-  void addSettings(std::vector<Setting> table);
-  /// Example command lines, two spaces before and a line break after each.
-  void addExamples(const std::string& examples);
-
-  int previewScale() const { return files_.previewScale; }
-
- private:
-  /// Changes the raster in place. Throws FileError or Cancelled.
-  virtual void treat(Raster& raster, Progress& progress) const = 0;
-  /// Bytes per pixel that the library takes beside the raster, for the settings in force.
-  virtual int libraryBytes() const = 0;
-
-  void applySettings();
-
-  std::string name_;
-  CLI::App* command_;
-  FileOptions files_;
-  std::vector<std::string> presets_;
-  std::string savePreset_;
-  std::vector<Setting> table_;
-  std::map<std::string_view, std::string> typed_;  // by the name of the setting
-};
 
 }  // namespace vx::cli

@@ -16,7 +16,7 @@ constexpr float kWidest = 2.5F;
 }  // namespace
 
 EdgeCommand::EdgeCommand(CLI::App& program)
-    : Command(program, "edge", "Sharpen edges and repair colour beside them") {
+    : TreatingCommand(program, "edge", "Sharpen edges and repair colour beside them") {
   // A range floor of 0 would make flat places white: 0 / 0.
   addSettings({
       {"base-gain", &baseGain_, 0, 10, kSharp,
@@ -49,17 +49,17 @@ EdgeCommand::EdgeCommand(CLI::App& program)
   });
   addExamples(
       "  vxicore edge photo.jpg -o sharper.jpg --preset soft-lens\n"
-      "  vxicore edge stills/ -o repaired/ --preset chroma-bleed --chroma-shift-x -2\n");
+      "  vxicore edge stills/ -o repaired/ --preset chroma-bleed --chroma-shift-x -2\n",
+      "All settings start neutral.");
 }
 
-void EdgeCommand::treat(Raster& raster, Progress&) const {
+void EdgeCommand::treat(const std::filesystem::path&, Picture& picture, Progress&) {
+  Raster& raster = picture.raster;
   const bool deep = raster.depth() == 16;
-  // At 16 bits the function counts a row in samples.
-  const int rowStep = deep ? raster.rowBytes() / 2 : raster.rowBytes();
   callLibrary([&] {
-    return vxYUVEdgeRGB(deep, raster.pixels(), rowStep, raster.paddedWidth(), raster.paddedHeight(),
-                        baseGain_, rangeFloor_, blurX_, blurY_, adaptiveGain_, chromaBlurX_,
-                        chromaBlurY_, static_cast<int>(chromaShiftX_),
+    return vxYUVEdgeRGB(deep, raster.pixels(), raster.rowStep(), raster.paddedWidth(),
+                        raster.paddedHeight(), baseGain_, rangeFloor_, blurX_, blurY_,
+                        adaptiveGain_, chromaBlurX_, chromaBlurY_, static_cast<int>(chromaShiftX_),
                         static_cast<int>(chromaShiftY_), alignX_, alignY_, alignThreshold_, 0);
   });
 }

@@ -1,16 +1,16 @@
 // The subcommand "edge": sharpening at edges and repair of chroma by vxYUVEdgeRGB.
 #pragma once
 
-#include "hosts/cli/command.h"
+#include "hosts/cli/treating_command.h"
 
 namespace vx::cli {
 
-class EdgeCommand final : public Command {
+class EdgeCommand final : public TreatingCommand {
  public:
   explicit EdgeCommand(CLI::App& program);
 
  private:
-  void treat(Raster& raster, Progress& progress) const override;
+  void treat(const std::filesystem::path& input, Picture& picture, Progress& progress) override;
   int libraryBytes() const override;
 
   float baseGain_ = 1;

@@ -29,10 +29,18 @@ std::string wrapped(std::string_view text, std::size_t width) {
   return result;
 }
 
-void addFileOptions(CLI::App& app, FileOptions& options) {
+void addInputOptions(CLI::App& app, FileOptions& options) {
   app.add_option("IN", options.inputs,
                  help("Pictures (JPEG, PNG, TIFF, WebP), or folders whose pictures are taken"));
+  app.add_option("--max-megapixels", options.maxMegapixels,
+                 help("Refuse larger pictures; default 500. Up to 29 bytes of memory per pixel are "
+                      "needed at 8 bits"))
+      ->option_text("M")
+      ->check(CLI::Range(0.000001, kMostMegapixels))
+      ->group(kFiles);
+}
 
+void addOutputOptions(CLI::App& app, FileOptions& options) {
   app.add_option("-o,--output", options.output,
                  help("File to write, or folder for the results (made if missing when several "
                       "pictures come in or OUT ends in /)"))
@@ -57,12 +65,6 @@ void addFileOptions(CLI::App& app, FileOptions& options) {
   app.add_option("--quality", options.quality, help("Of JPEG and WebP, 1 to 100; default 92"))
       ->option_text("Q")
       ->check(CLI::Range(1, 100))
-      ->group(kFiles);
-  app.add_option("--max-megapixels", options.maxMegapixels,
-                 help("Refuse larger pictures; default 500. Up to 29 bytes of memory per pixel are "
-                      "needed at 8 bits"))
-      ->option_text("M")
-      ->check(CLI::Range(0.000001, 90000.0))
       ->group(kFiles);
   app.add_flag("--force", options.force, help("Replace files that exist"))->group(kFiles);
   app.add_flag("-v,--verbose", options.verbose,

@@ -1,4 +1,4 @@
-// The options that every subcommand shares: which pictures, where to, in which form.
+// The options that subcommands share: which pictures, where to, in which form.
 #pragma once
 
 #include <CLI/CLI.hpp>
@@ -6,6 +6,9 @@
 #include <vector>
 
 namespace vx::cli {
+
+/// The upper end of --max-megapixels.
+inline constexpr double kMostMegapixels = 90000;
 
 struct FileOptions {
   std::vector<std::string> inputs;
@@ -20,8 +23,10 @@ struct FileOptions {
   bool verbose = false;
 };
 
-/// Adds the options; `options` has to outlive the parsing.
-void addFileOptions(CLI::App& app, FileOptions& options);
+/// Pictures to read; `options` has to outlive the parsing, here and below.
+void addInputOptions(CLI::App& app, FileOptions& options);
+/// Results to write.
+void addOutputOptions(CLI::App& app, FileOptions& options);
 /// For subcommands whose settings are radii that can be reduced along with the picture.
 void addPreviewOption(CLI::App& app, FileOptions& options);
 

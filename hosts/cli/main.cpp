@@ -11,6 +11,8 @@
 #include "hosts/cli/edge.h"
 #include "hosts/cli/error.h"
 #include "hosts/cli/metadata.h"
+#include "hosts/cli/noise.h"
+#include "hosts/cli/unblock.h"
 
 namespace vx::cli {
 namespace {
@@ -54,6 +56,8 @@ int run(int argc, char** argv) {
   program.set_version_flag("--version", "vxicore " VX_VERSION);
   AdjustCommand adjust(program);
   EdgeCommand edge(program);
+  NoiseCommand noise(program);
+  UnblockCommand unblock(program);
   // After the commands, which would inherit it.
   program.set_help_all_flag("--help-all", "Show the options of all commands and exit");
   program.require_subcommand(1);
@@ -67,7 +71,7 @@ int run(int argc, char** argv) {
   }
   installSignalHandlers();
   startLibraries(argv[0]);
-  for (Command* command : std::initializer_list<Command*>{&adjust, &edge}) {
+  for (Command* command : std::initializer_list<Command*>{&adjust, &edge, &noise, &unblock}) {
     if (command->chosen()) return command->run();
   }
   return kExitUsage;  // unreachable: the parser requires one

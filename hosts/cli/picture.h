@@ -34,6 +34,8 @@ struct ReadOptions {
   int previewScale = 1;
   double maxMegapixels = 500;
   int libraryBytes = 0;  // per pixel, that the library will take beside the raster
+  // Of an axis of more pixels only that many, of its centre, are kept, though all are read; 0: all.
+  int centre = 0;
 };
 
 /// Bits per sample of the file to be written.

@@ -11,28 +11,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::vector<fs::path> expandInputs(const std::vector<std::string>& inputs) {
-  std::vector<fs::path> paths;
-  for (const std::string& input : inputs) {
-    std::error_code error;
-    if (!fs::is_directory(input, error)) {
-      paths.emplace_back(input);
-      continue;
-    }
-    std::vector<fs::path> found;
-    for (fs::directory_iterator entry(input, error), end; !error && entry != end;
-         entry.increment(error)) {
-      const bool hidden = entry->path().filename().string().starts_with('.');
-      if (!hidden && formatByExtension(entry->path())) found.push_back(entry->path());
-    }
-    if (error) throw UsageError(input + ": cannot list the folder: " + error.message());
-    if (found.empty()) throw UsageError(input + ": no pictures in this folder");
-    std::sort(found.begin(), found.end());
-    paths.insert(paths.end(), found.begin(), found.end());
-  }
-  return paths;
-}
-
 std::optional<Format> wantedFormat(const FileOptions& options) {
   if (options.format.empty()) return std::nullopt;
   const auto format = formatByName(options.format);
@@ -126,8 +104,30 @@ void refuseCollisions(const std::vector<Job>& jobs) {
 
 }  // namespace
 
+std::vector<fs::path> expandInputs(const std::vector<std::string>& inputs) {
+  if (inputs.empty()) throw UsageError("no picture given");
+  std::vector<fs::path> paths;
+  for (const std::string& input : inputs) {
+    std::error_code error;
+    if (!fs::is_directory(input, error)) {
+      paths.emplace_back(input);
+      continue;
+    }
+    std::vector<fs::path> found;
+    for (fs::directory_iterator entry(input, error), end; !error && entry != end;
+         entry.increment(error)) {
+      const bool hidden = entry->path().filename().string().starts_with('.');
+      if (!hidden && formatByExtension(entry->path())) found.push_back(entry->path());
+    }
+    if (error) throw UsageError(input + ": cannot list the folder: " + error.message());
+    if (found.empty()) throw UsageError(input + ": no pictures in this folder");
+    std::sort(found.begin(), found.end());
+    paths.insert(paths.end(), found.begin(), found.end());
+  }
+  return paths;
+}
+
 std::vector<Job> planJobs(const FileOptions& options) {
-  if (options.inputs.empty()) throw UsageError("no picture given");
   if (options.suffix.find('/') != std::string::npos)
     throw UsageError("--suffix must not contain a /");
   const auto format = wantedFormat(options);

@@ -17,9 +17,12 @@ struct Job {
   std::string refusal;  // why the input cannot be treated; empty: it seems that it can
 };
 
-/// One job per picture, in the order given; folders are expanded (not into subfolders), sorted by
-/// name. Makes the output folder where that is meant. Throws UsageError when the outputs are not
-/// clear or two jobs would write one file or overwrite another's input.
+/// The pictures of the command line in the order given; folders are expanded (not into subfolders),
+/// sorted by name. Throws UsageError when there are none.
+std::vector<std::filesystem::path> expandInputs(const std::vector<std::string>& inputs);
+
+/// One job per picture. Makes the output folder where that is meant. Throws UsageError when the
+/// outputs are not clear or two jobs would write one file or overwrite another's input.
 std::vector<Job> planJobs(const FileOptions& options);
 
 }  // namespace vx::cli

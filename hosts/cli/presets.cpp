@@ -69,8 +69,9 @@ fs::path findPreset(const std::string& name, const std::string& command) {
       if (findShipped(name, other)) refuseForeign(name, other, command);
     }
   }
-  throw UsageError("--preset " + name + ": no such file, nor one of the shipped presets (" +
-                   listed(shippedPresets(command)) + ")");
+  const std::string shipped = listed(shippedPresets(command));
+  throw UsageError("--preset " + name + ": no such file" +
+                   (shipped.empty() ? "" : ", nor one of the shipped presets (" + shipped + ")"));
 }
 
 // Before any key is looked at: "made for another subcommand" says more than "no setting of this
@@ -120,7 +121,9 @@ void savePreset(const fs::path& path, const std::string& command, SettingTable t
   for (const Setting& setting : table) {
     if (setting.group != group) text += "\n# " + std::string(setting.group) + "\n";
     group = setting.group;
-    text += std::string(setting.name) + " = " + formatNumber(*setting.value) + "\n";
+    const std::string value = formatValue(setting, *setting.value);
+    const bool word = !wordFor(setting, *setting.value).empty();
+    text += std::string(setting.name) + " = " + (word ? '"' + value + '"' : value) + "\n";
   }
   const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
   try {

@@ -30,6 +30,10 @@ class Raster {
   int depth() const { return depth_; }
   int alphaDepth() const { return alphaDepth_; }
   int rowBytes() const { return paddedWidth() * 3 * (depth_ / 8); }
+  /// In the unit of vxUnblock and vxYUVEdgeRGB: bytes at 8 bits, samples at 16.
+  int rowStep() const { return paddedWidth() * 3; }
+  /// The pixel format of vxAdjustRgb and vxDenoiseEstNoise.
+  int libraryFormat() const { return depth_ == 8 ? 1 : 3; }
   std::uint8_t* pixels() { return pixels_.get(); }
 
   /// Takes `count` pixels of a file's row from column x on. The source has 1 or 3 colour samples

@@ -88,10 +88,23 @@ int colourChannels(const VImage& image) {
   return colours;
 }
 
+// The part of an axis that is kept.
+struct Span {
+  int start, size;
+};
+
+// Placed as vxDenoiseEstNoise places the part that it looks at.
+Span keptSpan(int size, int centre) {
+  if (centre == 0 || size <= centre) return {0, size};
+  return {(size - centre) / 4 * 2, centre};
+}
+
 // What the work will hold at once: the raster, its alpha, and the planes of the library.
 void refuseTooLarge(int width, int height, int sampleBytes, const ReadOptions& options) {
   const double pixels = static_cast<double>(width) * height;
-  const double needed = pixels * (4.0 * sampleBytes + options.libraryBytes);
+  const double kept = static_cast<double>(keptSpan(width, options.centre).size) *
+                      keptSpan(height, options.centre).size;
+  const double needed = kept * (4.0 * sampleBytes + options.libraryBytes);
   char text[160];
   if (pixels > options.maxMegapixels * 1e6) {
     std::snprintf(text, sizeof text,
@@ -122,16 +135,22 @@ struct Sink {
   Raster& raster;
   Progress& progress;
   int depth, colours;
+  Span columns, rows;  // of the file, that the raster holds
+  int height;          // of the file
 };
 
 int takeArea(VipsRegion* region, VipsRect* area, void* context) {
   auto& sink = *static_cast<Sink*>(context);
   if (cancelRequested()) return -1;
-  for (int y = area->top; y < area->top + area->height; ++y) {
-    sink.raster.takeRow(VIPS_REGION_ADDR(region, area->left, y), sink.depth, sink.colours,
-                        area->left, y, area->width);
+  const int bottom = area->top + area->height;
+  const int left = std::max(area->left, sink.columns.start);
+  const int right = std::min(area->left + area->width, sink.columns.start + sink.columns.size);
+  for (int y = std::max(area->top, sink.rows.start);
+       left < right && y < std::min(bottom, sink.rows.start + sink.rows.size); ++y) {
+    sink.raster.takeRow(VIPS_REGION_ADDR(region, left, y), sink.depth, sink.colours,
+                        left - sink.columns.start, y - sink.rows.start, right - left);
   }
-  sink.progress.update(static_cast<int>(100LL * (area->top + area->height) / sink.raster.height()));
+  sink.progress.update(static_cast<int>(100LL * bottom / sink.height));
   return 0;
 }
 
@@ -192,10 +211,12 @@ Picture read(const std::filesystem::path& path, const ReadOptions& options, Prog
   refuseTooLarge(image.width(), image.height(), sampleBytes, options);
 
   const int depth = 8 * sampleBytes;
+  const Span columns = keptSpan(image.width(), options.centre);
+  const Span rows = keptSpan(image.height(), options.centre);
   Picture picture{.format = format,
                   .sourceDepth = depth,
                   .colours = colours,
-                  .raster = Raster(image.width(), image.height(),
+                  .raster = Raster(columns.size, rows.size,
                                    std::max(depth, outputDepth(options, depth)), alpha ? depth : 0),
                   .xResolution = image.xres(),
                   .yResolution = image.yres(),
@@ -204,7 +225,7 @@ Picture read(const std::filesystem::path& path, const ReadOptions& options, Prog
                   .xmp = headerBlob(image, VIPS_META_XMP_NAME),
                   .pngTexts = pngTexts(image),
                   .notes = std::move(notes)};
-  Sink sink{picture.raster, progress, depth, colours};
+  Sink sink{picture.raster, progress, depth, colours, columns, rows, image.height()};
   if (vips_sink_disc(image.get_image(), takeArea, &sink) != 0) {
     throwIfCancelled();
     throw vipsError("cannot read");

@@ -64,8 +64,8 @@ TEST_F(Trace, callsWriteTheirArguments) {
   vxUnblock(1, nullptr, 3, 30, 10, 10, 80, 1, 0, 0);
   vxYUVEdgeRGB(1, nullptr, 2, 0, 4, 1.5, 0.01, 2, -3, 1e3, 0, 0.125, 7, -7, 1, 2, 3, 42);
   const std::string bodies[] = {
-      "F: vxUnblock\n -- 0 abcdef01234 3 -4 0 6  263 17 9 -10  rc=0",
-      "F: vxUnblock\n -- 1 0 3 30 10 10  80 1 0 0  rc=0",
+      "F: vxUnblock\n -- 0 abcdef01234 3 -4 0 6  263 17 9 -10  rc=1",
+      "F: vxUnblock\n -- 1 0 3 30 10 10  80 1 0 0  rc=64",
       "F: vxYUVEdgeRGB\n -- 1 0 2 0 4  1.500000 0.010000 2.000000 -3.000000 1000.000000 0.000000 "
       "0.125000  7 -7  1.000000 2.000000 3.000000 42  rc=1"};
   std::string wanted;

@@ -52,6 +52,7 @@ void HostTest::SetUp() {
 void HostTest::TearDown() {
   std::error_code error;
   fs::remove_all(folder_, error);
+  fs::remove_all(cache(), error);
 }
 
 Outcome HostTest::run(const std::vector<std::string>& arguments,
@@ -62,6 +63,7 @@ Outcome HostTest::run(const std::vector<std::string>& arguments,
     if (chdir(folder_.c_str()) != 0) _exit(127);
     redirect(out.c_str(), STDOUT_FILENO);
     redirect(err.c_str(), STDERR_FILENO);
+    setenv("XDG_CACHE_HOME", cache().c_str(), 1);
     for (const auto& [name, value] : environment.variables) setenv(name.c_str(), value.c_str(), 1);
     if (environment.fileSizeLimit > 0) {
       const struct rlimit limit { environment.fileSizeLimit, environment.fileSizeLimit };
@@ -175,6 +177,12 @@ double largestDifference(const VImage& a, const VImage& b) {
   EXPECT_EQ(a.format(), b.format());
   if (a.width() != b.width() || a.height() != b.height() || a.bands() != b.bands()) return 1e9;
   return (a - b).abs().max();
+}
+
+double psnr(const VImage& a, const VImage& b) {
+  const double top = a.format() == VIPS_FORMAT_USHORT ? 65535 : 255;
+  const VImage error = a.cast(VIPS_FORMAT_DOUBLE) - b.cast(VIPS_FORMAT_DOUBLE);
+  return 10 * std::log10(top * top / (error * error).avg());
 }
 
 }  // namespace vx::host_test

@@ -44,6 +44,12 @@ class HostTest : public ::testing::Test {
   /// The same, expecting the exit code and one line on stderr, in which `reason` occurs.
   void runBadly(int code, const std::string& reason, const std::vector<std::string>& arguments,
                 const Environment& environment = {}) const;
+  /// The same, expecting success.
+  void runTelling(const std::string& reason, const std::vector<std::string>& arguments) const {
+    runBadly(0, reason, arguments);
+  }
+  /// The cache folder of the runs.
+  fs::path cache() const { return folder_.string() + ".cache"; }
   void write(const std::string& name, const std::string& text) const;
   /// Names in the folder, sorted: shows what was left behind.
   std::vector<std::string> files(const std::string& subfolder = "") const;
@@ -76,5 +82,8 @@ std::vector<std::uint8_t> bytesOf(const std::string& path);
 vips::VImage open(const std::string& path);
 /// The largest difference of two images of one shape; fails the test where the shapes differ.
 double largestDifference(const vips::VImage& a, const vips::VImage& b);
+
+/// In decibels, the top being that of `a`'s format.
+double psnr(const vips::VImage& a, const vips::VImage& b);
 
 }  // namespace vx::host_test

@@ -7,6 +7,7 @@
 
 #include "tests/prim/variants/drivers.h"
 #include "tests/prim/variants/drivers_filter.h"
+#include "tests/prim/variants/drivers_jpeg.h"
 #include "tests/prim/variants/drivers_special.h"
 
 namespace {

@@ -52,7 +52,7 @@ void matchRefusals(const Images& images, int status, const std::function<int(int
 ArgumentKind kindOf(const Prim& entry, std::size_t index) {
   static constexpr std::string_view kSizes[] = {"width",     "height",   "length",    "srcWidth",
                                                 "srcHeight", "dstWidth", "dstHeight", "roiWidth",
-                                                "roiHeight", "cells"};
+                                                "roiHeight", "cells",    "blocks"};
   const std::string_view name = entry.argument(index);
   if (std::find(std::begin(kSizes), std::end(kSizes), name) != std::end(kSizes))
     return ArgumentKind::size;

@@ -1,0 +1,169 @@
+// What removing block artifacts does to photographs: each is coded by libjpeg-turbo at some
+// qualities and decoded, then goes through vxUnblock at some strengths.
+//
+// usage: unblock_effect PICTURE...   without JPEG in their history; prints Markdown
+//
+// PSNR is that of all samples against the uncoded picture. The step is what luminance jumps more,
+// in the mean, across the borders of the file's blocks than between the columns and rows beside
+// them; it is 0 where a picture has no blocks.
+
+#include <turbojpeg.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <vector>
+#include <vips/vips8>
+
+#include "adjust/unblock_stage.h"
+#include "frame/load.h"
+#include "vxicore26.h"
+
+namespace {
+
+constexpr int kQualities[] = {10, 25, 50, 75};
+constexpr float kStrengths[] = {0.1f, 0.2f, 0.3f, 0.4f, 0.5f, 0.6f, 0.7f, 0.8f, 0.9f, 1.0f};
+constexpr std::size_t kQualityCount = std::size(kQualities);
+constexpr std::size_t kRows = std::size(kStrengths) + 1;  // the first is the decoded file
+
+struct Picture {
+  int width, height;
+  std::vector<std::uint8_t> bytes;
+
+  std::uint8_t at(int x, int y, int c) const {
+    return bytes[static_cast<std::size_t>((std::ptrdiff_t{y} * width + x) * 3 + c)];
+  }
+};
+
+Picture load(const char* path) {
+  const vips::VImage image =
+      vips::VImage::new_from_file(path).colourspace(VIPS_INTERPRETATION_sRGB);
+  const vips::VImage rgb = image.extract_band(0, vips::VImage::option()->set("n", 3));
+  std::size_t size = 0;
+  auto* memory = static_cast<std::uint8_t*>(rgb.write_to_memory(&size));
+  Picture picture{rgb.width(), rgb.height(), {memory, memory + size}};
+  g_free(memory);
+  return picture;
+}
+
+// Chroma halved on both axes, as most files have it.
+Picture codeAndDecode(const Picture& in, int quality) {
+  Picture out = in;
+  unsigned char* stream = nullptr;
+  unsigned long size = 0;
+  const tjhandle encoder = tjInitCompress(), decoder = tjInitDecompress();
+  if (tjCompress2(encoder, in.bytes.data(), in.width, 0, in.height, TJPF_RGB, &stream, &size,
+                  TJSAMP_420, quality, TJFLAG_ACCURATEDCT) != 0 ||
+      tjDecompress2(decoder, stream, size, out.bytes.data(), in.width, 0, in.height, TJPF_RGB,
+                    TJFLAG_ACCURATEDCT) != 0)
+    std::abort();
+  tjFree(stream);
+  tjDestroy(encoder);
+  tjDestroy(decoder);
+  return out;
+}
+
+double psnr(const Picture& a, const Picture& b) {
+  double sum = 0;
+  for (std::size_t i = 0; i < a.bytes.size(); ++i) {
+    const double d = a.bytes[i] - b.bytes[i];
+    sum += d * d;
+  }
+  return 10 * std::log10(255 * 255 * static_cast<double>(a.bytes.size()) / sum);
+}
+
+double borderStep(const Picture& p) {
+  const auto luma = [&](int x, int y) {
+    return 0.299 * p.at(x, y, 0) + 0.587 * p.at(x, y, 1) + 0.114 * p.at(x, y, 2);
+  };
+  double sum = 0, count = 0;
+  const auto add = [&](double a, double b, double c, double d) {
+    sum += std::abs(b - c) - 0.5 * (std::abs(a - b) + std::abs(c - d));
+    count += 1;
+  };
+  for (int y = 0; y < p.height; ++y)
+    for (int x = 8; x + 1 < p.width; x += 8)
+      add(luma(x - 2, y), luma(x - 1, y), luma(x, y), luma(x + 1, y));
+  for (int y = 8; y + 1 < p.height; y += 8)
+    for (int x = 0; x < p.width; ++x)
+      add(luma(x, y - 2), luma(x, y - 1), luma(x, y), luma(x, y + 1));
+  return sum / count;
+}
+
+struct Effect {
+  double psnr, step;
+};
+using Table = std::array<std::array<Effect, kQualityCount>, kRows>;
+
+Table measure(const Picture& original) {
+  Table table{};
+  for (std::size_t q = 0; q < kQualityCount; ++q) {
+    const Picture decoded = codeAndDecode(original, kQualities[q]);
+    table[0][q] = {psnr(original, decoded), borderStep(decoded)};
+    for (std::size_t s = 1; s < kRows; ++s) {
+      Picture out = decoded;
+      constexpr int kHalfWidthChroma = 1, kEveryShift = 1;
+      vxUnblock(0, out.bytes.data(), 3, 3 * out.width, out.width, out.height,
+                vx::unblockQuality(kStrengths[s - 1]), kHalfWidthChroma, kEveryShift, 0);
+      table[s][q] = {psnr(original, out), borderStep(out)};
+    }
+  }
+  return table;
+}
+
+std::size_t bestOf(const Table& table, std::size_t q) {
+  std::size_t best = 1;
+  for (std::size_t s = 1; s < kRows; ++s)
+    if (table[s][q].psnr > table[best][q].psnr) best = s;
+  return best;
+}
+
+void printHead(const char* first) {
+  std::printf("\n| %s |", first);
+  for (const int q : kQualities) std::printf(" coded at %d |", q);
+  std::printf("\n|---|");
+  for (std::size_t q = 0; q < kQualityCount; ++q) std::printf("---|");
+  std::printf("\n");
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc < 2 || VIPS_INIT(argv[0]) != 0) {
+    std::fprintf(stderr, "usage: %s PICTURE...\n", argv[0]);
+    return 2;
+  }
+  vx::attachProcess();
+  Table mean{};
+  printHead("picture, at its best strength");
+  for (int i = 1; i < argc; ++i) {
+    const Picture original = load(argv[i]);
+    const Table table = measure(original);
+    std::printf("| %s (step %.2f) |", g_path_get_basename(argv[i]), borderStep(original));
+    for (std::size_t q = 0; q < kQualityCount; ++q) {
+      const std::size_t best = bestOf(table, q);
+      std::printf(" %.1f: %.2f to %.2f dB, step %.2f to %.2f |",
+                  static_cast<double>(kStrengths[best - 1]), table[0][q].psnr, table[best][q].psnr,
+                  table[0][q].step, table[best][q].step);
+      for (std::size_t s = 0; s < kRows; ++s) {
+        mean[s][q].psnr += table[s][q].psnr / (argc - 1);
+        mean[s][q].step += table[s][q].step / (argc - 1);
+      }
+    }
+    std::printf("\n");
+  }
+  printHead("strength (quality), mean of all");
+  for (std::size_t s = 0; s < kRows; ++s) {
+    if (s == 0)
+      std::printf("| as decoded |");
+    else
+      std::printf("| %.1f (%d) |", static_cast<double>(kStrengths[s - 1]),
+                  vx::unblockQuality(kStrengths[s - 1]));
+    for (const Effect& effect : mean[s])
+      std::printf(" %.2f dB, step %.2f |", effect.psnr, effect.step);
+    std::printf("\n");
+  }
+}

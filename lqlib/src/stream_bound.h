@@ -1,0 +1,61 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+
+#include "frame/image_buffer.h"
+#include "jpeg/scan_encoder.h"
+
+namespace vx {
+
+/// The picture's components at full resolution, cut into squares, its edges repeated as far as any
+/// shift and whole MCUs want them: in each square the sum of squared differences of every sample
+/// and its neighbours to the right and below.
+struct RoughnessMap {
+  static constexpr int kPart = 8;     ///< size of a square
+  static constexpr int kCell = 32;    ///< squares that are bounded as one
+  static constexpr int kBefore = 16;  ///< samples before the picture at which the first one begins
+
+  RoughnessMap(const JpegCoding& coding, const ImageBuffer<std::uint8_t, 3>& source);
+
+  int columns, rows;
+  ImageBuffer<int> squares[3];  ///< one for each component
+};
+
+/// Upper bound of the length of a scan, stuffed bytes included, for a picture at any place of the
+/// grid.
+///
+/// The bits of a quantised coefficient grow with the logarithm of its size, while the squares of a
+/// block's coefficients, weighted by the eigenvalues of the differences, add up to its roughness.
+/// So for any price p of a unit of roughness the blocks that begin in a cell, of roughness R with
+/// what they reach of its neighbours, need no more bits than p * R + their number times the most
+/// that "bits - p * roughness" of any block can be (Lagrange's method). Each cell has the best of a
+/// handful of prices.
+class JpegStreamBound {
+ public:
+  /// @param width,height   of the picture, which is coded with 8 more on both axes
+  JpegStreamBound(const JpegCoding& coding, int width, int height);
+
+  /// Whether every scan of a picture with this roughness is proven to fit into `room` bytes.
+  bool fits(const RoughnessMap& map, std::int64_t room) const;
+  /// Whether a scan is proven to fit whose levels but for the means, each by its size up to 8, sum
+  /// up to `levels`: every place of a block pays a price, and every unit of a level pays what is
+  /// missing to the dearest symbol. Some prices are tried.
+  bool fits(double levels, std::int64_t room) const;
+
+ private:
+  static constexpr int kPrices = 11;
+  static constexpr int kPlaces = 14;
+  struct Component {
+    int blockWidth, blockHeight;  // in samples of the picture
+    double share;                 // of the roughness at full resolution that can reach the blocks
+    double extra;                 // per block, from rounding in the reduction
+    double meanBits, endBits;
+    std::array<double, kPrices> bitsPerBlock;
+  };
+  int width_, height_, mcuWidth_, mcuHeight_;
+  std::array<Component, 3> components_;
+  std::array<double, kPlaces> units_{};
+};
+
+}  // namespace vx

@@ -1,0 +1,128 @@
+#include "prim/kernels/jpeg_lanes.h"
+#include "prim/kernels/rows.h"
+
+namespace vx::prim::VX_VARIANT {
+namespace {
+
+inline std::uint8_t limitByte(int v) {
+  return static_cast<std::uint8_t>(v < 0 ? 0 : v > 255 ? 255 : v);
+}
+
+#if !defined(VX_KERNEL_SCALAR)
+
+// (a + b) >> 1 of bytes.
+template <class L>
+[[gnu::always_inline]] inline typename L::V averageDown(typename L::V a, typename L::V b,
+                                                        typename L::V one) {
+  return L::sub8(L::average8(a, b), L::bitAnd(L::bitXor(a, b), one));
+}
+
+// The rounding of nested byte averages is that of the filter: (3a + b + 1) >> 2 is the lower
+// average of a with the upper one of a and b, (3a + b + 2) >> 2 the other way round.
+template <class L>
+[[gnu::always_inline]] inline void upsample(const std::uint8_t* src, std::uint8_t* dst) {
+  using V = typename L::V;
+  const V one = L::set(0x0101);
+  const V here = L::load(src);
+  const V even = averageDown<L>(here, L::average8(here, L::load(src - 1)), one);
+  const V odd = L::average8(here, averageDown<L>(here, L::load(src + 1), one));
+  L::storeZipped(dst, L::low8(even, odd), L::high8(even, odd));
+}
+
+// The decoder's colour formulas in 16-bit lanes; that they hold for every byte and every pair is
+// tested. The product of G needs 32 bits. 32512 is added so that saturation limits to 255, and
+// taken away so that it limits to 0.
+template <class L>
+[[gnu::always_inline]] inline void addYcc(const std::uint8_t* y, const std::uint8_t* cb,
+                                          const std::uint8_t* cr, std::uint16_t* sumR,
+                                          std::uint16_t* sumG, std::uint16_t* sumB) {
+  using V = typename L::V;
+  constexpr int kTop = 32767 - 255;
+  const V luma = L::widen(y), blue = L::widen(cb), red = L::widen(cr);
+  const V top = L::set(kTop);
+  const V r = L::mulHigh(L::add(L::template shiftLeft<2>(red), L::set(-7)), L::set(22970));
+  const V b = L::mulHigh(L::add(L::template shiftLeft<5>(blue), L::set(-123)), L::set(3629));
+  const V factors = L::set32(static_cast<int>((18734u << 16) | (65536u - 22554u)));
+  const V offset = L::set32(8877496);
+  const V g =
+      L::pack32(L::template shift32<16>(L::add32(L::madd(L::low16(blue, red), factors), offset)),
+                L::template shift32<16>(L::add32(L::madd(L::high16(blue, red), factors), offset)));
+  const auto put = [&](std::uint16_t * sum, V colour, V base) __attribute__((always_inline)) {
+    L::store(sum, L::add(L::load(sum), L::subSatU(L::addSat(base, colour), top)));
+  };
+  put(sumR, r, L::add(luma, L::set(kTop - 177)));
+  put(sumG, L::sub(g, red), L::add(luma, top));
+  put(sumB, b, L::add(luma, L::set(kTop - 220)));
+}
+
+#endif
+
+}  // namespace
+
+int primJpegUpsample_8u(const std::uint8_t* src, std::uint8_t* dst, int length) {
+  if (!src || !dst) return kStatusNullPtr;
+  if (length < 1) return kStatusBadSize;
+  int i = 0;
+#if !defined(VX_KERNEL_SCALAR)
+  constexpr int kWide = 16 * WideLanes::kGroups;
+  for (; i + kWide <= length; i += kWide) upsample<WideLanes>(src + i, dst + 2 * std::ptrdiff_t{i});
+  for (; i + 16 <= length; i += 16) upsample<Lanes128>(src + i, dst + 2 * std::ptrdiff_t{i});
+#endif
+  for (; i < length; ++i) {
+    const int here = 3 * src[i];
+    std::uint8_t* out = dst + 2 * std::ptrdiff_t{i};
+    out[0] = static_cast<std::uint8_t>((here + src[i - 1] + 1) >> 2);
+    out[1] = static_cast<std::uint8_t>((here + src[i + 1] + 2) >> 2);
+  }
+  return kStatusOk;
+}
+
+int primJpegUpsampleRows_8u(const std::uint8_t* near, const std::uint8_t* far, std::uint8_t* dst,
+                            int length) {
+  if (!near || !far || !dst) return kStatusNullPtr;
+  if (length < 1) return kStatusBadSize;
+  VX_INDEPENDENT
+  for (std::ptrdiff_t i = 0; i < length; ++i) {
+    const int before = 3 * near[i - 1] + far[i - 1];
+    const int here = 3 * (3 * near[i] + far[i]);
+    const int behind = 3 * near[i + 1] + far[i + 1];
+    dst[2 * i] = static_cast<std::uint8_t>((here + before + 8) >> 4);
+    dst[2 * i + 1] = static_cast<std::uint8_t>((here + behind + 7) >> 4);
+  }
+  return kStatusOk;
+}
+
+int primJpegAddYcc_8u16u(const std::uint8_t* y, const std::uint8_t* cb, const std::uint8_t* cr,
+                         std::uint16_t* sumR, std::uint16_t* sumG, std::uint16_t* sumB,
+                         int length) {
+  if (!y || !cb || !cr || !sumR || !sumG || !sumB) return kStatusNullPtr;
+  if (length < 1) return kStatusBadSize;
+  int i = 0;
+#if !defined(VX_KERNEL_SCALAR)
+  constexpr int kWide = 8 * WideLanes::kGroups;
+  for (; i + kWide <= length; i += kWide)
+    addYcc<WideLanes>(y + i, cb + i, cr + i, sumR + i, sumG + i, sumB + i);
+  for (; i + 8 <= length; i += 8)
+    addYcc<Lanes128>(y + i, cb + i, cr + i, sumR + i, sumG + i, sumB + i);
+#endif
+  for (; i < length; ++i) {
+    const int r = y[i] + ((91881 * cr[i] - 11760828) >> 16);
+    const int g = y[i] + ((-22554 * cb[i] - 46802 * cr[i] + 8877496) >> 16);
+    const int b = y[i] + ((116130 * cb[i] - 14864613) >> 16);
+    sumR[i] = static_cast<std::uint16_t>(sumR[i] + limitByte(r));
+    sumG[i] = static_cast<std::uint16_t>(sumG[i] + limitByte(g));
+    sumB[i] = static_cast<std::uint16_t>(sumB[i] + limitByte(b));
+  }
+  return kStatusOk;
+}
+
+int primJpegAdd_8u16u(const std::uint8_t* src, std::uint16_t* srcDst, int length) {
+  if (!src || !srcDst) return kStatusNullPtr;
+  if (length < 1) return kStatusBadSize;
+  VX_INDEPENDENT
+  for (std::ptrdiff_t i = 0; i < length; ++i)
+    srcDst[i] = static_cast<std::uint16_t>(srcDst[i] + src[i]);
+  return kStatusOk;
+}
+
+}  // namespace vx::prim::VX_VARIANT

@@ -1,0 +1,65 @@
+#include "adjust/unblock_stage.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <vector>
+
+#include "tests/support/picture.h"
+
+namespace {
+
+using vx::AdjustSettings;
+
+TEST(UnblockStage, strengthsBecomeQualities) {
+  // In single precision; 0.2, 0.4 and 0.8 would give one less in double.
+  const struct {
+    float strength;
+    int quality;
+  } cases[] = {{0.0201f, 98}, {0.2f, 83},  {0.4f, 66}, {0.8f, 32},     {1.0f, 15},
+               {1.17f, 1},    {-1.0f, 99}, {4.0f, 16}, {HUGE_VALF, 1}, {NAN, 1}};
+  for (const auto& c : cases) EXPECT_EQ(vx::unblockQuality(c.strength), c.quality) << c.strength;
+}
+
+TEST(UnblockStage, runsAboveItsThresholdAndAtFullSizeOnly) {
+  const auto touched = [](float strength, int previewScale) {
+    vx::IMG3<float> image(20, 16);
+    for (int y = 0; y < 16; ++y)
+      for (int i = 0; i < 60; ++i) image.row(y)[i] = static_cast<float>((i * y) % 250) / 256.0f;
+    const float before = image.row(5)[7];
+    AdjustSettings settings;
+    settings.unblockStrength = strength;
+    settings.previewScale = previewScale;
+    vx::removeBlockArtifacts(image, settings);
+    return image.row(5)[7] != before;
+  };
+  EXPECT_FALSE(touched(0.0f, 1));
+  EXPECT_FALSE(touched(0.0199999f, 1));
+  EXPECT_TRUE(touched(0.03f, 1));
+  EXPECT_FALSE(touched(0.5f, 2));
+  EXPECT_FALSE(touched(0.5f, 0));
+}
+
+// What it does is vxUnblock on bytes of value * 255, at half chroma width and every shift.
+TEST(UnblockStage, worksOnBytesAndLeavesThemOnTheScaleOf255) {
+  constexpr int kWidth = 33, kHeight = 27;
+  vx::IMG3<float> image(kWidth, kHeight);
+  std::vector<std::uint8_t> bytes;
+  for (int y = 0; y < kHeight; ++y)
+    for (int i = 0; i < 3 * kWidth; ++i) {
+      const float v = static_cast<float>((7 * i + 11 * y) % 256) / 256.0f;
+      image.row(y)[i] = v;
+      bytes.push_back(static_cast<std::uint8_t>(std::nearbyint(v * 255.0f)));
+    }
+  AdjustSettings settings;
+  settings.unblockStrength = 0.4f;
+  vx::removeBlockArtifacts(image, settings);
+  vxUnblock(0, bytes.data(), 3, 3 * kWidth, kWidth, kHeight, 66, 1, 1, 0);
+  for (int y = 0; y < kHeight; ++y)
+    for (int i = 0; i < 3 * kWidth; ++i)
+      ASSERT_EQ(
+          image.row(y)[i],
+          static_cast<float>(bytes[static_cast<std::size_t>(3 * kWidth * y + i)]) * 0.003921569f);
+}
+
+}  // namespace
