@@ -29,6 +29,12 @@ void overPixels(const Image& image, const F& f) {
     for (int x = 0; x < image.width; ++x) f(x, y);
 }
 
+/// Sets every pixel to value(x, y).
+template <class Value>
+void paint(Plane& p, const Value& value) {
+  overPixels(p, [&](int x, int y) { at(p, x, y) = value(x, y); });
+}
+
 template <class Image>
 int channelsOf(const Image&) {
   return Image::kPixelBytes / static_cast<int>(sizeof(float));
