@@ -18,8 +18,8 @@
 #include "tests/support/heap.h"
 #include "vxenhlib/band_sums.h"
 #include "vxenhlib/block_matcher.h"
+#include "vxenhlib/filtered_stacks.h"
 #include "vxenhlib/noise_filter_record.h"
-#include "vxenhlib/stack_filter.h"
 
 namespace {
 
@@ -153,9 +153,10 @@ void blockParts(benchmark::State& state) {
   BlockMatcher matcher;
   StackSelection selection;
   StackFilter stackFilter(shape);
+  FilteredStacks stacks;
   BandSums sums;
   if (!matcher.reserve({g.blockSize, g.blockSize, g.searchSize, g.searchSize}) ||
-      !selection.reserve(g.searchSize) || !stackFilter.reserve() ||
+      !selection.reserve(g.searchSize) || !stackFilter.reserve() || !stacks.reserve(shape, 1) ||
       !sums.reserve(1, kSize, 0, kSize))
     return state.SkipWithError("no memory");
 
@@ -178,18 +179,19 @@ void blockParts(benchmark::State& state) {
             count = selection.select(costs, u, v, x, y, g.stackLimit, 1, 1, settings.matchThreshold,
                                      matches);
           });
-          const float* filtered = nullptr;
+          FilteredStacks::Stack& filtered = stacks.replaceOldest(matches, stackDepth(count));
           stack.time([&] {
-            stackFilter.weigh(guide, nullptr, matches, count, settings.settings);
-            filtered = stackFilter.filter(guide, matches, true);
+            stackFilter.weigh(guide, nullptr, matches, filtered.depth, settings.settings,
+                              filtered.blockWeight);
+            stackFilter.filter(guide, matches, true, filtered.blockWeight, filtered.blocks);
           });
           aggregation.time([&] {
-            sums.add(1, matches, stackFilter.depth(), stackFilter.blockWeight(), 0, g.blockSize,
-                     g.blockSize, g.blockSize);
-            sums.add(0, matches, stackFilter.depth(), filtered, shape.sliceFloats,
+            sums.add(1, matches, filtered.depth, filtered.blockWeight, 0, g.blockSize, g.blockSize,
+                     g.blockSize);
+            sums.add(0, matches, filtered.depth, filtered.blocks, shape.sliceFloats,
                      shape.blockRowFloats, g.blockSize, g.blockSize);
           });
-          depths += stackFilter.depth();
+          depths += filtered.depth;
           blocks += 1.0;
         }
       }

@@ -33,7 +33,8 @@ inline constexpr std::string_view kImages[] = {
     "far",        "packed",    "guide",  "column", "fraction", "hue",     "lightness",
     "saturation", "candidate", "target", "best",   "srcU",     "srcV",    "dstU",
     "dstV",       "blur",      "base",   "sign",   "size",     "columns", "coefficients",
-    "y",          "cb",        "cr",     "sumR",   "sumG",     "sumB",    "rgb"};
+    "y",          "cb",        "cr",     "sumR",   "sumG",     "sumB",    "u",
+    "v",          "rgb"};
 /// Short lists: constants per channel, curves, kernels, results.
 inline constexpr std::string_view kLists[] = {
     "value",  "level",  "values", "levels",  "kernel", "sum",  "mean",  "min",    "max",   "indexX",

@@ -20,6 +20,7 @@ struct CNLImDnCn::Context {
   BandSums& sums;
   StackSelection selection;
   StackFilter filter;
+  FilteredStacks stacks;
   StackMatches matches{};
 
   Context(BandSums& s, const StackShape& shape) : sums(s), filter(shape) {}
@@ -125,7 +126,9 @@ void* CNLImDnCn::createContext(const Band& band) {
   BandSums& sums = sums_[band.index];
   if (!sums.reserve(planeCount, outPlanes[0]->roiWidth, band.top, band.bottom)) return nullptr;
   auto context = std::make_unique<Context>(sums, shape_);
-  if (!context->filter.reserve() || !context->selection.reserve(searchHeight)) return nullptr;
+  if (!context->filter.reserve() || !context->selection.reserve(searchHeight) ||
+      !context->stacks.reserve(shape_, planeCount))
+    return nullptr;
   return context.release();
 }
 
@@ -137,23 +140,30 @@ int CNLImDnCn::TFdoABlock(void* context, int x, int y, int tileX, int tileY, flo
   const int count =
       c.selection.select(PlaneView(costMap), x - tileX, y - tileY, tileX, tileY, shape_.stackLimit,
                          exclusionX, exclusionY, matchThreshold, c.matches);
-  const PlaneView from(*source);
-  if (pilot != nullptr) {
-    const PlaneView guide(*pilot);
-    c.filter.weigh(from, &guide, c.matches, count, settings);
-  } else {
-    c.filter.weigh(from, nullptr, c.matches, count, settings);
+  const int depth = stackDepth(count);
+  const FilteredStacks::Stack* stack = c.stacks.find(c.matches, depth);
+  if (stack == nullptr) {
+    FilteredStacks::Stack& fresh = c.stacks.replaceOldest(c.matches, depth);
+    filterStack(c, fresh);
+    stack = &fresh;
   }
-  const int depth = c.filter.depth();
-  c.sums.add(planeCount, c.matches, depth, c.filter.blockWeight(), 0, blockWidth, blockWidth,
+  c.sums.add(planeCount, c.matches, depth, stack->blockWeight, 0, blockWidth, blockWidth,
              blockHeight);
+  for (int p = 0; p < planeCount; ++p)
+    c.sums.add(p, c.matches, depth, stack->blocks + std::ptrdiff_t{p} * shape_.stackFloats,
+               shape_.sliceFloats, shape_.blockRowFloats, blockWidth, blockHeight);
+  return kVxrcOk;
+}
+
+void CNLImDnCn::filterStack(Context& c, FilteredStacks::Stack& stack) {
+  const PlaneView guide = pilot != nullptr ? PlaneView(*pilot) : PlaneView();
+  c.filter.weigh(PlaneView(*source), pilot != nullptr ? &guide : nullptr, stack.matches,
+                 stack.depth, settings, stack.blockWeight);
   for (int p = 0; p < planeCount; ++p) {
     const bool fromSource = p == 0 && pilot == nullptr && inPlanes[0] == source;
-    const float* blocks = c.filter.filter(PlaneView(*inPlanes[p]), c.matches, fromSource);
-    c.sums.add(p, c.matches, depth, blocks, shape_.sliceFloats, shape_.blockRowFloats, blockWidth,
-               blockHeight);
+    c.filter.filter(PlaneView(*inPlanes[p]), stack.matches, fromSource, stack.blockWeight,
+                    stack.blocks + std::ptrdiff_t{p} * shape_.stackFloats);
   }
-  return kVxrcOk;
 }
 
 }  // namespace vx

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "vxenhlib/band_sums.h"
+#include "vxenhlib/filtered_stacks.h"
 #include "vxenhlib/nl_base.h"
-#include "vxenhlib/stack_filter.h"
 #include "vxenhlib/stack_selection.h"
 
 namespace vx {
@@ -63,6 +63,7 @@ class CNLImDnCn : public CNLBase {
  private:
   struct Context;
 
+  void filterStack(Context& context, FilteredStacks::Stack& stack);
   void joinBands();
   void joinRow(int y);
 

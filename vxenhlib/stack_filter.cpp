@@ -57,8 +57,7 @@ bool StackFilter::reserve() {
   const auto floats = static_cast<std::size_t>(shape_.stackFloats);
   const auto block =
       static_cast<std::size_t>(shape_.blockWidth) * static_cast<std::size_t>(shape_.blockHeight);
-  return stack_.reserve(floats) && weights_.reserve(floats / 2) && blockWeight_.reserve(block) &&
-         difference_.reserve(block);
+  return stack_.reserve(floats) && weights_.reserve(floats / 2) && difference_.reserve(block);
 }
 
 void StackFilter::load(const PlaneView& plane, const StackMatches& matches) {
@@ -86,8 +85,9 @@ float StackFilter::meanDifference(const PlaneView& a, int ax, int ay, const Plan
 }
 
 void StackFilter::weigh(const PlaneView& source, const PlaneView* pilot,
-                        const StackMatches& matches, int count, const StackSettings& settings) {
-  depth_ = stackDepth(count);
+                        const StackMatches& matches, int depth, const StackSettings& settings,
+                        float* blockWeight) {
+  depth_ = depth;
   coefficients_ = shape_.sliceFloats * depth_ / 2;
   load(pilot != nullptr ? *pilot : source, matches);
 
@@ -114,7 +114,7 @@ void StackFilter::weigh(const PlaneView& source, const PlaneView* pilot,
   const float share = static_cast<float>(static_cast<double>(depth_) / (sum + 1.0));
   const int samples = shape_.blockWidth * shape_.blockHeight;
   for (int i = 0; i < samples; ++i)
-    blockWeight_.data()[i] = shape_.window[static_cast<std::size_t>(i)] * share;
+    blockWeight[i] = shape_.window[static_cast<std::size_t>(i)] * share;
 }
 
 // A threshold of 0 (a profile without noise) makes infinities, and NaN where the coefficient is 0
@@ -139,8 +139,8 @@ void StackFilter::formWeights(bool wiener, float threshold, const StackSettings&
   prim::primvThreshold_LT_32f_I(weights, n, settings.floorWeight);
 }
 
-const float* StackFilter::filter(const PlaneView& plane, const StackMatches& matches,
-                                 bool fromSource) {
+void StackFilter::filter(const PlaneView& plane, const StackMatches& matches, bool fromSource,
+                         const float* blockWeight, float* blocks) {
   const FftPlan& plan = shape_.plan(depth_);
   if (!fromSource) {
     load(plane, matches);
@@ -150,17 +150,18 @@ const float* StackFilter::filter(const PlaneView& plane, const StackMatches& mat
   plan.inverse(stack_.data());
   const float scale = 1.0f / static_cast<float>(shape_.blockHeight * shape_.blockWidth * depth_);
   withBlockWidth(shape_.blockWidth, [&](const auto width) {
-    float* row = stack_.data();
+    const float* row = stack_.data();
+    float* out = blocks;
     for (int k = 0; k < depth_; ++k) {
-      const float* weight = blockWeight_.data();
+      const float* weight = blockWeight;
       for (int y = 0; y < shape_.blockHeight; ++y) {
-        for (int x = 0; x < width; ++x) row[x] = row[x] * scale * weight[x];
+        for (int x = 0; x < width; ++x) out[x] = row[x] * scale * weight[x];
         row += shape_.blockRowFloats;
+        out += shape_.blockRowFloats;
         weight += width;
       }
     }
   });
-  return stack_.data();
 }
 
 }  // namespace vx

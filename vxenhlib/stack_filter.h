@@ -68,20 +68,21 @@ class StackFilter {
   /// t), from floorWeight to 1, where t is the magnitude that noise of the local sigma reaches,
   /// times the strength. With a pilot, of magnitude P, it gets the Wiener weight P^2 / (P^2 + t^2).
   /// The local sigma is what source and match 1 (or source and pilot) differ by, at most the noise.
+  ///
+  /// @param depth        of stackDepth()
+  /// @param blockWeight  the window times depth / (sum of the weights + 1), rows blockWidth apart:
+  /// a
+  ///   cleanly filtered stack counts for more
   void weigh(const PlaneView& source, const PlaneView* pilot, const StackMatches& matches,
-             int count, const StackSettings& settings);
-
-  /// Blocks in the stack of the last weigh().
-  int depth() const { return depth_; }
-  /// The window times depth / (sum of the weights + 1): a cleanly filtered stack counts for more.
-  const float* blockWeight() const { return blockWeight_.data(); }
+             int depth, const StackSettings& settings, float* blockWeight);
 
   /// Applies the weights to the stack of a plane at the same matches.
   ///
   /// @param fromSource  the plane is the `source` of the weigh() just before, which had no pilot:
   ///   its spectrum is still there
-  /// @return the filtered blocks times blockWeight(), sliceFloats and blockRowFloats apart
-  const float* filter(const PlaneView& plane, const StackMatches& matches, bool fromSource);
+  /// @param blocks  the filtered blocks times blockWeight, sliceFloats and blockRowFloats apart
+  void filter(const PlaneView& plane, const StackMatches& matches, bool fromSource,
+              const float* blockWeight, float* blocks);
 
  private:
   void load(const PlaneView& plane, const StackMatches& matches);
@@ -93,7 +94,6 @@ class StackFilter {
   int coefficients_ = 0;
   FftBuffer stack_;
   AlignedArray<float> weights_;
-  AlignedArray<float> blockWeight_;  // rows blockWidth apart
   AlignedArray<float> difference_;
 };
 

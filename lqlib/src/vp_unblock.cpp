@@ -32,8 +32,9 @@ void unblock(const UnblockPixels& pixels, UnblockPlan& plan) {
   readUnblockSource(pixels, source);
   const int threads = omp_get_max_threads();
   const int strips = stripCount(pixels, threads);
+  // One for each thread of the team, since any of them may take the few strips of a low picture.
   std::deque<UnblockStrip> workers;
-  for (int i = 0; i < std::min(threads, strips); ++i) workers.emplace_back(plan, source, pixels);
+  for (int i = 0; i < (strips == 1 ? 1 : threads); ++i) workers.emplace_back(plan, source, pixels);
   // Takes the last memory; what follows cannot fail and may write.
   markFailingTrips(plan, source, workers);
   const auto edge = [&](int strip) {

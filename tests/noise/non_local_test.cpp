@@ -19,46 +19,37 @@ constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
 TEST(NonLocal, costsAreSumsOfSquaredDifferences) {
   const prim::FloatModeGuard floatMode;
   for (const auto& [block, search] : {std::pair(8, 32), {12, 48}, {16, 64}, {5, 21}}) {
-    Plane first(search + 25, search + 14), second(first.width, first.height);
-    fillUnits(first, 1, 1.0f / 64.0f, 0.3f, 0.2f);
-    fillUnits(second, 2, 1.0f / 64.0f, 0.1f, 0.3f);
-    const std::vector<const Plane*> guides = {&first, &second};
-    Plane squares[2] = {{first.width, first.height}, {first.width, first.height}};
-    for (int p = 0; p < 2; ++p) {
-      for (int y = 0; y < first.height; ++y)
-        for (int x = 0; x < first.width; ++x)
-          at(squares[p], x, y) = at(*guides[static_cast<std::size_t>(p)], x, y) *
-                                 at(*guides[static_cast<std::size_t>(p)], x, y);
-      integrate(PlaneView(squares[p]));
-    }
+    const int w = search + 25, h = search + 14;
+    Plane guide[2] = {{w, h}, {w, h}}, sums[2] = {{w, h}, {w, h}};
     const FftPlan plan(search, search);
     BlockMatcher matcher[2];
-    ASSERT_TRUE(matcher[0].reserve({block, block, search, search}));
-    ASSERT_TRUE(matcher[1].reserve({block, block, search, search}));
-    // The last tiles are cut by the plane.
-    for (const Tile& tile : {Tile{0, 0, search, search}, {25, 14, search, search}, {7, 5, 20, 19}})
-      for (const int at : {0, 3}) {
-        const int x = tile.x + at, y = tile.y + 2 * at;
+    for (unsigned p = 0; p < 2; ++p) {
+      fillUnits(guide[p], p, 1.0f / 64.0f, 0.3f, 0.2f);
+      paint(sums[p], [&](int x, int y) { return at(guide[p], x, y) * at(guide[p], x, y); });
+      integrate(PlaneView(sums[p]));
+      ASSERT_TRUE(matcher[p].reserve({block, block, search, search}));
+    }
+    // The last tile is cut by the plane; its blocks were asked for in the first one too.
+    for (const Tile& tile : {Tile{0, 0, search, search}, {25, 14, search, search}, {2, 1, 20, 19}})
+      for (const auto& [dx, dy] : {std::pair(2, 1), {3, 6}, {3, 7}, {4, 6}, {4, 7}}) {
+        const int x = std::max(tile.x, 2) + dx - 2, y = std::max(tile.y, 1) + dy - 1;
         Plane costs(tile.width - block + 1, tile.height - block + 1);
         // Rounding of a transform of n samples is some log2(n) units of the norms' product.
-        double norms = 0.0, energy = 0.0, wantedEnergy = 0.0;
+        double norms = 0.0, energy = 0.0, wantedEnergy = 0.0, worst = 0.0;
         for (int p = 0; p < 2; ++p) {
-          const Plane& guide = *guides[static_cast<std::size_t>(p)];
-          matcher[p].setTile(plan, PlaneView(guide), PlaneView(squares[p]), tile);
-          energy += matcher[p].addCosts(plan, PlaneView(guide), PlaneView(squares[p]), x, y, p == 0,
-                                        PlaneView(costs));
-          const double own = boxSum(PlaneView(squares[p]), x, y, block, block);
+          const PlaneView plane(guide[p]), integral(sums[p]);
+          matcher[p].setTile(plan, plane, integral, tile);
+          energy += matcher[p].addCosts(plan, plane, integral, x, y, p == 0, PlaneView(costs));
+          const double own = boxSum(integral, x, y, block, block);
           wantedEnergy += own;
-          norms += std::sqrt(
-              own * boxSum(PlaneView(squares[p]), tile.x, tile.y, tile.width, tile.height));
+          norms += std::sqrt(own * boxSum(integral, tile.x, tile.y, tile.width, tile.height));
         }
-        const double bound = 0x1p-24 * std::log2(search * search) * norms;
-        double worst = 0.0;
         for (int v = 0; v < costs.height; ++v)
           for (int u = 0; u < costs.width; ++u)
-            raise(worst, std::abs(vx::test::at(costs, u, v) -
-                                  blockDistance(guides, x, y, tile.x + u, tile.y + v, block)));
-        EXPECT_LT(worst, bound) << block << ", tile at " << tile.x << ", block at " << at;
+            raise(worst, std::abs(at(costs, u, v) - blockDistance({&guide[0], &guide[1]}, x, y,
+                                                                  tile.x + u, tile.y + v, block)));
+        EXPECT_LT(worst, 0x1p-24 * std::log2(search * search) * norms)
+            << block << ", tile at " << tile.x << ", block at " << x << ", " << y;
         EXPECT_EQ(energy, wantedEnergy);
       }
   }
@@ -68,15 +59,13 @@ TEST(NonLocal, costsAreSumsOfSquaredDifferences) {
 TEST(NonLocal, integralImagesKeepTheirOrder) {
   Plane plane(37, 29), wanted(37, 29);
   fill(plane, 3);
-  copyImage(plane, wanted);
-  for (int y = 0; y < 29; ++y)
-    for (int x = 0; x < 37; ++x) {
-      volatile float sum = 0.0f;
-      if (x > 0) sum = at(wanted, x - 1, y);
-      if (y > 0) sum = sum + at(wanted, x, y - 1);
-      if (x > 0 && y > 0) sum = sum - at(wanted, x - 1, y - 1);
-      at(wanted, x, y) = at(wanted, x, y) + sum;
-    }
+  paint(wanted, [&](int x, int y) {
+    volatile float sum = 0.0f;
+    if (x > 0) sum = at(wanted, x - 1, y);
+    if (y > 0) sum = sum + at(wanted, x, y - 1);
+    if (x > 0 && y > 0) sum = sum - at(wanted, x - 1, y - 1);
+    return at(plane, x, y) + sum;
+  });
   integrate(PlaneView(plane));
   EXPECT_TRUE(sameBits(wanted, plane));
 }
@@ -90,27 +79,24 @@ TEST(NonLocal, selectionTakesTheFirstSmallestEachTime) {
   for (int turn = 0; turn < 4000; ++turn) {
     const bool small = turn % 2 == 0;
     Plane costs(1 + below(small ? 6 : 57), 1 + below(small ? 6 : 57));
-    const int levels = 1 + below(60), odd = below(4);
-    for (int y = 0; y < costs.height; ++y)
-      for (int x = 0; x < costs.width; ++x)
-        at(costs, x, y) = odd == 1 && below(3) == 0   ? kInfinity
-                          : odd == 2 && below(2) == 0 ? kNan
-                                                      : static_cast<float>(below(levels) - 2);
-    if (turn % 50 == 0)
-      for (int y = 0; y < costs.height; ++y)
-        std::fill_n(costs.row(y), costs.width, turn % 100 == 0 ? kNan : kInfinity);
+    const int levels = 1 + below(60), odd = below(4), all = turn % 50;
+    paint(costs, [&](int, int) {
+      if (all < 2) return all == 0 ? kNan : kInfinity;
+      if (odd == 1 && below(3) == 0) return kInfinity;
+      if (odd == 2 && below(2) == 0) return kNan;
+      return static_cast<float>(below(levels) - 2);
+    });
     Plane map(costs.width, costs.height);
     copyImage(costs, map);
     const int u = below(costs.width), v = below(costs.height), limit = 1 + below(16);
     const int exclusionX = below(4), exclusionY = below(4);
     const float thresholds[] = {0.0f, 3.0f, 1e6f, kInfinity, kNan};
     const float threshold = thresholds[below(5)];
-
     const auto blank = [&](int cx, int cy) {
-      for (int y = 0; y < map.height; ++y)
-        for (int x = 0; x < map.width; ++x)
-          if (std::abs(x - cx) <= exclusionX && std::abs(y - cy) <= exclusionY)
-            at(map, x, y) = 1e20f;
+      paint(map, [&](int x, int y) {
+        const bool near = std::abs(x - cx) <= exclusionX && std::abs(y - cy) <= exclusionY;
+        return near ? 1e20f : at(map, x, y);
+      });
     };
     StackMatches wanted{}, found{};
     wanted.x[0] = wanted.x[1] = 100 + u;
@@ -157,19 +143,14 @@ struct PassCheck {
   double run(bool withPilot, std::vector<int>& stacks) {
     filter.clearImages();
     filter.setFilterParams(0.01f, 1.2f, 3.0f, 0.022f, 1.3f, 0.01f, 1.5f, 1);
-    const NonLocalCase c = {filter.blockWidth,     filter.stepX,   filter.searchWidth, 8, 1,
-                            filter.matchThreshold, filter.settings};
+    Plane* const steering = withPilot ? &pilot : nullptr;
     GIMG<float>* const guides[] = {withPilot ? &pilot : &source, &guide};
     GIMG<float>* const in[] = {&source, &other};
     GIMG<float>* const outs[] = {&out[0], &out[1]};
     const int guideCount = withPilot ? 1 : 2;
-    EXPECT_EQ(
-        filter.filterPlanes(guideCount, guides, &source, withPilot ? &pilot : nullptr, 2, in, outs),
-        kVxrcOk);
-    std::vector<const Plane*> searched(guideCount == 1 ? 1 : 2, &guide);
-    searched[0] = guides[0] == &pilot ? &pilot : &source;
-    const NonLocalResult wanted =
-        referencePass(c, searched, source, withPilot ? &pilot : nullptr, {&source, &other});
+    EXPECT_EQ(filter.filterPlanes(guideCount, guides, &source, steering, 2, in, outs), kVxrcOk);
+    const NonLocalResult wanted = referencePass(filter, 8, {guides, guides + guideCount}, source,
+                                                steering, {&source, &other});
     EXPECT_GE(wanted.narrowest, 0x1p-22) << "two blocks as good as each other: take another seed";
     stacks = wanted.stacks;
     double worst = 0.0;
@@ -207,16 +188,9 @@ TEST(NonLocal, planesOfAnySizeAreFilteredAsFarAsTheyGo) {
   const prim::FloatModeGuard floatMode;
   CNLImDnCn filter(8, 2, 8, 32);
   filter.stepX = filter.stepY = 4;
-  for (const auto& [w, h] : {std::pair(1, 1),
-                             {7, 40},
-                             {40, 7},
-                             {8, 8},
-                             {9, 31},
-                             {45, 13},
-                             {31, 33},
-                             {32, 32},
-                             {33, 32},
-                             {25, 19}}) {
+  constexpr int kSizes[][2] = {{1, 1},   {7, 40},  {40, 7},  {8, 8},   {9, 31},
+                               {45, 13}, {31, 33}, {32, 32}, {33, 32}, {25, 19}};
+  for (const auto& [w, h] : kSizes) {
     PassCheck check(filter, w, h, 40);
     std::vector<int> stacks;
     EXPECT_LT(check.run(false, stacks), kPassBound) << w << "x" << h;
@@ -227,22 +201,17 @@ TEST(NonLocal, planesOfAnySizeAreFilteredAsFarAsTheyGo) {
 TEST(NonLocal, wrongArgumentsTouchNothing) {
   CNLImDnCn filter(8, 2, 8, 32);
   Plane a(40, 40), b(40, 39), out(40, 40), before(40, 40);
-  fill(a, 1);
-  fill(b, 2);
   fill(out, 3);
   copyImage(out, before);
-  GIMG<float>* const many[13] = {&a, &a, &a, &a, &a, &a, &a, &a, &a, &a, &a, &a, &a};
-  GIMG<float>* const outs[13] = {&out, &out, &out, &out, &out, &out, &out,
-                                 &out, &out, &out, &out, &out, &out};
-  GIMG<float>* const odd[] = {&a, &b};
-  for (const int guides : {0, 4})
-    EXPECT_EQ(filter.filterPlanes(guides, many, &a, nullptr, 1, many, outs), 4);
-  for (const int planes : {0, 13})
-    EXPECT_EQ(filter.filterPlanes(1, many, &a, nullptr, planes, many, outs), 4);
-  EXPECT_EQ(filter.filterPlanes(1, many, &b, nullptr, 1, many, outs), 2);
-  EXPECT_EQ(filter.filterPlanes(1, many, &a, &b, 1, many, outs), 2);
-  EXPECT_EQ(filter.filterPlanes(2, odd, &a, nullptr, 1, many, outs), 2);
-  EXPECT_EQ(filter.filterPlanes(1, many, &a, nullptr, 2, odd, outs), 2);
+  GIMG<float>*same[13], *outs[13], *const odd[] = {&a, &b};
+  std::fill_n(same, 13, &a);
+  std::fill_n(outs, 13, &out);
+  for (const auto& [guides, planes] : {std::pair(0, 1), {4, 1}, {1, 0}, {1, 13}})
+    EXPECT_EQ(filter.filterPlanes(guides, same, &a, nullptr, planes, same, outs), 4);
+  EXPECT_EQ(filter.filterPlanes(1, same, &b, nullptr, 1, same, outs), 2);
+  EXPECT_EQ(filter.filterPlanes(1, same, &a, &b, 1, same, outs), 2);
+  EXPECT_EQ(filter.filterPlanes(2, odd, &a, nullptr, 1, same, outs), 2);
+  EXPECT_EQ(filter.filterPlanes(1, same, &a, nullptr, 2, odd, outs), 2);
   EXPECT_TRUE(sameBits(before, out));
 
   // The threshold of the match is the stricter one while a pilot is remembered.

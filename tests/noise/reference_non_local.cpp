@@ -8,232 +8,188 @@ namespace vx::test {
 namespace {
 
 using Complex = std::complex<double>;
+using Spectrum = std::vector<Complex>;
 
 struct Position {
   int x, y;
 };
+using Stack = std::vector<Position>;
 
-// `count` runs of `length` elements `stride` apart, each replaced by its discrete transform.
-void transformAxis(std::vector<Complex>& data, int length, int stride, double sign) {
-  std::vector<Complex> roots, run(static_cast<std::size_t>(length));
+std::size_t index(int i) { return static_cast<std::size_t>(i); }
+
+// Runs of `length` elements `stride` apart, each replaced by its discrete transform.
+void transformAxis(Spectrum& data, int length, int stride, double sign) {
+  Spectrum roots, run(index(length));
   for (int k = 0; k < length; ++k)
     roots.push_back(std::polar(1.0, sign * 2.0 * std::numbers::pi * k / length));
-  const int total = static_cast<int>(data.size());
-  for (int start = 0; start < total; ++start) {
+  for (int start = 0; start < static_cast<int>(data.size()); ++start) {
     if (start / stride % length != 0) continue;
     for (int k = 0; k < length; ++k) {
-      Complex& sum = run[static_cast<std::size_t>(k)] = 0.0;
+      run[index(k)] = 0.0;
       for (int i = 0; i < length; ++i)
-        sum += data[static_cast<std::size_t>(start + i * stride)] *
-               roots[static_cast<std::size_t>(i * k % length)];
+        run[index(k)] += data[index(start + i * stride)] * roots[index(i * k % length)];
     }
-    for (int k = 0; k < length; ++k)
-      data[static_cast<std::size_t>(start + k * stride)] = run[static_cast<std::size_t>(k)];
+    for (int k = 0; k < length; ++k) data[index(start + k * stride)] = run[index(k)];
   }
 }
 
-class Pass {
- public:
-  Pass(const NonLocalCase& c, const std::vector<const Plane*>& guides, const Plane& source,
-       const Plane* pilot, const std::vector<const Plane*>& in)
-      : c_(c),
-        guides_(guides),
-        source_(source),
-        pilot_(pilot),
-        in_(in),
-        width_(source.width),
-        height_(source.height) {
-    const std::size_t pixels = static_cast<std::size_t>(width_) * static_cast<std::size_t>(height_);
-    weights_.assign(pixels, 1e-10);
-    result_.stacks.assign(17, 0);
-    for (const Plane* plane : in) {
-      result_.planes.emplace_back();
-      for (int y = 0; y < height_; ++y)
-        for (int x = 0; x < width_; ++x) result_.planes.back().push_back(1e-10 * at(*plane, x, y));
-    }
-  }
+struct Pass {
+  const CNLImDnCn& filter;
+  std::size_t stackLimit;
+  const Planes& guides;
+  const Plane& source;
+  const Plane* pilot;
+  const Planes& in;
+  int b = filter.blockWidth;
+  int searchedX = std::min(filter.searchWidth, source.width);
+  int searchedY = std::min(filter.searchWidth, source.height);
+  NonLocalResult result{{}, std::vector<int>(17), 1e20};
 
+  // Plane in.size() is that of the weights.
   NonLocalResult run() {
-    const int b = c_.blockSize;
-    const int margin = (c_.searchSize - b - c_.step) / 2;
-    for (int y = 0; y < height_ - c_.step + 1; y += 2 * c_.step)
-      for (int x = 0; x < width_ - 2 * c_.step + 1; x += c_.step)
-        for (int block = 0; block < 4; ++block) {
-          if (width_ < b || height_ < b) continue;
-          const Position tile = {
-              std::max(0, std::min(x - margin, width_ - std::min(c_.searchSize, width_))),
-              std::max(0, std::min(y - margin, height_ - std::min(c_.searchSize, height_)))};
-          filterBlock({std::min(x + block % 2 * c_.step, width_ - b),
-                       std::min(y + block / 2 * c_.step, height_ - b)},
-                      tile);
-        }
-    for (auto& plane : result_.planes)
-      for (std::size_t i = 0; i < plane.size(); ++i) plane[i] /= weights_[i];
-    return result_;
+    const int step = filter.stepX, w = source.width, h = source.height;
+    for (std::size_t p = 0; p <= in.size(); ++p)
+      for (int i = 0; i < w * h; ++i) {
+        if (i == 0) result.planes.emplace_back();
+        result.planes[p].push_back(1e-10 * (p < in.size() ? at(*in[p], i % w, i / w) : 1.0f));
+      }
+    const int margin = (filter.searchWidth - b - step) / 2;
+    for (int y = 0; y < h - step + 1 && h >= b && w >= b; y += 2 * step)
+      for (int x = 0; x < w - 2 * step + 1; x += step)
+        for (int block = 0; block < 4; ++block)
+          filterBlock(
+              {std::min(x + block % 2 * step, w - b), std::min(y + block / 2 * step, h - b)},
+              {std::max(0, std::min(x - margin, w - searchedX)),
+               std::max(0, std::min(y - margin, h - searchedY))});
+    const std::vector<double> weights = result.planes.back();
+    result.planes.pop_back();
+    for (auto& plane : result.planes)
+      for (std::size_t i = 0; i < plane.size(); ++i) plane[i] /= weights[i];
+    return result;
   }
 
- private:
-  std::vector<Position> choose(Position own, Position tile, Position& second) {
-    const int b = c_.blockSize;
-    const int across = std::min(c_.searchSize, width_) - b + 1;
-    const int down = std::min(c_.searchSize, height_) - b + 1;
-    const auto near = [&](Position p, int x, int y) {
-      return std::abs(x - p.x) <= c_.exclusion && std::abs(y - p.y) <= c_.exclusion;
-    };
-    std::vector<Position> taken = {own}, blanked = {own};
-    while (static_cast<int>(taken.size()) < c_.stackLimit) {
+  // The last one of the list was refused, if the list is longer than the stack.
+  Stack choose(Position own, Position tile, std::size_t& count) {
+    Stack taken = {own};
+    for (count = 1; taken.size() < stackLimit; ++count) {
       double best = 1e20, rival = 1e20;
-      Position at = tile;  // the first position, where all are blanked
-      for (int y = tile.y; y < tile.y + down; ++y)
-        for (int x = tile.x; x < tile.x + across; ++x) {
-          if (std::any_of(blanked.begin(), blanked.end(),
-                          [&](Position p) { return near(p, x, y); }))
+      Position found = tile;  // the first position, where all are blanked
+      for (int y = tile.y; y <= tile.y + searchedY - b; ++y)
+        for (int x = tile.x; x <= tile.x + searchedX - b; ++x) {
+          if (std::any_of(taken.begin(), taken.end(), [&](Position p) {
+                return std::abs(x - p.x) <= filter.exclusionX &&
+                       std::abs(y - p.y) <= filter.exclusionY;
+              }))
             continue;
-          const double cost = blockDistance(guides_, own.x, own.y, x, y, b);
+          const double cost = blockDistance(guides, own.x, own.y, x, y, b);
           rival = std::min(rival, std::max(cost, best));
-          if (cost < best) {
-            best = cost;
-            at = {x, y};
-          }
+          if (cost < best) found = {x, y};
+          best = std::min(best, cost);
         }
-      if (taken.size() == 1) second = at;
+      taken.push_back(found);
+      const bool refused = best > filter.matchThreshold;
       if (best < 1e20) {
-        result_.narrowest = std::min(result_.narrowest, std::abs(best - c_.matchThreshold));
-        if (best <= c_.matchThreshold || taken.size() == 1)
-          result_.narrowest = std::min(result_.narrowest, rival - best);
+        const double margin = std::abs(best - filter.matchThreshold);
+        result.narrowest = std::min(
+            {result.narrowest, margin, refused && taken.size() > 2 ? margin : rival - best});
       }
-      if (best > c_.matchThreshold) break;
-      taken.push_back(at);
-      blanked.push_back(at);
+      if (refused) break;
     }
     return taken;
   }
 
-  std::vector<Complex> spectrum(const Plane& plane, const std::vector<Position>& stack) const {
-    const int b = c_.blockSize;
-    std::vector<Complex> data;
+  Spectrum spectrum(const Plane& plane, const Stack& stack) const {
+    Spectrum data;
     for (const Position& p : stack)
-      for (int y = 0; y < b; ++y)
-        for (int x = 0; x < b; ++x) data.emplace_back(at(plane, p.x + x, p.y + y));
-    transform(data, static_cast<int>(stack.size()), -1.0);
+      for (int i = 0; i < b * b; ++i) data.emplace_back(at(plane, p.x + i % b, p.y + i / b));
+    transform(data, -1.0);
     return data;
   }
 
-  void transform(std::vector<Complex>& data, int depth, double sign) const {
-    const int b = c_.blockSize;
+  void transform(Spectrum& data, double sign) const {
     transformAxis(data, b, 1, sign);
     transformAxis(data, b, b, sign);
-    transformAxis(data, depth, b * b, sign);
+    transformAxis(data, static_cast<int>(data.size()) / (b * b), b * b, sign);
   }
 
-  double meanDifference(const Plane& a, Position pa, const Plane& b, Position pb) const {
+  double meanDifference(Position first, const Plane& other, Position second) const {
     double sum = 0.0;
-    for (int y = 0; y < c_.blockSize; ++y)
-      for (int x = 0; x < c_.blockSize; ++x)
-        sum += std::abs(double{at(a, pa.x + x, pa.y + y)} - double{at(b, pb.x + x, pb.y + y)});
-    return sum / (c_.blockSize * c_.blockSize);
+    for (int i = 0; i < b * b; ++i)
+      sum += std::abs(double{at(source, first.x + i % b, first.y + i / b)} -
+                      double{at(other, second.x + i % b, second.y + i / b)});
+    return sum / (b * b);
   }
 
   void filterBlock(Position own, Position tile) {
-    const int b = c_.blockSize;
-    const StackSettings& s = c_.settings;
-    Position second = own;
-    std::vector<Position> stack = choose(own, tile, second);
-    std::size_t depth = 1;
+    const StackSettings& s = filter.settings;
+    std::size_t count = 1, depth = 1;
+    Stack stack = choose(own, tile, count);
+    const Position second = stack.size() > 1 ? stack[1] : own;
     for (const std::size_t d : {2u, 4u, 8u, 12u, 16u})
-      if (stack.size() >= d) depth = d;
+      if (count >= d) depth = d;
     stack.resize(depth);
-    ++result_.stacks[depth];
+    ++result.stacks[depth];
 
-    const double deviation = pilot_ == nullptr
-                                 ? 0.71 * meanDifference(source_, own, source_, second)
-                                 : meanDifference(source_, own, *pilot_, own);
+    const double deviation = pilot == nullptr ? 0.71 * meanDifference(own, source, second)
+                                              : meanDifference(own, *pilot, own);
     const double sigma = std::min(double{s.noise}, deviation * s.deviationGain + 0.0001);
-    const double samples = static_cast<double>(b * b) * static_cast<double>(depth);
+    const double samples = static_cast<double>(index(b * b) * depth);
     const double t = std::sqrt(samples) * sigma * s.strength;
     std::vector<double> weights;
     double sum = 0.0;
-    for (const Complex& x : spectrum(pilot_ != nullptr ? *pilot_ : source_, stack)) {
+    for (const Complex& x : spectrum(pilot != nullptr ? *pilot : source, stack)) {
       const double p = std::abs(x);
-      const double w = pilot_ == nullptr ? std::min((p - t) / ((s.kneeRatio - 1.0) * t), 1.0)
-                                         : p * p / (p * p + t * t);
-      // The sum runs over the half that a transform of real samples stores.
-      if (static_cast<int>(weights.size()) % b <= b / 2) sum += std::max(w, double{s.floorWeight});
+      const double w = pilot == nullptr ? std::min((p - t) / ((s.kneeRatio - 1.0) * t), 1.0)
+                                        : p * p / (p * p + t * t);
       weights.push_back(std::max(w, double{s.floorWeight}));
+      // The sum runs over the half that a transform of real samples stores.
+      if (static_cast<int>(weights.size() - 1) % b <= b / 2) sum += weights.back();
     }
-    const double share = static_cast<double>(depth) / (sum + 1.0);
-    for (std::size_t p = 0; p <= in_.size(); ++p) {
-      std::vector<Complex> data(weights.size(), 1.0);
-      if (p < in_.size()) {
-        data = spectrum(*in_[p], stack);
+    for (std::size_t p = 0; p <= in.size(); ++p) {
+      Spectrum data(weights.size(), 1.0);
+      if (p < in.size()) {
+        data = spectrum(*in[p], stack);
         for (std::size_t i = 0; i < data.size(); ++i) data[i] *= weights[i] / samples;
-        transform(data, static_cast<int>(depth), 1.0);
+        transform(data, 1.0);
       }
-      std::vector<double>& sums = p < in_.size() ? result_.planes[p] : weights_;
-      for (std::size_t i = 0; i < data.size(); ++i) {
-        const int at = static_cast<int>(i);
-        const int x = at % b, y = at / b % b;
-        const Position& to = stack[static_cast<std::size_t>(at / (b * b))];
-        sums[static_cast<std::size_t>(to.y + y) * static_cast<std::size_t>(width_) +
-             static_cast<std::size_t>(to.x + x)] +=
-            data[i].real() * hamming(x) * hamming(y) * share;
+      for (int i = 0; i < static_cast<int>(data.size()); ++i) {
+        const int x = i % b, y = i / b % b;
+        const Position& to = stack[index(i / (b * b))];
+        result.planes[p][index((to.y + y) * source.width + to.x + x)] +=
+            data[index(i)].real() * hamming(x) * hamming(y) * static_cast<double>(depth) /
+            (sum + 1.0);
       }
     }
   }
 
   double hamming(int i) const {
-    return 0.54 - 0.46 * std::cos(2.0 * std::numbers::pi * i / (c_.blockSize - 1));
+    return 0.54 - 0.46 * std::cos(2.0 * std::numbers::pi * i / (b - 1));
   }
-
-  const NonLocalCase& c_;
-  const std::vector<const Plane*>& guides_;
-  const Plane& source_;
-  const Plane* pilot_;
-  const std::vector<const Plane*>& in_;
-  int width_, height_;
-  std::vector<double> weights_;
-  NonLocalResult result_;
 };
 
 }  // namespace
 
-double blockDistance(const std::vector<const Plane*>& guides, int ax, int ay, int bx, int by,
-                     int blockSize) {
+double blockDistance(const Planes& guides, int ax, int ay, int bx, int by, int blockSize) {
   double sum = 0.0;
   for (const Plane* guide : guides)
     for (int y = 0; y < blockSize; ++y)
-      for (int x = 0; x < blockSize; ++x) {
-        const double d = double{at(*guide, ax + x, ay + y)} - double{at(*guide, bx + x, by + y)};
-        sum += d * d;
-      }
+      for (int x = 0; x < blockSize; ++x)
+        sum += std::pow(double{at(*guide, ax + x, ay + y)} - at(*guide, bx + x, by + y), 2.0);
   return sum;
 }
 
-NonLocalResult referencePass(const NonLocalCase& c, const std::vector<const Plane*>& guides,
-                             const Plane& source, const Plane* pilot,
-                             const std::vector<const Plane*>& in) {
-  return Pass(c, guides, source, pilot, in).run();
+NonLocalResult referencePass(const CNLImDnCn& filter, std::size_t stackLimit, const Planes& guides,
+                             const Plane& source, const Plane* pilot, const Planes& in) {
+  return Pass{filter, stackLimit, guides, source, pilot, in}.run();
 }
 
 void fillUnits(Plane& p, unsigned seed, float unit, float contrast, float sigma) {
   std::mt19937 random(seed);
   std::normal_distribution<float> noise(0.0f, sigma);
-  for (int y = 0; y < p.height; ++y)
-    for (int x = 0; x < p.width; ++x) {
-      const float field = (x / 11 + y / 9) % 2 == 0 ? contrast : -contrast;
-      at(p, x, y) = unit * std::round((field + noise(random)) / unit);
-    }
-}
-
-void raise(double& worst, double difference) {
-  if (!std::isnan(worst) && !(difference <= worst)) worst = difference;
-}
-
-double worstDifference(const Plane& a, const Plane& b) {
-  double worst = 0.0;
-  for (int y = 0; y < a.height; ++y)
-    for (int x = 0; x < a.width; ++x) raise(worst, std::abs(double{at(a, x, y)} - at(b, x, y)));
-  return worst;
+  paint(p, [&](int x, int y) {
+    const float field = (x / 11 + y / 9) % 2 == 0 ? contrast : -contrast;
+    return unit * std::round((field + noise(random)) / unit);
+  });
 }
 
 }  // namespace vx::test

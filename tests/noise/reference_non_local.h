@@ -6,15 +6,11 @@
 #include <vector>
 
 #include "tests/support/images.h"
-#include "vxenhlib/stack_filter.h"
+#include "vxenhlib/nl_im_dn_cn.h"
 
 namespace vx::test {
 
-struct NonLocalCase {
-  int blockSize, step, searchSize, stackLimit, exclusion;
-  double matchThreshold;
-  StackSettings settings;
-};
+using Planes = std::vector<const Plane*>;
 
 struct NonLocalResult {
   std::vector<std::vector<double>> planes;  ///< rows one after the other
@@ -22,21 +18,20 @@ struct NonLocalResult {
   double narrowest = 1e20;  ///< the least difference of costs that a choice depended on
 };
 
-NonLocalResult referencePass(const NonLocalCase& c, const std::vector<const Plane*>& guides,
-                             const Plane& source, const Plane* pilot,
-                             const std::vector<const Plane*>& in);
+/// The pass with the settings and geometry of `filter`, for stacks of at most stackLimit blocks.
+NonLocalResult referencePass(const CNLImDnCn& filter, std::size_t stackLimit, const Planes& guides,
+                             const Plane& source, const Plane* pilot, const Planes& in);
 
 /// Sum of squared differences between the blocks at (ax, ay) and (bx, by), in all guides.
-double blockDistance(const std::vector<const Plane*>& guides, int ax, int ay, int bx, int by,
-                     int blockSize);
+double blockDistance(const Planes& guides, int ax, int ay, int bx, int by, int blockSize);
 
 /// Patches and noise around 0, in whole multiples of `unit`: with small planes their integral
 /// images of squares are exact, so that only the transforms round the costs.
 void fillUnits(Plane& p, unsigned seed, float unit, float contrast, float sigma);
 
 /// The larger one. Unlike with std::max a NaN stays, and then fails every comparison.
-void raise(double& worst, double difference);
-
-double worstDifference(const Plane& a, const Plane& b);
+inline void raise(double& worst, double difference) {
+  if (!std::isnan(worst) && !(difference <= worst)) worst = difference;
+}
 
 }  // namespace vx::test

@@ -13,13 +13,13 @@ namespace vx::test {
 class Heap {
  public:
   explicit Heap(int refused = -1, bool fromThenOn = false) {
+    lives_ = true;
     refused_ = refused;
     stays_ = fromThenOn;
     calls_ = live_ = 0;
     bytes_ = peak_ = 0;
     prim::primMemHooks.allocate = [](std::size_t size) -> void* {
-      const int call = calls_++;
-      if (refused_ >= 0 && (call == refused_ || (stays_ && call > refused_))) return nullptr;
+      if (!admits()) return nullptr;
       auto* block = static_cast<std::size_t*>(std::malloc(size + kHeader));
       if (block == nullptr) return nullptr;
       *block = size;
@@ -35,10 +35,19 @@ class Heap {
       std::free(block);
     };
   }
-  ~Heap() { prim::primMemHooks = saved_; }
+  ~Heap() {
+    prim::primMemHooks = saved_;
+    lives_ = false;
+  }
   Heap(const Heap&) = delete;
   Heap& operator=(const Heap&) = delete;
 
+  /// Counts an allocation; false when it is to be refused. For allocators beside the library's own.
+  static bool admits() {
+    if (!lives_) return true;
+    const int call = calls_++;
+    return refused_ < 0 || (call != refused_ && !(stays_ && call > refused_));
+  }
   static bool refusedOne() { return refused_ >= 0 && calls_ > refused_; }
   static int calls() { return calls_; }
   static int live() { return live_; }
@@ -48,7 +57,7 @@ class Heap {
   static constexpr std::size_t kHeader = 64;
   prim::MemHooks saved_ = prim::primMemHooks;
   static inline int refused_, calls_, live_;
-  static inline bool stays_;
+  static inline bool lives_, stays_;
   static inline std::size_t bytes_, peak_;
 };
 

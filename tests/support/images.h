@@ -22,6 +22,13 @@ using Plane = GIMG<float>;
 inline float& at(Plane& p, int x, int y) { return p.row(y)[x]; }
 inline float at(const Plane& p, int x, int y) { return p.row(y)[x]; }
 
+/// Sets every pixel to value(x, y).
+template <class Value>
+void paint(Plane& p, const Value& value) {
+  for (int y = 0; y < p.height; ++y)
+    for (int x = 0; x < p.width; ++x) at(p, x, y) = value(x, y);
+}
+
 template <class Image>
 int channelsOf(const Image&) {
   return Image::kPixelBytes / static_cast<int>(sizeof(float));

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstddef>
+
+#include "vxenhlib/aligned_array.h"
+#include "vxenhlib/stack_filter.h"
+
+namespace vx {
+
+/// The stacks that one thread of the walk filtered last. A column of blocks is visited from two
+/// tiles, and in photographs six times of ten the second one finds the same blocks alike: what the
+/// filter made of them is the same too.
+class FilteredStacks {
+ public:
+  struct Stack {
+    int depth = 0;  ///< blocks; 0 in a stack that holds nothing yet
+    StackMatches matches;
+    float* blockWeight;  ///< rows blockWidth apart
+    float* blocks;       ///< of all planes, stackFloats apart
+  };
+
+  /// For stacks of `planes` planes; false when memory is short. Forgets all stacks.
+  bool reserve(const StackShape& shape, int planes);
+
+  /// The stack of these blocks, compared with the same second match; null when it is not there.
+  const Stack* find(const StackMatches& matches, int depth) const;
+
+  /// The oldest stack, to be replaced by the one of these blocks.
+  Stack& replaceOldest(const StackMatches& matches, int depth);
+
+ private:
+  // A group of blocks asks for two stacks of the group before it, having replaced two at most.
+  static constexpr int kKept = 4;
+
+  Stack stacks_[kKept];
+  int oldest_ = 0;
+  AlignedArray<float> floats_;
+};
+
+}  // namespace vx
