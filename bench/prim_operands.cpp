@@ -103,6 +103,8 @@ Operands::Plane Operands::shape(const ImageRole& role) const {
     width *= 8;
   } else if (role.name == "rows" || (isDst && entry_.has("16s8u"))) {
     height = 8;
+  } else if (role.name == "rgb") {
+    width *= 3;
   } else if (isDst && entry_.has("Upsample")) {
     width *= 2;
   } else if (role.name == "near" || role.name == "far") {

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "prim/jpeg.h"
+
 namespace vx {
 
 void jpegSampleRow(const std::uint8_t* pixels, int width, bool useYcc, int left, int length,
@@ -10,16 +12,13 @@ void jpegSampleRow(const std::uint8_t* pixels, int width, bool useYcc, int left,
   std::int16_t* c0 = rows[0] + left;
   std::int16_t* c1 = rows[1] + left;
   std::int16_t* c2 = rows[2] + left;
-  for (std::ptrdiff_t x = 0; x < width; ++x) {
-    const int r = pixels[3 * x], g = pixels[3 * x + 1], b = pixels[3 * x + 2];
-    if (useYcc) {
-      c0[x] = static_cast<std::int16_t>((77 * r + 150 * g + 29 * b - 32640) >> 8);
-      c1[x] = static_cast<std::int16_t>((-43 * r - 85 * g + 128 * b + 128) >> 8);
-      c2[x] = static_cast<std::int16_t>((128 * r - 107 * g - 21 * b + 128) >> 8);
-    } else {
-      c0[x] = static_cast<std::int16_t>(r - 128);
-      c1[x] = static_cast<std::int16_t>(g - 128);
-      c2[x] = static_cast<std::int16_t>(b - 128);
+  if (useYcc) {
+    prim::primJpegYcc_8u16s(pixels, c0, c1, c2, width);
+  } else {
+    for (std::ptrdiff_t x = 0; x < width; ++x) {
+      c0[x] = static_cast<std::int16_t>(pixels[3 * x] - 128);
+      c1[x] = static_cast<std::int16_t>(pixels[3 * x + 1] - 128);
+      c2[x] = static_cast<std::int16_t>(pixels[3 * x + 2] - 128);
     }
   }
   for (int c = 0; c < 3; ++c) {

@@ -9,8 +9,7 @@ namespace vx {
 
 /// Converts `width` pixels of three bytes to three rows of samples, `left` samples from their
 /// starts, and repeats the first and the last pixel over the rest of `length` samples. With
-/// `useYcc` Y - 128 = (77 R + 150 G + 29 B - 32640) >> 8, Cb = (-43 R - 85 G + 128 B + 128) >> 8,
-/// Cr = (128 R - 107 G - 21 B + 128) >> 8; without, each channel less 128.
+/// `useYcc` they are those of primJpegYcc_8u16s; without, each channel less 128.
 void jpegSampleRow(const std::uint8_t* pixels, int width, bool useYcc, int left, int length,
                    std::int16_t* const rows[3]) noexcept;
 

@@ -40,6 +40,12 @@ struct JpegQuantiser {
   std::uint16_t scale[64];       ///< 2^(16 - s)
 };
 
+/// Converts pixels of three bytes to samples with the level shift taken away:
+/// y = (77 R + 150 G + 29 B - 32640) >> 8, cb = (-43 R - 85 G + 128 B + 128) >> 8,
+/// cr = (128 R - 107 G - 21 B + 128) >> 8; cb and cr reach +128.
+int primJpegYcc_8u16s(const std::uint8_t* rgb, std::int16_t* y, std::int16_t* cb, std::int16_t* cr,
+                      int length);
+
 /// Vertical transform of eight rows of samples within -128..128: column x of dst is that of the
 /// samples at x.
 ///

@@ -6,7 +6,8 @@ namespace vx {
 /// picture at every place of the 8x8 grid that `shiftStep` allows. Each trip codes the picture with
 /// its edges repeated to 8 more on both axes, and decodes it, exactly as jpegRoundTrip does with a
 /// block of three bytes for each of the larger image's pixels (rows rounded up to 32 bytes) and 128
-/// more; a trip whose stream does not fit counts with the unchanged picture. The mean is truncated.
+/// more, but for its limit of 65535 pixels on an axis; a trip whose stream does not fit counts with
+/// the unchanged picture. The mean is truncated.
 ///
 /// Method: re-application of JPEG at shifted grids (A. Nosratinia, 2001, "Enhancement of JPEG-
 /// compressed images by re-application of JPEG"). Arguments as for vxUnblock; `pixels` may be null

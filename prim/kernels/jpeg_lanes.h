@@ -32,6 +32,10 @@ struct Lanes128 {
   VX_LANES V shiftLeft(V a) {
     return _mm_slli_epi16(a, n);
   }
+  template <int n>
+  VX_LANES V shiftRight(V a) {
+    return _mm_srai_epi16(a, n);
+  }
   VX_LANES V madd(V a, V b) { return _mm_madd_epi16(a, b); }
   VX_LANES V add32(V a, V b) { return _mm_add_epi32(a, b); }
   VX_LANES V sub32(V a, V b) { return _mm_sub_epi32(a, b); }
@@ -104,6 +108,10 @@ struct Lanes256 {
   VX_LANES V shiftLeft(V a) {
     return _mm256_slli_epi16(a, n);
   }
+  template <int n>
+  VX_LANES V shiftRight(V a) {
+    return _mm256_srai_epi16(a, n);
+  }
   VX_LANES V madd(V a, V b) { return _mm256_madd_epi16(a, b); }
   VX_LANES V add32(V a, V b) { return _mm256_add_epi32(a, b); }
   VX_LANES V sub32(V a, V b) { return _mm256_sub_epi32(a, b); }
@@ -168,6 +176,10 @@ struct Lanes512 {
   template <int n>
   VX_LANES V shiftLeft(V a) {
     return _mm512_slli_epi16(a, n);
+  }
+  template <int n>
+  VX_LANES V shiftRight(V a) {
+    return _mm512_srai_epi16(a, n);
   }
   VX_LANES V madd(V a, V b) { return _mm512_madd_epi16(a, b); }
   VX_LANES V add32(V a, V b) { return _mm512_add_epi32(a, b); }

@@ -55,9 +55,85 @@ template <class L>
   put(sumB, b, L::add(luma, L::set(kTop - 220)));
 }
 
+#if defined(__SSSE3__)
+
+// Bytes of channel c that 16 pixels have in the i-th vector of their 48 bytes, in their places.
+struct ChannelMasks {
+  alignas(16) std::uint8_t at[3][3][16];
+};
+constexpr ChannelMasks channelMasks() {
+  ChannelMasks masks{};
+  for (int c = 0; c < 3; ++c)
+    for (int i = 0; i < 3; ++i)
+      for (int pixel = 0; pixel < 16; ++pixel) {
+        const int byte = 3 * pixel + c;
+        masks.at[c][i][pixel] = static_cast<std::uint8_t>(byte / 16 == i ? byte % 16 : 0x80);
+      }
+  return masks;
+}
+constexpr ChannelMasks kChannelMasks = channelMasks();
+
+// Every product and sum may wrap: what the formulas give before their shift fits 16 bits, but for
+// pure blue and red, where half of it and half of the rounding do.
+template <class L>
+[[gnu::always_inline]] inline void storeYcc(typename L::V r, typename L::V g, typename L::V b,
+                                            std::int16_t* y, std::int16_t* cb, std::int16_t* cr) {
+  const auto sum = [&](int red, int green, int blue) __attribute__((always_inline)) {
+    return L::add(L::add(L::mulLow(r, L::set(red)), L::mulLow(g, L::set(green))),
+                  L::mulLow(b, L::set(blue)));
+  };
+  const auto rounded = [](typename L::V v) __attribute__((always_inline)) {
+    return L::template shiftRight<7>(L::add(L::template shiftRight<1>(v), L::set(64)));
+  };
+  L::store(y, L::template shiftRight<8>(L::sub(sum(77, 150, 29), L::set(32640))));
+  L::store(cb, rounded(sum(-43, -85, 128)));
+  L::store(cr, rounded(sum(128, -107, -21)));
+}
+
+inline void convert16(const std::uint8_t* rgb, std::int16_t* y, std::int16_t* cb,
+                      std::int16_t* cr) {
+  __m128i in[3], channel[3];
+  for (int i = 0; i < 3; ++i) in[i] = Lanes128::load(rgb + 16 * i);
+  for (int c = 0; c < 3; ++c) {
+    const auto part = [&](int i) __attribute__((always_inline)) {
+      return _mm_shuffle_epi8(in[i], Lanes128::load(kChannelMasks.at[c][i]));
+    };
+    channel[c] = _mm_or_si128(_mm_or_si128(part(0), part(1)), part(2));
+  }
+#if defined(__AVX2__)
+  storeYcc<Lanes256>(_mm256_cvtepu8_epi16(channel[0]), _mm256_cvtepu8_epi16(channel[1]),
+                     _mm256_cvtepu8_epi16(channel[2]), y, cb, cr);
+#else
+  const __m128i zero = _mm_setzero_si128();
+  storeYcc<Lanes128>(Lanes128::low8(channel[0], zero), Lanes128::low8(channel[1], zero),
+                     Lanes128::low8(channel[2], zero), y, cb, cr);
+  storeYcc<Lanes128>(Lanes128::high8(channel[0], zero), Lanes128::high8(channel[1], zero),
+                     Lanes128::high8(channel[2], zero), y + 8, cb + 8, cr + 8);
+#endif
+}
+
+#endif
 #endif
 
 }  // namespace
+
+int primJpegYcc_8u16s(const std::uint8_t* rgb, std::int16_t* y, std::int16_t* cb, std::int16_t* cr,
+                      int length) {
+  if (!rgb || !y || !cb || !cr) return kStatusNullPtr;
+  if (length < 1) return kStatusBadSize;
+  std::ptrdiff_t i = 0;
+#if defined(__SSSE3__) && !defined(VX_KERNEL_SCALAR)
+  for (; i + 16 <= length; i += 16) convert16(rgb + 3 * i, y + i, cb + i, cr + i);
+#endif
+  VX_INDEPENDENT
+  for (; i < length; ++i) {
+    const int r = rgb[3 * i], g = rgb[3 * i + 1], b = rgb[3 * i + 2];
+    y[i] = static_cast<std::int16_t>((77 * r + 150 * g + 29 * b - 32640) >> 8);
+    cb[i] = static_cast<std::int16_t>((-43 * r - 85 * g + 128 * b + 128) >> 8);
+    cr[i] = static_cast<std::int16_t>((128 * r - 107 * g - 21 * b + 128) >> 8);
+  }
+  return kStatusOk;
+}
 
 int primJpegUpsample_8u(const std::uint8_t* src, std::uint8_t* dst, int length) {
   if (!src || !dst) return kStatusNullPtr;

@@ -48,6 +48,31 @@ TEST(Jpeg, coloursAreThoseOfTheFormulasForAllBytes) {
   }
 }
 
+TEST(Jpeg, samplesAreThoseOfTheFormulasForAllPixels) {
+  constexpr int kCount = 65536;
+  std::vector<std::uint8_t> rgb(3 * kCount);
+  std::vector<std::int16_t> wanted[3], samples[3];
+  for (int c = 0; c < 3; ++c) wanted[c].resize(kCount), samples[c].resize(kCount);
+  for (int r = 0; r < 256; ++r) {
+    for (int i = 0; i < kCount; ++i) {
+      const int g = i & 255, b = i >> 8;
+      const auto at = static_cast<std::size_t>(i);
+      rgb[3 * at] = static_cast<std::uint8_t>(r);
+      rgb[3 * at + 1] = static_cast<std::uint8_t>(g);
+      rgb[3 * at + 2] = static_cast<std::uint8_t>(b);
+      wanted[0][at] = static_cast<std::int16_t>((77 * r + 150 * g + 29 * b - 32640) >> 8);
+      wanted[1][at] = static_cast<std::int16_t>((-43 * r - 85 * g + 128 * b + 128) >> 8);
+      wanted[2][at] = static_cast<std::int16_t>((128 * r - 107 * g - 21 * b + 128) >> 8);
+    }
+    test::onEveryVariant([&] {
+      ASSERT_EQ(primJpegYcc_8u16s(rgb.data(), samples[0].data(), samples[1].data(),
+                                  samples[2].data(), kCount),
+                kStatusOk);
+      for (int c = 0; c < 3; ++c) ASSERT_TRUE(samples[c] == wanted[c]) << r << ", channel " << c;
+    });
+  }
+}
+
 // Two multiplications and shifts in place of the division, for every coefficient of samples within
 // -128..128, which is at most 1024, and half a step.
 TEST(Jpeg, quantisersDivideExactly) {

@@ -24,6 +24,19 @@ inline void drawRange(Trial& t, Image<std::int16_t>& image, int count, int low, 
     image.set(i, 0, static_cast<std::int16_t>(ends ? t.pick({low, high}) : t.uniform(low, high)));
 }
 
+// pixels to samples
+inline void drive(const Prim& entry,
+                  Row<const std::uint8_t*, std::int16_t*, std::int16_t*, std::int16_t*, int> row) {
+  forTrials(entry, [&](Trial& t) {
+    auto rgb = list<std::uint8_t>(t, Role::read, 3 * t.width);
+    auto y = list<std::int16_t>(t, Role::write, t.width);
+    auto cb = list<std::int16_t>(t, Role::write, t.width);
+    auto cr = list<std::int16_t>(t, Role::write, t.width);
+    match(entry, t, row, {&rgb, &y, &cb, &cr}, Expect::success, rgb.data(), y.data(), cb.data(),
+          cr.data(), t.width);
+  });
+}
+
 // eight rows of samples to columns
 inline void drive(const Prim& entry, Row<const std::int16_t* const*, std::int16_t*, int> row) {
   forTrials(entry, [&](Trial& t) {
