@@ -22,6 +22,7 @@
 
 #include "bench/picture_quality.h"
 #include "bench/quality_opencv.h"
+#include "bench/read_picture.h"
 #include "vxicore26.h"
 
 namespace {
@@ -31,23 +32,6 @@ constexpr float kStrengths[] = {0.25f, 0.4f, 0.6f, 0.8f, 1.0f, 1.25f, 1.5f};
 constexpr const char* kModes[] = {"fast", "non-local"};
 constexpr const char* kFetched = "build/pictures";
 constexpr unsigned kSeed = 20;
-
-RgbPicture read(const std::string& path, int shrink) {
-  vips::VImage image = vips::VImage::new_from_file(path.c_str());
-  image = image.colourspace(VIPS_INTERPRETATION_sRGB);
-  if (image.has_alpha()) image = image.flatten();
-  if (shrink > 1) image = image.shrink(shrink, shrink);
-  image = image.cast(VIPS_FORMAT_UCHAR);
-  // The library works on even sizes.
-  RgbPicture picture{image.width() & ~1, image.height() & ~1, {}};
-  image = image.crop(0, 0, picture.width, picture.height);
-  std::size_t bytes = 0;
-  void* memory = image.write_to_memory(&bytes);
-  const auto* samples = static_cast<std::uint8_t*>(memory);
-  picture.samples.assign(samples, samples + bytes);
-  g_free(memory);
-  return picture;
-}
 
 RgbPicture withNoise(RgbPicture picture, double sigma) {
   std::mt19937 random(kSeed);
@@ -194,7 +178,7 @@ int run(int argc, char** argv) {
   std::sort(paths.begin(), paths.end());
   std::vector<RgbPicture> pictures;
   for (const std::string& path : paths) {
-    pictures.push_back(read(path, shrink));
+    pictures.push_back(readPicture(path, shrink));
     names.push_back(std::filesystem::path(path).stem().string());
     std::printf("%s%s (%d x %d)", names.size() > 1 ? ", " : "Mean over ", names.back().c_str(),
                 pictures.back().width, pictures.back().height);

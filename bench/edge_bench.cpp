@@ -55,6 +55,7 @@ void luma(benchmark::State& state) {
   edge.baseGain = 1.3f;
   edge.adaptiveGain = 1.5f;
   if (state.range(1) != 0) edge.tileWidth = edge.tileHeight = 1 << 20;
+  edge.enhanceLuma(input, output);  // the first touch of memory costs several times as much
   for (auto _ : state) edge.enhanceLuma(input, output);
   countPixels(state, input.width, input.height);
 }
@@ -70,11 +71,15 @@ void lumaOpenCv(benchmark::State& state) {
   if (!edgeLumaByOpenCv(input.data, input.step, output.data, output.step, input.width,
                         input.height))
     return state.SkipWithError("built without OpenCV");
+  edgeLumaByOpenCv(input.data, input.step, output.data, output.step, input.width, input.height);
   for (auto _ : state)
     edgeLumaByOpenCv(input.data, input.step, output.data, output.step, input.width, input.height);
   countPixels(state, input.width, input.height);
 }
-BENCHMARK(lumaOpenCv)->ArgNames({"MP"})->ArgsProduct({{1, 4, 16}})->Unit(benchmark::kMillisecond);
+BENCHMARK(lumaOpenCv)
+    ->ArgNames({"MP"})
+    ->ArgsProduct({{1, 4, 16, 64}})
+    ->Unit(benchmark::kMillisecond);
 
 void align(benchmark::State& state) {
   EdgePlane Y, U, V, outU, outV;
@@ -83,13 +88,14 @@ void align(benchmark::State& state) {
   const auto sigma = static_cast<float>(state.range(1));
   vx::EnhEdge edge = lens();
   if (state.range(2) != 0) edge.tileWidth = edge.tileHeight = width;
+  edge.alignChroma({sigma, sigma, 0.01f}, Y, U, V, outU, outV);
   for (auto _ : state) edge.alignChroma({sigma, sigma, 0.01f}, Y, U, V, outU, outV);
   countPixels(state, Y.width, Y.height);
 }
 BENCHMARK(align)
     ->ArgNames({"MP", "radius", "wholePlane"})
     ->ArgsProduct({{4}, {2, 6}, {0, 1}})
-    ->ArgsProduct({{1, 16}, {2}, {0}})
+    ->ArgsProduct({{1, 16, 64}, {2, 6}, {0}})
     ->Unit(benchmark::kMillisecond);
 
 void wholeCall(benchmark::State& state) {
@@ -113,6 +119,7 @@ void wholeCall(benchmark::State& state) {
   settings.blurSigmaX = settings.blurSigmaY = 1.5;
   settings.alignSigmaX = settings.alignSigmaY = 2;
   settings.alignThreshold = 0.01;
+  vx::enhanceEdges(false, image.data(), 3 * width, width, height, settings);
   for (auto _ : state) vx::enhanceEdges(false, image.data(), 3 * width, width, height, settings);
   countPixels(state, width, height);
 }

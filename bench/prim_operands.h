@@ -29,11 +29,12 @@ namespace detail {
 
 /// Arguments that address pixels, one image or vector each.
 inline constexpr std::string_view kImages[] = {
-    "src",        "src1",      "src2",   "dst",    "srcDst",   "mask",    "near",
-    "far",        "packed",    "guide",  "column", "fraction", "hue",     "lightness",
-    "saturation", "candidate", "target", "best",   "srcU",     "srcV",    "dstU",
-    "dstV",       "blur",      "base",   "sign",   "size",     "columns", "coefficients",
-    "y",          "cb",        "cr",     "sumR",   "sumG",     "sumB"};
+    "src",  "src1",      "src2",       "dst",          "srcDst", "mask",
+    "near", "far",       "packed",     "guide",        "column", "fraction",
+    "hue",  "lightness", "saturation", "candidate",    "target", "best",
+    "srcU", "srcV",      "dstU",       "dstV",         "blur",   "base",
+    "sign", "size",      "columns",    "coefficients", "y",      "cb",
+    "cr",   "sumR",      "sumG",       "sumB",         "u",      "v"};
 /// Short lists: constants per channel, curves, kernels, results.
 inline constexpr std::string_view kLists[] = {
     "value",  "level",  "values", "levels",  "kernel", "sum",  "mean",  "min",    "max",   "indexX",

@@ -1,7 +1,10 @@
 // What removing block artifacts does to photographs: each is coded by libjpeg-turbo at some
 // qualities and decoded, then goes through vxUnblock at some strengths.
 //
-// usage: unblock_effect PICTURE...   without JPEG in their history; prints Markdown
+//     unblock_effect [--shrink N] PICTURE...
+//
+// Prints tables in Markdown. The pictures should have no JPEG in their history; --shrink reduces
+// them to 1 / N first, which takes most of it away.
 //
 // PSNR is that of all samples against the uncoded picture. The step is what luminance jumps more,
 // in the mean, across the borders of the file's blocks than between the columns and rows beside
@@ -15,10 +18,13 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <vector>
+#include <cstring>
+#include <filesystem>
 #include <vips/vips8>
 
 #include "adjust/unblock_stage.h"
+#include "bench/picture_quality.h"
+#include "bench/read_picture.h"
 #include "frame/load.h"
 #include "vxicore26.h"
 
@@ -29,35 +35,15 @@ constexpr float kStrengths[] = {0.1f, 0.2f, 0.3f, 0.4f, 0.5f, 0.6f, 0.7f, 0.8f, 
 constexpr std::size_t kQualityCount = std::size(kQualities);
 constexpr std::size_t kRows = std::size(kStrengths) + 1;  // the first is the decoded file
 
-struct Picture {
-  int width, height;
-  std::vector<std::uint8_t> bytes;
-
-  std::uint8_t at(int x, int y, int c) const {
-    return bytes[static_cast<std::size_t>((std::ptrdiff_t{y} * width + x) * 3 + c)];
-  }
-};
-
-Picture load(const char* path) {
-  const vips::VImage image =
-      vips::VImage::new_from_file(path).colourspace(VIPS_INTERPRETATION_sRGB);
-  const vips::VImage rgb = image.extract_band(0, vips::VImage::option()->set("n", 3));
-  std::size_t size = 0;
-  auto* memory = static_cast<std::uint8_t*>(rgb.write_to_memory(&size));
-  Picture picture{rgb.width(), rgb.height(), {memory, memory + size}};
-  g_free(memory);
-  return picture;
-}
-
 // Chroma halved on both axes, as most files have it.
-Picture codeAndDecode(const Picture& in, int quality) {
-  Picture out = in;
+RgbPicture codeAndDecode(const RgbPicture& in, int quality) {
+  RgbPicture out = in;
   unsigned char* stream = nullptr;
   unsigned long size = 0;
   const tjhandle encoder = tjInitCompress(), decoder = tjInitDecompress();
-  if (tjCompress2(encoder, in.bytes.data(), in.width, 0, in.height, TJPF_RGB, &stream, &size,
+  if (tjCompress2(encoder, in.samples.data(), in.width, 0, in.height, TJPF_RGB, &stream, &size,
                   TJSAMP_420, quality, TJFLAG_ACCURATEDCT) != 0 ||
-      tjDecompress2(decoder, stream, size, out.bytes.data(), in.width, 0, in.height, TJPF_RGB,
+      tjDecompress2(decoder, stream, size, out.samples.data(), in.width, 0, in.height, TJPF_RGB,
                     TJFLAG_ACCURATEDCT) != 0)
     std::abort();
   tjFree(stream);
@@ -66,18 +52,10 @@ Picture codeAndDecode(const Picture& in, int quality) {
   return out;
 }
 
-double psnr(const Picture& a, const Picture& b) {
-  double sum = 0;
-  for (std::size_t i = 0; i < a.bytes.size(); ++i) {
-    const double d = a.bytes[i] - b.bytes[i];
-    sum += d * d;
-  }
-  return 10 * std::log10(255 * 255 * static_cast<double>(a.bytes.size()) / sum);
-}
-
-double borderStep(const Picture& p) {
+double borderStep(const RgbPicture& p) {
   const auto luma = [&](int x, int y) {
-    return 0.299 * p.at(x, y, 0) + 0.587 * p.at(x, y, 1) + 0.114 * p.at(x, y, 2);
+    const std::uint8_t* rgb = p.samples.data() + (std::ptrdiff_t{y} * p.width + x) * 3;
+    return 0.299 * rgb[0] + 0.587 * rgb[1] + 0.114 * rgb[2];
   };
   double sum = 0, count = 0;
   const auto add = [&](double a, double b, double c, double d) {
@@ -98,15 +76,15 @@ struct Effect {
 };
 using Table = std::array<std::array<Effect, kQualityCount>, kRows>;
 
-Table measure(const Picture& original) {
+Table measure(const RgbPicture& original) {
   Table table{};
   for (std::size_t q = 0; q < kQualityCount; ++q) {
-    const Picture decoded = codeAndDecode(original, kQualities[q]);
+    const RgbPicture decoded = codeAndDecode(original, kQualities[q]);
     table[0][q] = {psnr(original, decoded), borderStep(decoded)};
     for (std::size_t s = 1; s < kRows; ++s) {
-      Picture out = decoded;
+      RgbPicture out = decoded;
       constexpr int kHalfWidthChroma = 1, kEveryShift = 1;
-      vxUnblock(0, out.bytes.data(), 3, 3 * out.width, out.width, out.height,
+      vxUnblock(0, out.samples.data(), 3, 3 * out.width, out.width, out.height,
                 vx::unblockQuality(kStrengths[s - 1]), kHalfWidthChroma, kEveryShift, 0);
       table[s][q] = {psnr(original, out), borderStep(out)};
     }
@@ -132,25 +110,29 @@ void printHead(const char* first) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc < 2 || VIPS_INIT(argv[0]) != 0) {
-    std::fprintf(stderr, "usage: %s PICTURE...\n", argv[0]);
+  const bool shrinks = argc > 2 && std::strcmp(argv[1], "--shrink") == 0;
+  const int shrink = shrinks ? std::max(1, std::atoi(argv[2])) : 1;
+  const int first = shrinks ? 3 : 1;
+  if (argc <= first || VIPS_INIT(argv[0]) != 0) {
+    std::fprintf(stderr, "usage: %s [--shrink N] PICTURE...\n", argv[0]);
     return 2;
   }
   vx::attachProcess();
   Table mean{};
   printHead("picture, at its best strength");
-  for (int i = 1; i < argc; ++i) {
-    const Picture original = load(argv[i]);
+  for (int i = first; i < argc; ++i) {
+    const RgbPicture original = readPicture(argv[i], shrink);
     const Table table = measure(original);
-    std::printf("| %s (step %.2f) |", g_path_get_basename(argv[i]), borderStep(original));
+    std::printf("| %s (step %.2f) |", std::filesystem::path(argv[i]).filename().c_str(),
+                borderStep(original));
     for (std::size_t q = 0; q < kQualityCount; ++q) {
       const std::size_t best = bestOf(table, q);
       std::printf(" %.1f: %.2f to %.2f dB, step %.2f to %.2f |",
                   static_cast<double>(kStrengths[best - 1]), table[0][q].psnr, table[best][q].psnr,
                   table[0][q].step, table[best][q].step);
       for (std::size_t s = 0; s < kRows; ++s) {
-        mean[s][q].psnr += table[s][q].psnr / (argc - 1);
-        mean[s][q].step += table[s][q].step / (argc - 1);
+        mean[s][q].psnr += table[s][q].psnr / (argc - first);
+        mean[s][q].step += table[s][q].step / (argc - first);
       }
     }
     std::printf("\n");

@@ -48,6 +48,21 @@ int primHLSToRGB_32f_P3C3R(const float* hue, int hueStep, const float* lightness
                            const float* saturation, int saturationStep, float* dst, int dstStep,
                            int width, int height);
 
+/// Y, U and V of analogue television (ITU-R BT.601 weights), as chains of products that run from
+/// plane to plane, every step rounded to single precision, nothing clipped:
+///
+///     r' = 0.299 R    Y = g' + r'           with  g' = 0.587 G          and likewise for B with
+///                     U = g'' + -0.147 R          g'' = -0.49233389 g'  0.114, 3.8245614 and
+///                     V = g''' + 0.615 R          g''' = 1.7820069 g''  -0.22935781
+///
+/// No two images overlap.
+int primRGBToYUV_32f_C3P3R(const float* src, int srcStep, float* y, int yStep, float* u, int uStep,
+                           float* v, int vStep, int width, int height);
+/// The way back, not an exact inverse: R = Y + 1.14 V, G = Y + -0.394 (U + 1.4746193 V),
+/// B = Y + 2.032 U.
+int primYUVToRGB_32f_P3C3R(const float* y, int yStep, const float* u, int uStep, const float* v,
+                           int vStep, float* dst, int dstStep, int width, int height);
+
 /// plane r = twist[r][0] * p0 + twist[r][1] * p1 + twist[r][2] * p2 + twist[r][3], in place on
 /// three separate planes with one step, p0 to p2 being the pixel's values before the call.
 ///

@@ -46,8 +46,8 @@ AdjustCommand::AdjustCommand(CLI::App& program)
       {"denoise", &denoise_, 0, 1.5F, kNoise,
        "Strength of the filter, in relation to the noise that is estimated in each picture. auto "
        "chooses it by the estimate (20 times the noise on a scale of 1, at most 0.8; nonlocal: "
-       "0.25 "
-       "and 15 times the noise, at most 0.6) and tells it. 0 is off",
+       "0.25 and 15 times the noise, at most 0.6; none for a noise below one step of 255) and "
+       "tells it. 0 is off",
        false, kAutoWord},
       {"denoise-mode", &denoiseMode_, 1, 0, kNoise,
        "fast smooths beside edges; nonlocal compares places of the picture, keeps more and takes "

@@ -51,9 +51,11 @@ std::string describeNoise(const NoiseProfile& profile) {
 // the non-local mode, 0.4 megapixels each), a clean one counting from 45 dB down. The mean
 // shortfall against the best strength of each picture is 0.37 dB in the fast and 0.28 dB in the
 // non-local mode; with the best fixed strength, 0.6, it is 1.10 and 0.45 dB. In the fast mode a
-// weak noise allows little, since texture counts in the estimate.
+// weak noise allows little, since texture counts in the estimate. Less than a step of 8 bits is not
+// seen, and would take the fast mode's finest and slowest grid.
 float fittingStrength(const NoiseProfile& profile, NoiseFilter filter) {
-  if (!noiseKnown(profile)) return 0;
+  constexpr float kFaint = 1.0F / 255;
+  if (!noiseKnown(profile) || profile.lumaNoise < kFaint) return 0;
   if (filter == NoiseFilter::kFast) return std::min(0.8F, 20.0F * profile.lumaNoise);
   return std::min(0.6F, 0.25F + 15.0F * profile.lumaNoise);
 }

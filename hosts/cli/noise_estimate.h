@@ -30,7 +30,7 @@ bool noiseKnown(const NoiseProfile& profile);
 std::string describeNoise(const NoiseProfile& profile);
 
 /// The strength (denoiseStrength) that came out best for the estimated noise; 0 where nothing is
-/// known.
+/// known or the noise is below one step of 255.
 float fittingStrength(const NoiseProfile& profile, NoiseFilter filter);
 
 }  // namespace vx::cli

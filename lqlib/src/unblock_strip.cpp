@@ -191,11 +191,8 @@ void UnblockStrip::trip(int start, int top, int left) {
     const int beyond = y % 2 == 0 ? at - 1 : at + 1;
     const std::uint8_t* const far[] = {decoded_[1].row(std::max(beyond, 0)),
                                        decoded_[2].row(std::max(beyond, 0))};
-    addRow(start + y, decoded_[0].row(y), near,
-           beyond >= 0 ? far
-           : topmost   ? near
-                       : lastChroma,
-           left);
+    // Above the picture the first row is its own neighbour.
+    addRow(start + y, decoded_[0].row(y), near, beyond >= 0 || topmost ? far : lastChroma, left);
   }
   const int margin = kMargin / 2;
   std::copy_n(decoded_[0].row(15), plan_.width, last.row(0));

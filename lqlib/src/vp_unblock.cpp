@@ -22,7 +22,7 @@ namespace {
 // are as high as a fair division among the threads allows.
 int stripCount(const UnblockPixels& pixels, int threads) {
   if (threads == 1 || pixels.rowsOverlap()) return 1;
-  constexpr int kGoodHeight = 192, kLeastHeight = 16, kMostPerThread = 4;
+  constexpr int kGoodHeight = 384, kLeastHeight = 16, kMostPerThread = 4;
   const int perThread = std::clamp(pixels.height / (kGoodHeight * threads), 1, kMostPerThread);
   return std::clamp(perThread * threads, 1, std::max(1, pixels.height / kLeastHeight));
 }

@@ -116,6 +116,44 @@ struct ToRgb {
   void operator()(Strip& strip, int count) { rgbFromHls(strip, count); }
 };
 
+struct ToYuv {
+  // What a channel adds to each plane, its product running from plane to plane.
+  static void addChain(float& y, float& u, float& v, float t, const float (&factors)[3]) {
+    t *= factors[0];
+    y = t + y;
+    t *= factors[1];
+    u = t + u;
+    t *= factors[2];
+    v = t + v;
+  }
+  void operator()(Strip& strip, int count) {
+    for (int i = 0; i < count; ++i) {
+      const float r = strip.c0[i];
+      float y = r * 0.299f;
+      float u = r * -0.147f;
+      float v = r * 0.615f;
+      addChain(y, u, v, strip.c1[i], {0.587f, -0.49233389f, 1.7820069f});
+      addChain(y, u, v, strip.c2[i], {0.114f, 3.8245614f, -0.22935781f});
+      strip.c0[i] = y;
+      strip.c1[i] = u;
+      strip.c2[i] = v;
+    }
+  }
+};
+
+struct YuvToRgb {
+  void operator()(Strip& strip, int count) {
+    for (int i = 0; i < count; ++i) {
+      const float y = strip.c0[i];
+      const float u = strip.c1[i];
+      const float v = strip.c2[i];
+      strip.c0[i] = y + v * 1.14f;
+      strip.c1[i] = y + (u + v * 1.4746193f) * -0.394f;
+      strip.c2[i] = y + u * 2.032f;
+    }
+  }
+};
+
 // Calls each(x, y, pixels) for strips of at most kStrip pixels.
 template <class Each>
 inline void overStrips(int width, int height, const Each& each) {
@@ -143,6 +181,40 @@ inline void copyStrip(const float* __restrict from, float* __restrict to, int co
   for (int i = 0; i < count; ++i) to[i] = from[i];
 }
 
+template <class Convert>
+inline int toPlanes(const float* src, int srcStep, float* dst0, int step0, float* dst1, int step1,
+                    float* dst2, int step2, int width, int height) {
+  if (!src || !dst0 || !dst1 || !dst2) return kStatusNullPtr;
+  if (emptySize(width, height)) return kStatusBadSize;
+  Strip strip = {};
+  Convert convert;
+  overStrips(width, height, [&](std::ptrdiff_t x, int y, int count) {
+    load3(row(src, srcStep, y) + 3 * x, strip.c0, strip.c1, strip.c2, count);
+    convert(strip, padded(count));
+    copyStrip(strip.c0, row(dst0, step0, y) + x, count);
+    copyStrip(strip.c1, row(dst1, step1, y) + x, count);
+    copyStrip(strip.c2, row(dst2, step2, y) + x, count);
+  });
+  return kStatusOk;
+}
+
+template <class Convert>
+inline int fromPlanes(const float* src0, int step0, const float* src1, int step1, const float* src2,
+                      int step2, float* dst, int dstStep, int width, int height) {
+  if (!src0 || !src1 || !src2 || !dst) return kStatusNullPtr;
+  if (emptySize(width, height)) return kStatusBadSize;
+  Strip strip = {};
+  Convert convert;
+  overStrips(width, height, [&](std::ptrdiff_t x, int y, int count) {
+    copyStrip(row(src0, step0, y) + x, strip.c0, count);
+    copyStrip(row(src1, step1, y) + x, strip.c1, count);
+    copyStrip(row(src2, step2, y) + x, strip.c2, count);
+    convert(strip, padded(count));
+    store3(strip.c0, strip.c1, strip.c2, row(dst, dstStep, y) + 3 * x, count);
+  });
+  return kStatusOk;
+}
+
 }  // namespace
 
 int primRGBToHLS_32f_C3R(const float* src, int srcStep, float* dst, int dstStep, int width,
@@ -158,35 +230,25 @@ int primHLSToRGB_32f_C3R(const float* src, int srcStep, float* dst, int dstStep,
 int primRGBToHLS_32f_C3P3R(const float* src, int srcStep, float* hue, int hueStep, float* lightness,
                            int lightnessStep, float* saturation, int saturationStep, int width,
                            int height) {
-  if (!src || !hue || !lightness || !saturation) return kStatusNullPtr;
-  if (emptySize(width, height)) return kStatusBadSize;
-  Strip strip = {};
-  ToHls convert;
-  overStrips(width, height, [&](std::ptrdiff_t x, int y, int count) {
-    load3(row(src, srcStep, y) + 3 * x, strip.c0, strip.c1, strip.c2, count);
-    convert(strip, padded(count));
-    copyStrip(strip.c0, row(hue, hueStep, y) + x, count);
-    copyStrip(strip.c1, row(lightness, lightnessStep, y) + x, count);
-    copyStrip(strip.c2, row(saturation, saturationStep, y) + x, count);
-  });
-  return kStatusOk;
+  return toPlanes<ToHls>(src, srcStep, hue, hueStep, lightness, lightnessStep, saturation,
+                         saturationStep, width, height);
 }
 
 int primHLSToRGB_32f_P3C3R(const float* hue, int hueStep, const float* lightness, int lightnessStep,
                            const float* saturation, int saturationStep, float* dst, int dstStep,
                            int width, int height) {
-  if (!hue || !lightness || !saturation || !dst) return kStatusNullPtr;
-  if (emptySize(width, height)) return kStatusBadSize;
-  Strip strip = {};
-  ToRgb convert;
-  overStrips(width, height, [&](std::ptrdiff_t x, int y, int count) {
-    copyStrip(row(hue, hueStep, y) + x, strip.c0, count);
-    copyStrip(row(lightness, lightnessStep, y) + x, strip.c1, count);
-    copyStrip(row(saturation, saturationStep, y) + x, strip.c2, count);
-    convert(strip, padded(count));
-    store3(strip.c0, strip.c1, strip.c2, row(dst, dstStep, y) + 3 * x, count);
-  });
-  return kStatusOk;
+  return fromPlanes<ToRgb>(hue, hueStep, lightness, lightnessStep, saturation, saturationStep, dst,
+                           dstStep, width, height);
+}
+
+int primRGBToYUV_32f_C3P3R(const float* src, int srcStep, float* y, int yStep, float* u, int uStep,
+                           float* v, int vStep, int width, int height) {
+  return toPlanes<ToYuv>(src, srcStep, y, yStep, u, uStep, v, vStep, width, height);
+}
+
+int primYUVToRGB_32f_P3C3R(const float* y, int yStep, const float* u, int uStep, const float* v,
+                           int vStep, float* dst, int dstStep, int width, int height) {
+  return fromPlanes<YuvToRgb>(y, yStep, u, uStep, v, vStep, dst, dstStep, width, height);
 }
 
 int primColorTwist_32f_P3IR(float* const* planes, int step, int width, int height,

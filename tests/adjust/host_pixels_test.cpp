@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <tuple>
 
 #include "tests/support/picture.h"
 
@@ -77,22 +78,19 @@ TEST(HostPixels, everySampleValueSurvivesTheRoundTrip) {
 }
 
 TEST(HostPixels, writingRoundsSaturatesAndCuts) {
-  const struct {
-    float value;
-    int bytes, words;
-  } cases[] = {{-0.5f, 0, 0},        {1.0f, 255, 32768},   {1.5f, 255, 32768},
-               {1e9f, 255, 32768},   {0.5f / 256, 0, 64},  // ties go to even
-               {1.5f / 256, 2, 192}, {1.5f / 32768, 0, 2}, {2.5f / 32768, 0, 2},
-               {std::nanf(""), 0, 0}};
+  const std::tuple<float, int, int> cases[] = {
+      {-0.5f, 0, 0},        {1.0f, 255, 32768},   {1.5f, 255, 32768},   {1e9f, 255, 32768},
+      {0.5f / 256, 0, 64},  // ties go to even
+      {1.5f / 256, 2, 192}, {1.5f / 32768, 0, 2}, {2.5f / 32768, 0, 2}, {std::nanf(""), 0, 0}};
   for (const int format : kFormats)
-    for (const auto& c : cases) {
-      const int wanted = deep(format) ? c.words : c.bytes;
+    for (const auto& [value, bytes, words] : cases) {
+      const int wanted = deep(format) ? words : bytes;
       for (const auto write : {writeInterleaved, writePlanes}) {
         Picture p(format, 20, 2);
         p.randomise(8, top(format));
-        write(p, c.value);
-        EXPECT_EQ(p.get(3, 1, 0), wanted) << c.value << " in format " << format;
-        EXPECT_EQ(p.get(14, 0, 2), wanted) << c.value << " in format " << format;
+        write(p, value);
+        EXPECT_EQ(p.get(3, 1, 0), wanted) << value << " in format " << format;
+        EXPECT_EQ(p.get(14, 0, 2), wanted) << value << " in format " << format;
       }
     }
 }

@@ -5,6 +5,7 @@
 #include <climits>
 #include <cmath>
 #include <limits>
+#include <tuple>
 
 namespace {
 
@@ -21,42 +22,36 @@ AdjustToneStage derive(const AdjustSettings& settings) {
 
 TEST(ToneSettings, sharpeningBlurFollowsAmountAndPreview) {
   const float above = std::nextafter(1.0f, 2.0f);  // there the square is gone
-  const struct {
-    float amount;
-    int previewScale;
-    float sigma;
-  } cases[] = {{1.0f, 1, 0.7f}, {2.0f, 1, 1.2f},  {0.0f, 1, 2.2f},  {0.5f, 1, 1.325f},
-               {0.0f, 4, 0.7f}, {2.0f, 4, 0.45f}, {above, 2, 0.45f}};
-  for (const auto& c : cases) {
-    const auto tone = derive({.previewScale = c.previewScale, .sharpenAmount = c.amount});
-    EXPECT_EQ(tone.sharpenAmount, c.amount);
-    EXPECT_FLOAT_EQ(tone.sharpenSigma, c.sigma) << c.amount << " " << c.previewScale;
+  const std::tuple<float, int, float> cases[] = {
+      {1.0f, 1, 0.7f}, {2.0f, 1, 1.2f},  {0.0f, 1, 2.2f},  {0.5f, 1, 1.325f},
+      {0.0f, 4, 0.7f}, {2.0f, 4, 0.45f}, {above, 2, 0.45f}};
+  for (const auto& [amount, previewScale, sigma] : cases) {
+    const auto tone = derive({.previewScale = previewScale, .sharpenAmount = amount});
+    EXPECT_EQ(tone.sharpenAmount, amount);
+    EXPECT_FLOAT_EQ(tone.sharpenSigma, sigma) << amount << " " << previewScale;
   }
 }
 
 TEST(ToneSettings, radiiTruncateTwiceAndKeepSixPixels) {
-  const struct {
-    float pixels;
-    int previewScale, radius;
-  } cases[] = {{3.9f, 1, 6},     {100.0f, 4, 25}, {7.5f, 1, 7}, {15.9f, 2, 7}, {-50.0f, 1, 6},
-               {-50.0f, -1, 50}, {100.0f, 0, 6},  {0.0f, 0, 6}, {kNaN, 1, 6},  {1e30f, 1, INT_MAX}};
-  for (const auto& c : cases) {
-    const auto tone = derive({.previewScale = c.previewScale, .lumaEqRadius = c.pixels});
-    EXPECT_EQ(tone.lightness.eqSample, c.radius) << c.pixels << " " << c.previewScale;
+  const std::tuple<float, int, int> cases[] = {
+      {3.9f, 1, 6},     {100.0f, 4, 25}, {7.5f, 1, 7}, {15.9f, 2, 7}, {-50.0f, 1, 6},
+      {-50.0f, -1, 50}, {100.0f, 0, 6},  {0.0f, 0, 6}, {kNaN, 1, 6},  {1e30f, 1, INT_MAX}};
+  for (const auto& [pixels, previewScale, radius] : cases) {
+    const auto tone = derive({.previewScale = previewScale, .lumaEqRadius = pixels});
+    EXPECT_EQ(tone.lightness.eqSample, radius) << pixels << " " << previewScale;
   }
 }
 
 TEST(ToneSettings, equalisationAmountSetsStrengthAndClip) {
-  const struct {
-    float amount, strength, clip;
-  } cases[] = {{0.0f, 0.0f, 0.0f},         {0.1f, 0.18126925f, 0.02008f},
-               {0.5f, 0.99326205f, 0.15f}, {1.0f, 1.0f, 1.0f},
-               {2.0f, 1.0f, 1.0f},         {-0.5f, 0.99326205f, 0.0f},  // the clip is limited at 0
-               {kNaN, 0.0f, 0.0f}};
-  for (const auto& c : cases) {
-    const auto tone = derive({.lumaEqAmount = c.amount});
-    EXPECT_NEAR(tone.lightness.eqStrength, c.strength, 2e-7f) << c.amount;
-    EXPECT_NEAR(tone.lightness.eqClip, c.clip, 1e-7f) << c.amount;
+  const std::tuple<float, float, float> cases[] = {
+      {0.0f, 0.0f, 0.0f},         {0.1f, 0.18126925f, 0.02008f},
+      {0.5f, 0.99326205f, 0.15f}, {1.0f, 1.0f, 1.0f},
+      {2.0f, 1.0f, 1.0f},         {-0.5f, 0.99326205f, 0.0f},  // the clip is limited at 0
+      {kNaN, 0.0f, 0.0f}};
+  for (const auto& [amount, strength, clip] : cases) {
+    const auto tone = derive({.lumaEqAmount = amount});
+    EXPECT_NEAR(tone.lightness.eqStrength, strength, 2e-7f) << amount;
+    EXPECT_NEAR(tone.lightness.eqClip, clip, 1e-7f) << amount;
   }
 }
 

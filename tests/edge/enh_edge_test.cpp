@@ -4,7 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numeric>
+#include <tuple>
 #include <vector>
 
 #include "edge/gauss_kernel7.h"
@@ -49,13 +49,10 @@ TEST(GaussKernel7, isTheRoundedGaussianOfTheSigmaTruncatedAndLimited) {
 
 // Images without seven columns or rows have no pixel outside the frame.
 TEST(EnhanceLuma, followsTheOneLineFormula) {
-  const struct {
-    int width, height;
-    float sx, sy, gainLimit;
-  } cases[] = {{61, 37, 1.5f, 1.5f, 1000.0f}, {61, 37, 0.8f, 0.3f, 0.4f},
-               {61, 37, 0.2f, 1.1f, 99.0f},   {6, 9, 1.5f, 1.5f, 1000.0f},
-               {7, 8, 1.5f, 1.5f, 0.0f},      {40, 5, 1.5f, 1.5f, 1000.0f},
-               {1, 1, 1.5f, 1.5f, 1000.0f}};
+  const std::tuple<int, int, float, float, float> cases[] = {
+      {61, 37, 1.5f, 1.5f, 1000.0f}, {61, 37, 0.8f, 0.3f, 0.4f}, {61, 37, 0.2f, 1.1f, 99.0f},
+      {6, 9, 1.5f, 1.5f, 1000.0f},   {7, 8, 1.5f, 1.5f, 0.0f},   {40, 5, 1.5f, 1.5f, 1000.0f},
+      {1, 1, 1.5f, 1.5f, 1000.0f}};
   for (const auto& [w, h, sx, sy, gainLimit] : cases) {
     EdgePlane input(w, h), output;
     fill(input, 1, 1.0f);
@@ -74,20 +71,18 @@ TEST(EnhanceLuma, followsTheOneLineFormula) {
       return most;
     };
     const auto range = [&](int x, int y) { return reach(x, y, 1) + reach(x, y, -1); };
-    for (int y = 0; y < h; ++y) {
-      for (int x = 0; x < w; ++x) {
-        double want = in(x, y);
-        if (x >= 3 && y >= 3 && x < w - 3 && y < h - 3) {
-          const double base = gauss(sx, sy, in, x, y);
-          // The filter of the ranges runs always, whatever its sigma.
-          const double smooth = gauss(std::max(2 * sx, 0.5f), std::max(2 * sy, 0.5f), range, x, y);
-          double gain = 2.5f * std::min(reach(x, y, 1), reach(x, y, -1)) / (smooth + 0.02f);
-          if (gainLimit < 99) gain = std::min(gain, double{gainLimit});
-          want = base + (want - base) * (1.7f + gain);
-        }
-        ASSERT_NEAR(output.row(y)[x], want, 3e-6) << x << "," << y << " sigma " << sx << " " << sy;
+    overPixels(input, [&, w = w, h = h, sx = sx, sy = sy, limit = double{gainLimit}](int x, int y) {
+      double want = in(x, y);
+      if (x >= 3 && y >= 3 && x < w - 3 && y < h - 3) {
+        const double base = gauss(sx, sy, in, x, y);
+        // The filter of the ranges runs always, whatever its sigma.
+        const double smooth = gauss(std::max(2 * sx, 0.5f), std::max(2 * sy, 0.5f), range, x, y);
+        double gain = 2.5f * std::min(reach(x, y, 1), reach(x, y, -1)) / (smooth + 0.02f);
+        if (limit < 99) gain = std::min(gain, limit);
+        want = base + (want - base) * (1.7f + gain);
       }
-    }
+      ASSERT_NEAR(output.row(y)[x], want, 3e-6) << x << "," << y << " sigma " << sx << " " << sy;
+    });
   }
 }
 
@@ -101,8 +96,7 @@ TEST(EnhanceLuma, resamplesTheWorkingImageWhenAskedTo) {
   EXPECT_EQ(output.height, 31);
   const auto mean = [](const EdgePlane& plane) {
     double sum = 0;
-    for (int y = 0; y < plane.height; ++y)
-      sum = std::accumulate(plane.row(y), plane.row(y) + plane.width, sum);
+    overPixels(plane, [&](int x, int y) { sum += double{plane.row(y)[x]}; });
     return sum / plane.width / plane.height;
   };
   EXPECT_NEAR(mean(input), mean(output), 0.02);
@@ -164,18 +158,16 @@ TEST(BlurChroma, filtersTheInsideAndKeepsTheEdges) {
     EnhEdge edge = neutral();
     edge.tileHeight = 4;
     edge.blurChroma(plane, sx, sy);
-    for (int y = 0; y < 23; ++y) {
-      for (int x = 0; x < 29; ++x) {
-        const bool inX = x >= 3 && x < 26, inY = y >= 3 && y < 20;
-        // Columns that the horizontal filter leaves out keep their values, filtered rows or not.
-        double want = in(x, y);
-        if (sx <= 0.4f || inX)
-          want = gauss(
-              sx, inY ? sy : 0.0f,
-              [&](int i, int j) { return in(std::clamp(i, 0, 28), std::clamp(j, 0, 22)); }, x, y);
-        ASSERT_NEAR(plane.row(y)[x], want, 1e-6) << x << "," << y;
-      }
-    }
+    overPixels(plane, [&, sx = sx, sy = sy](int x, int y) {
+      const bool inX = x >= 3 && x < 26, inY = y >= 3 && y < 20;
+      // Columns that the horizontal filter leaves out keep their values, filtered rows or not.
+      double want = in(x, y);
+      if (sx <= 0.4f || inX)
+        want = gauss(
+            sx, inY ? sy : 0.0f,
+            [&](int i, int j) { return in(std::clamp(i, 0, 28), std::clamp(j, 0, 22)); }, x, y);
+      ASSERT_NEAR(plane.row(y)[x], want, 1e-6) << x << "," << y;
+    });
   }
 }
 
@@ -191,51 +183,46 @@ TEST(ShiftChroma, movesAndRepeatsEdgesWithinSevenPixels) {
     edge.chromaShiftY = dy;
     edge.shiftChroma(U, V);
     EXPECT_EQ(edge.chromaShiftX, std::clamp(dx, -7, 7));
-    for (int y = 0; y < 9; ++y) {
-      for (int x = 0; x < 11; ++x) {
-        const int fromX = std::clamp(x - std::clamp(dx, -7, 7), 0, 10);
-        const int fromY = std::clamp(y - std::clamp(dy, -7, 7), 0, 8);
-        ASSERT_EQ(U.row(y)[x], startU.row(fromY)[fromX]);
-        ASSERT_EQ(V.row(y)[x], startV.row(fromY)[fromX]);
-      }
-    }
+    overPixels(U, [&, dx = dx, dy = dy](int x, int y) {
+      const int fromX = std::clamp(x - std::clamp(dx, -7, 7), 0, 10);
+      const int fromY = std::clamp(y - std::clamp(dy, -7, 7), 0, 8);
+      ASSERT_EQ(U.row(y)[x], startU.row(fromY)[fromX]);
+      ASSERT_EQ(V.row(y)[x], startV.row(fromY)[fromX]);
+    });
   }
 }
 
 TEST(AlignChroma, takesWhatASlowSearchFinds) {
   EdgePlane Y(40, 33), U(40, 33), V(40, 33), outU, outV, blurredY(40, 33);
   fill(Y, 21);
-  for (int y = 0; y < 33; ++y)  // coarse values, so that distances tie
-    for (int x = 0; x < 40; ++x) Y.row(y)[x] = std::round(Y.row(y)[x] * 8) / 8;
+  // coarse values, so that distances tie
+  overPixels(Y, [&](int x, int y) { Y.row(y)[x] = std::round(Y.row(y)[x] * 8) / 8; });
   fill(U, 22);
   fill(V, 23);
-  for (const auto& [sx, sy] : {std::pair{2.0f, 2.0f}, {2.0f, 0.0f}, {9.0f, 1.0f}, {0.5f, 0.5f}}) {
+  for (const auto& [sx, sy] : {std::pair{2.0f, 2.0f}, {2.0f, 0.0f}, {6.7f, 1.0f}, {0.5f, 0.5f}}) {
     EnhEdge edge = neutral();
     edge.alignChroma({sx, sy, 0.03f}, Y, U, V, outU, outV);
     copyImage(Y, blurredY);
     edge.blurChroma(blurredY, sx, sy);
     const int rx = std::min(6, static_cast<int>(sx + 0.4f));
     const int ry = std::min(6, static_cast<int>(sy + 0.4f));
-    for (int y = 0; y < 33; ++y) {
-      for (int x = 0; x < 40; ++x) {
-        int bestX = x, bestY = y;
-        float best = 1e9f;
-        const float mine = Y.row(y)[x];
-        if (x >= rx && y >= ry && x < 40 - rx && y < 33 - ry && rx + ry > 0 &&
-            !(std::fabs(blurredY.row(y)[x] - mine) < 0.03f)) {
-          for (int j = -ry; j <= ry; ++j) {
-            for (int i = -rx; i <= rx; ++i) {
-              const auto weight =
-                  static_cast<float>((std::abs(i) + std::abs(j)) * 0.3 / (rx + ry) + 1.0);
-              const float d = std::fabs(blurredY.row(y + j)[x + i] - mine) * weight;
-              if (d < best) best = d, bestX = x + i, bestY = y + j;
-            }
+    overPixels(Y, [&, sx = sx](int x, int y) {
+      int bestX = x, bestY = y;
+      float best = 1e9f;
+      const float mine = Y.row(y)[x];
+      if (x >= rx && y >= ry && x < 40 - rx && y < 33 - ry && rx + ry > 0 &&
+          !(std::fabs(blurredY.row(y)[x] - mine) < 0.03f)) {
+        for (int j = -ry; j <= ry; ++j)
+          for (int i = -rx; i <= rx; ++i) {
+            const auto weight =
+                static_cast<float>((std::abs(i) + std::abs(j)) * 0.3 / (rx + ry) + 1.0);
+            const float d = std::fabs(blurredY.row(y + j)[x + i] - mine) * weight;
+            if (d < best) best = d, bestX = x + i, bestY = y + j;
           }
-        }
-        ASSERT_EQ(outU.row(y)[x], U.row(bestY)[bestX]) << x << "," << y << " sigma " << sx;
-        ASSERT_EQ(outV.row(y)[x], V.row(bestY)[bestX]) << x << "," << y << " sigma " << sx;
       }
-    }
+      ASSERT_EQ(outU.row(y)[x], U.row(bestY)[bestX]) << x << "," << y << " sigma " << sx;
+      ASSERT_EQ(outV.row(y)[x], V.row(bestY)[bestX]) << x << "," << y << " sigma " << sx;
+    });
   }
 }
 

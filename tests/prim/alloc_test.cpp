@@ -7,6 +7,8 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "tests/support/heap.h"
+
 namespace {
 
 using namespace vx::prim;
@@ -22,6 +24,12 @@ TEST(Alloc, stepsArePaddedTo32BytesAndRefusalsStore0) {
   EXPECT_EQ(primMalloc_8u_C1(4, 4, nullptr), nullptr);
   EXPECT_EQ(primvMalloc_8u(0), nullptr);
   EXPECT_EQ(primvMalloc_32f(-1), nullptr);
+  {
+    const vx::test::Heap heap(0, true);
+    int none = -1;
+    EXPECT_EQ(primMalloc_8u_C1(4, 4, &none), nullptr);
+    EXPECT_EQ(none, 0);
+  }
   primFree(a);
   primvFree(b);  // either release takes either block
   primFree(nullptr);

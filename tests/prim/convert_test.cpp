@@ -1,7 +1,3 @@
-#include "prim/convert.h"
-
-#include <climits>
-
 #include "tests/prim/plane.h"
 
 namespace {
@@ -48,11 +44,11 @@ void expectRounded(int (*convert)(const float*, int, T*, int, int, int, int), in
 }
 
 TEST(Convert, roundsTiesSaturatesAndTakesNanToZero) {
-  expectRounded<std::uint8_t>(primConvert_32f8u_C1R, 1);
-  expectRounded<std::uint8_t>(primConvert_32f8u_C3R, 3);
-  expectRounded<std::uint16_t>(primConvert_32f16u_C1R, 1);
-  expectRounded<std::uint16_t>(primConvert_32f16u_C3R, 3);
-  expectRounded<std::int16_t>(primConvert_32f16s_C1R, 1);
+  expectRounded<U8>(primConvert_32f8u_C1R, 1);
+  expectRounded<U8>(primConvert_32f8u_C3R, 3);
+  expectRounded<U16>(primConvert_32f16u_C1R, 1);
+  expectRounded<U16>(primConvert_32f16u_C3R, 3);
+  expectRounded<S16>(primConvert_32f16s_C1R, 1);
 }
 
 template <class T>
@@ -66,10 +62,10 @@ void expectExact(int (*convert)(const T*, int, float*, int, int, int), int chann
 }
 
 TEST(Convert, wideningIsExact) {
-  expectExact<std::uint8_t>(primConvert_8u32f_C1R, 1);
-  expectExact<std::uint8_t>(primConvert_8u32f_C3R, 3);
-  expectExact<std::uint16_t>(primConvert_16u32f_C1R, 1);
-  expectExact<std::uint16_t>(primConvert_16u32f_C3R, 3);
+  expectExact<U8>(primConvert_8u32f_C1R, 1);
+  expectExact<U8>(primConvert_8u32f_C3R, 3);
+  expectExact<U16>(primConvert_16u32f_C1R, 1);
+  expectExact<U16>(primConvert_16u32f_C3R, 3);
 }
 
 }  // namespace

@@ -1,8 +1,3 @@
-#include "prim/deconvolution.h"
-
-#include <cstdlib>
-
-#include "prim/alloc.h"
 #include "tests/prim/plane.h"
 
 namespace {
@@ -65,11 +60,8 @@ TEST(Deconvolution, iteratesAsLucyAndRichardsonAlsoInPlace) {
         image.randomise(rng, brightest / 255, brightest);
         const Plane<double> expected = lucyRichardson(image, kernel, size, double{0.05f}, 3);
         ASSERT_EQ(call(primDeconvLR_32f_C1R, image, image, image.size(), 3, state.p), 0);
-        for (int y = 0; y < 7; ++y)
-          for (int x = 0; x < width; ++x)
-            ASSERT_NEAR(image.at(x, y), expected.at(x, y),
-                        1e-3 + 1e-4 * std::abs(expected.at(x, y)))
-                << "at " << x << ", " << y;
+        expectNear(
+            image, [&](int x, int y) { return expected.at(x, y); }, 1e-3, 1e-4);
       }
 }
 
@@ -99,22 +91,15 @@ TEST(Deconvolution, refusesInTheDocumentedOrder) {
 
 // Whichever allocation fails, those before it are released.
 TEST(Deconvolution, failedAllocationLeavesNothingBehind) {
-  static int left = 0, live = 0;
-  const MemHooks saved = primMemHooks;
-  primMemHooks.allocate = [](std::size_t size) -> void* {
-    return left-- > 0 ? (++live, std::malloc(size)) : nullptr;
-  };
-  primMemHooks.release = [](void* block) { --live, std::free(block); };
   const float one = 1;
   int failures = 0, status = -9;
   for (; status == -9 && failures < 20; ++failures) {
-    left = failures;
+    const vx::test::Heap heap(failures);
     primDeconvLRState* state = nullptr;
     status = primDeconvLRInitAlloc_32f_C1R(&state, &one, 1, 8, 8, 0);
     if (status == 0) primDeconvLRFree_32f_C1R(state);
-    EXPECT_EQ(live, 0) << failures;
+    EXPECT_EQ(vx::test::Heap::live(), 0) << failures;
   }
-  primMemHooks = saved;
   EXPECT_EQ(status, 0);
   EXPECT_GT(failures, 5);
 }

@@ -1,13 +1,8 @@
-#include "prim/filter.h"
-
-#include <climits>
-
 #include "tests/prim/plane.h"
 
 namespace {
 
 using namespace vx::prim;
-using U8 = std::uint8_t;
 
 std::vector<int> randomKernel(std::mt19937& rng, int size, int limit) {
   std::vector<int> kernel(static_cast<std::size_t>(size));
@@ -72,39 +67,37 @@ int expectedByte(std::int64_t exactSum, int divisor) {
   return static_cast<int>(q < 0 ? 0 : q > 255 ? 255 : q);
 }
 
-struct Kernel {
-  int width, height, anchorX, anchorY, limit;
-};
-
-void expectBytes(const Kernel& k, int divisor, std::mt19937& rng) {
-  SCOPED_TRACE(testing::Message() << k.width << "x" << k.height << ", divisor " << divisor);
+void expectBytes(int columns, int rows, int anchorX, int anchorY, int limit, int divisor,
+                 std::mt19937& rng) {
+  SCOPED_TRACE(testing::Message() << columns << "x" << rows << ", divisor " << divisor);
   Plane<U8> src(600, 4, 9), dst(600, 4);
   src.randomise(rng, 0, 255);
-  const std::vector<int> kernel = randomKernel(rng, k.width * k.height, k.limit);
-  const auto expect = [&](int status, int columns, int rows, int anchorX, int anchorY) {
+  const std::vector<int> kernel = randomKernel(rng, columns * rows, limit);
+  const auto expect = [&](int status, int w, int h, int x0, int y0) {
     ASSERT_EQ(status, 0);
     expectPlane(dst, [&](int x, int y) {
-      return expectedByte(convolved(src, x, y, kernel, columns, rows, anchorX, anchorY), divisor);
+      return expectedByte(convolved(src, x, y, kernel, w, h, x0, y0), divisor);
     });
   };
-  expect(call(primFilter_8u_C1R, src, dst, dst.size(), kernel, Size{k.width, k.height}, k.anchorX,
-              k.anchorY, divisor),
-         k.width, k.height, k.anchorX, k.anchorY);
-  expect(call(primFilterRow_8u_C1R, src, dst, dst.size(), kernel, k.width, k.anchorX, divisor),
-         k.width, 1, k.anchorX, 0);
-  expect(call(primFilterColumn_8u_C1R, src, dst, dst.size(), kernel, k.height, k.anchorY, divisor),
-         1, k.height, 0, k.anchorY);
+  const Size size = dst.size();
+  expect(call(primFilter_8u_C1R, src, dst, size, kernel, Size{columns, rows}, anchorX, anchorY,
+              divisor),
+         columns, rows, anchorX, anchorY);
+  expect(call(primFilterRow_8u_C1R, src, dst, size, kernel, columns, anchorX, divisor), columns, 1,
+         anchorX, 0);
+  expect(call(primFilterColumn_8u_C1R, src, dst, size, kernel, rows, anchorY, divisor), 1, rows, 0,
+         anchorY);
 }
 
 TEST(FilterBytes, roundsEveryKindOfDivisor) {
   std::mt19937 rng(88);
+  static constexpr int kKernels[][5] = {
+      {3, 5, 1, 2, 40}, {5, 1, 2, 0, 3}, {8, 8, 0, 7, 200}, {7, 2, 3, 1, 32768}};
   for (int divisor : {1, 2, 4, 64, 1 << 20, 3, 7, 10, 100, 571, -1, -2, -9})
-    for (const Kernel& k :
-         {Kernel{3, 5, 1, 2, 40}, {5, 1, 2, 0, 3}, {8, 8, 0, 7, 200}, {7, 2, 3, 1, 32768}})
-      expectBytes(k, divisor, rng);
+    for (const auto& [columns, rows, anchorX, anchorY, limit] : kKernels)
+      expectBytes(columns, rows, anchorX, anchorY, limit, divisor, rng);
   // Sums wrap, and quotients of the largest ones are still rounded without overflow.
-  for (int divisor : {1, 1 << 24, 1 << 30, INT_MIN})
-    expectBytes({3, 3, 1, 1, INT_MAX}, divisor, rng);
+  for (int divisor : {1, 1 << 24, 1 << 30, INT_MIN}) expectBytes(3, 3, 1, 1, INT_MAX, divisor, rng);
 }
 
 TEST(FilterGauss, matchesTheKernels) {
@@ -112,18 +105,17 @@ TEST(FilterGauss, matchesTheKernels) {
   const std::vector<int> k55 = {2,  7,  12, 7,  2,  7,  31, 52, 31, 7,  12, 52, 127,
                                 52, 12, 7,  31, 52, 31, 7,  2,  7,  12, 7,  2};
   std::mt19937 rng(15);
-  for (int width : {1, 2, 7, 44, 600}) {
-    Plane<float> src(width, 7, 2), dst(width, 7);
-    src.randomise(rng, -9999, 9999);
-    ASSERT_EQ(call(primFilterGauss_32f_C1R, src, dst, dst.size(), kMask33), 0);
-    expectPlane(dst, [&](int x, int y) {
-      return static_cast<double>(convolved(src, x, y, k33, 3, 3, 1, 1)) / 16;
-    });
-    ASSERT_EQ(call(primFilterGauss_32f_C1R, src, dst, dst.size(), kMask55), 0);
-    expectPlane(dst, [&](int x, int y) {
-      return static_cast<double>(convolved(src, x, y, k55, 5, 5, 2, 2)) / 571;
-    });
-  }
+  for (int width : {1, 2, 7, 44, 600})
+    for (int mask : {kMask33, kMask55}) {
+      Plane<float> src(width, 7, 2), dst(width, 7);
+      src.randomise(rng, -9999, 9999);
+      ASSERT_EQ(call(primFilterGauss_32f_C1R, src, dst, dst.size(), mask), 0);
+      expectPlane(dst, [&](int x, int y) {
+        const auto sum = mask == kMask33 ? convolved(src, x, y, k33, 3, 3, 1, 1)
+                                         : convolved(src, x, y, k55, 5, 5, 2, 2);
+        return static_cast<double>(sum) / (mask == kMask33 ? 16 : 571);
+      });
+    }
 }
 
 TEST(FilterGauss, mirroredImageGivesTheMirroredResult) {

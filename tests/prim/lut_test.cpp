@@ -1,9 +1,3 @@
-#include "prim/lut.h"
-
-#include <bit>
-#include <climits>
-
-#include "prim/alloc.h"
 #include "tests/prim/plane.h"
 
 namespace {
@@ -77,7 +71,7 @@ void expectCurve(Lut lut, const Curve& curve, double tolerance, int points) {
   for (int x = 0; x < src.width; ++x) {
     const float from = src.at(x, 0), to = out.at(x, 0);
     if (segmentOf(curve, from) < 0)
-      ASSERT_EQ(std::bit_cast<std::uint32_t>(to), std::bit_cast<std::uint32_t>(from));
+      ASSERT_EQ(bitsOf(to), bitsOf(from));
     else
       ASSERT_NEAR(to, polynomialAt(curve, from, points), tolerance) << from;
   }
@@ -113,9 +107,9 @@ TEST(Lut, firstSegmentWinsWhateverTheOrderOfTheLevels) {
       {{1, 2, 3, 4, 5}, {-0.0f, 0.0f, 1, 2, 3}}};
   for (const Curve& curve : kCurves) expectCurve(primLUT_Linear_32f_C1IR, curve, 1e-6, 2);
   Curve manySegments;
-  for (int i = 0; i < 20; ++i) {
-    manySegments.levels.push_back(static_cast<float>(i / 2));  // a step at every level
-    manySegments.values.push_back(static_cast<float>(i));
+  for (float i = 0; i < 20; ++i) {
+    manySegments.levels.push_back(std::floor(i / 2));  // a step at every level
+    manySegments.values.push_back(i);
   }
   expectCurve(primLUT_Linear_32f_C1IR, manySegments, 1e-6, 2);
   expectCurve(primLUT_Cubic_32f_C1IR, {{1, 2, 3, 4, 9}, {0, 3, 1, 4, 2}}, 1e-5, 4);
@@ -125,15 +119,13 @@ TEST(Lut, refusesFewLevelsAndLongCurvesWithoutMemory) {
   std::mt19937 rng(16);
   const Curve curve = risingCurve(rng, 5000);
   Plane<float> image(1, 1);
-  const MemHooks saved = primMemHooks;
-  primMemHooks.allocate = [](std::size_t) -> void* { return nullptr; };
+  const vx::test::Heap noMemory(0, true);
   for (Lut lut : {Lut{primLUT_Linear_32f_C1IR}, Lut{primLUT_Cubic_32f_C1IR}}) {
     for (int count : {1, 0, INT_MIN})
       EXPECT_EQ(call(lut, image, image.size(), curve.values, curve.levels, count),
                 kStatusFewLutLevels);
     EXPECT_EQ(run(lut, image, curve), kStatusNoMemory);
   }
-  primMemHooks = saved;
 }
 
 }  // namespace

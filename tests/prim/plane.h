@@ -2,14 +2,26 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <bit>
+#include <climits>
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <numbers>
 #include <random>
 #include <source_location>
 #include <tuple>
 #include <type_traits>
+#include <utility>
 #include <vector>
+
+#include "prim/prims.h"
+#include "tests/support/heap.h"
+
+using U8 = std::uint8_t;
+using U16 = std::uint16_t;
+using S16 = std::int16_t;
 
 inline constexpr float kInf = std::numeric_limits<float>::infinity();
 inline constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
@@ -69,6 +81,17 @@ void expectPlane(const Plane<T>& dst, Expected expected) {
       ASSERT_EQ(dst.at(x, y), static_cast<T>(expected(x, y))) << "at " << x << ", " << y;
 }
 
+// Within `relative` of the expected value and `absolute` more.
+template <class Expected>
+void expectNear(const Plane<float>& dst, Expected expected, double absolute, double relative) {
+  for (int y = 0; y < dst.height; ++y)
+    for (int x = 0; x < dst.width; ++x) {
+      const double want = expected(x, y);
+      ASSERT_NEAR(dst.at(x, y), want, absolute + relative * std::abs(want))
+          << "at " << x << ", " << y;
+    }
+}
+
 // What an argument of call() stands for.
 template <class T>
 auto operands(T& argument) {
@@ -81,6 +104,8 @@ auto operands(T& argument) {
   else
     return std::tuple(argument);
 }
+
+inline std::uint32_t bitsOf(float v) { return std::bit_cast<std::uint32_t>(v); }
 
 // Calls a primitive: an image stands for its pointer and step, a size for width and height.
 template <class Prim, class... Args>

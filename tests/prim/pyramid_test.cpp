@@ -1,7 +1,3 @@
-#include "prim/pyramid.h"
-
-#include <climits>
-
 #include "tests/prim/plane.h"
 
 namespace {

@@ -1,16 +1,9 @@
-#include "prim/stats.h"
-
-#include <climits>
-
-#include "prim/alloc.h"
 #include "prim/dispatch.h"
 #include "tests/prim/plane.h"
 
 namespace {
 
 using namespace vx::prim;
-using U8 = std::uint8_t;
-using S16 = std::int16_t;
 
 // Two interleaved sums in the generic variant, sixteen folded ones in every other.
 double laneSum(const Plane<float>& image, int lanes) {
@@ -136,15 +129,13 @@ TEST(Histogram, countsAlikeForAnyLevelsAndSizesAndWithoutMemory) {
                                            {-32769, -32768, -32767, 32766, 32767, 32768, 32769},
                                            {}};
   for (int i = -20; i < 92; ++i) kLevels.back().push_back(i * 13);
-  const MemHooks saved = primMemHooks;
   // In the last so many pixels that a single bin is worth a table.
   for (const Size& size : {Size{5, 3}, {33, 7}, {300, 200}, {700, 600}})
     for (bool memory : {true, false}) {
-      if (!memory) primMemHooks.allocate = [](std::size_t) -> void* { return nullptr; };
+      const vx::test::Heap heap(memory ? -1 : 0, true);
       Plane<S16> image(size.width, size.height);
       image.draw([&] { return rng() % 4 == 0 ? int(rng() % 64) - 32 : drawValue<S16>(rng); });
       for (const auto& levels : kLevels) expectHistogram(image, levels);
-      primMemHooks = saved;
     }
   const S16 pixel = 0;
   int hist = 0;

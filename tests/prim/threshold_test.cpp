@@ -1,16 +1,8 @@
-#include "prim/threshold.h"
-
-#include <algorithm>
-#include <bit>
-
 #include "tests/prim/plane.h"
 
 namespace {
 
 using namespace vx::prim;
-using U8 = std::uint8_t;
-using U16 = std::uint16_t;
-using S16 = std::int16_t;
 
 TEST(Threshold, clipsIntegersFromAbove) {
   static constexpr U16 kLevels[] = {1000, 0, 40000};
@@ -37,9 +29,7 @@ TEST(Threshold, clipsFloatsFromAboveAndBelow) {
     for (int x = 0; x < 96 * 3; ++x) {
       const float v = before.at(x % 96, x / 96), limit = kLevels[x % channels];
       const bool kept = above ? v <= limit : v >= limit;
-      ASSERT_EQ(std::bit_cast<std::uint32_t>(d.at(x % 96, x / 96)),
-                std::bit_cast<std::uint32_t>(kept ? v : limit))
-          << v << ", level " << limit;
+      ASSERT_EQ(bitsOf(d.at(x % 96, x / 96)), bitsOf(kept ? v : limit)) << v << ", level " << limit;
     }
   };
   expectClipped(primThreshold_GT_32f_C1IR, true, kLevels[0], 1);

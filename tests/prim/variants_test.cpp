@@ -6,9 +6,7 @@
 #include <cstdio>
 
 #include "tests/prim/variants/drivers.h"
-#include "tests/prim/variants/drivers_filter.h"
 #include "tests/prim/variants/drivers_jpeg.h"
-#include "tests/prim/variants/drivers_special.h"
 
 namespace {
 

@@ -1,8 +1,3 @@
-#include "prim/window.h"
-
-#include <numbers>
-
-#include "prim/alloc.h"
 #include "tests/prim/plane.h"
 
 namespace {
@@ -18,13 +13,12 @@ TEST(Window, hammingFollowsTheCosineAndIsSymmetric) {
     ASSERT_EQ(primvWinHamming_32f_I(v.data(), n), 0);
     ASSERT_EQ(primvWinHamming_32f_I(ones.data(), n), 0);
     EXPECT_EQ(ones.at(0, 0), 0.08f);
-    for (int i = 0; i < n; ++i) {
-      const double in = before.at(i, 0);
-      const double exact = in * (0.54 - 0.46 * std::cos(2 * std::numbers::pi * i / (n - 1)));
-      // Half a unit in the last place of a float, and the drift of the rotation.
-      ASSERT_NEAR(v.at(i, 0), exact, std::abs(exact) * 6.0e-8) << i << " of " << n;
-      ASSERT_EQ(ones.at(i, 0), ones.at(n - 1 - i, 0)) << i << " of " << n;
-    }
+    const double turn = 2 * std::numbers::pi / (n - 1);
+    // Half a unit in the last place of a float, and the drift of the rotation.
+    expectNear(
+        v, [&](int i, int) { return before.at(i, 0) * (0.54 - 0.46 * std::cos(turn * i)); }, 0,
+        6.0e-8);
+    expectPlane(ones, [&](int i, int) { return ones.at(n - 1 - i, 0); });
   }
 }
 
@@ -38,12 +32,11 @@ TEST(Window, bartlettIsTheProductOfTwoTriangles) {
       Plane<float> before(width, height), image(width, height);
       image = before.draw([&] { return drawValue<float>(rng); });
       ASSERT_EQ(call(primWinBartlett2D_32f_C1IR, image, image.size()), 0);
-      for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x) {
-          const double exact = before.at(x, y) * bartlett(x, width) * bartlett(y, height);
-          // Two windows and two products, each rounded; exact at the ends and in the middle.
-          ASSERT_NEAR(image.at(x, y), exact, std::abs(exact) * 4 * 6.0e-8) << x << ", " << y;
-        }
+      // Two windows and two products, each rounded; exact at the ends and in the middle.
+      expectNear(
+          image,
+          [&](int x, int y) { return before.at(x, y) * bartlett(x, width) * bartlett(y, height); },
+          0, 4 * 6.0e-8);
       if (width % 2 == 1 && height % 2 == 1) {
         EXPECT_EQ(image.at(width / 2, height / 2), before.at(width / 2, height / 2));
       }
@@ -55,10 +48,8 @@ TEST(Window, refusesSizesBelow3AndMissingMemory) {
   EXPECT_EQ(primvWinHamming_32f_I(v, 2), -6);
   EXPECT_EQ(primWinBartlett2D_32f_C1IR(v, 0, 2, 3), -6);
   EXPECT_EQ(primWinBartlett2D_32f_C1IR(v, 12, 3, 2), -6);
-  const MemHooks saved = primMemHooks;
-  primMemHooks.allocate = [](std::size_t) -> void* { return nullptr; };
+  const vx::test::Heap noMemory(0, true);
   EXPECT_EQ(primWinBartlett2D_32f_C1IR(v, 12, 3, 3), -9);
-  primMemHooks = saved;
 }
 
 }  // namespace

@@ -22,11 +22,17 @@ using Plane = GIMG<float>;
 inline float& at(Plane& p, int x, int y) { return p.row(y)[x]; }
 inline float at(const Plane& p, int x, int y) { return p.row(y)[x]; }
 
+/// Calls f(x, y) for every pixel.
+template <class Image, class F>
+void overPixels(const Image& image, const F& f) {
+  for (int y = 0; y < image.height; ++y)
+    for (int x = 0; x < image.width; ++x) f(x, y);
+}
+
 /// Sets every pixel to value(x, y).
 template <class Value>
 void paint(Plane& p, const Value& value) {
-  for (int y = 0; y < p.height; ++y)
-    for (int x = 0; x < p.width; ++x) at(p, x, y) = value(x, y);
+  overPixels(p, [&](int x, int y) { at(p, x, y) = value(x, y); });
 }
 
 template <class Image>

@@ -15,6 +15,8 @@ namespace {
 using namespace vx;
 using namespace vx::test;
 
+const prim::FloatModeGuard kFloatMode;  // that of the library, for the whole program
+
 constexpr float kInf = std::numeric_limits<float>::infinity();
 
 int setUp(BilateralFilter& f, int w, int h, Range r = {0.0f, 1.0f, 0.1f}, int sample = 8) {
@@ -32,7 +34,6 @@ using GridTypes = ::testing::Types<BilateralFilter, BilateralLocalHistEq>;
 TYPED_TEST_SUITE(Grids, GridTypes);
 
 TYPED_TEST(Grids, reportMissingMemoryAndLeaveThePlane) {
-  const prim::FloatModeGuard floatMode;
   Plane before(40, 30), plane(40, 30);
   fill(before, 21);
   copyImage(before, plane);
@@ -56,21 +57,18 @@ TYPED_TEST(Grids, reportMissingMemoryAndLeaveThePlane) {
 }
 
 TYPED_TEST(Grids, refuseWhatDoesNotFit) {
-  const struct {
-    int width, height;
-    Range range;
-    int sample, result;
-  } cases[] = {{50, 50, {1.0f, 0.0f, 0.1f}, 8, kVxrcNoMemory},
-               {-500, 50, {0.0f, 1.0f, 0.1f}, 8, kVxrcNoMemory},
-               {50, INT_MIN, {0.0f, 1.0f, 0.1f}, 2, kVxrcNoMemory},
-               {INT_MAX, INT_MAX, {0.0f, 1.0f, 0.1f}, 2, kVxrcNoMemory},
-               {50, 50, {0.0f, 1.0f, 0.1f}, 1, kVxrcBadSetup}};
+  const std::tuple<int, int, Range, int, int> cases[] = {
+      {50, 50, {1.0f, 0.0f, 0.1f}, 8, kVxrcNoMemory},
+      {-500, 50, {0.0f, 1.0f, 0.1f}, 8, kVxrcNoMemory},
+      {50, INT_MIN, {0.0f, 1.0f, 0.1f}, 2, kVxrcNoMemory},
+      {INT_MAX, INT_MAX, {0.0f, 1.0f, 0.1f}, 2, kVxrcNoMemory},
+      {50, 50, {0.0f, 1.0f, 0.1f}, 1, kVxrcBadSetup}};
   TypeParam grid;
   Plane plane(20, 10), before(20, 10), other(20, 9), none(0, 0);
   fill(plane, 4);
   copyImage(plane, before);
-  for (const auto& c : cases) {
-    EXPECT_EQ(setUp(grid, c.width, c.height, c.range, c.sample), c.result);
+  for (const auto& [width, height, range, sample, result] : cases) {
+    EXPECT_EQ(setUp(grid, width, height, range, sample), result);
     EXPECT_EQ(run(grid, plane), kVxrcSizeMismatch) << "without a grid";
   }
   ASSERT_EQ(setUp(grid, 20, 10), kVxrcOk);
@@ -92,14 +90,12 @@ AdjustToneStage everything(int saturationMode) {
 }
 
 TEST(ToneMemory, theStageLeavesOutStepsAndLeaksNothing) {
-  const prim::FloatModeGuard floatMode;
   IMG3<float> before(40, 30), image(40, 30);
   fill(before, 22);
   for (const int mode : {0, 2})
     for (const bool stays : {false, true}) {
-      bool anyRefused = true;
       int refused = 0;
-      for (; anyRefused; ++refused) {
+      for (bool anyRefused = true; anyRefused; ++refused) {
         copyImage(before, image);
         const Heap heap(refused, stays);
         EXPECT_EQ(everything(mode).apply(image), 0);
@@ -113,7 +109,6 @@ TEST(ToneMemory, theStageLeavesOutStepsAndLeaksNothing) {
 }
 
 TEST(ToneMemory, imagesWithoutMemoryAreLeftAlone) {
-  const prim::FloatModeGuard floatMode;
   Plane none(INT_MAX / 2, 3), empty(0, 0);
   IMG3<float> noImage(0, 5);
   ASSERT_EQ(none.data, nullptr);
@@ -127,7 +122,6 @@ TEST(ToneMemory, imagesWithoutMemoryAreLeftAlone) {
 
 // For the sanitizers: nothing may be read or written outside, whatever the numbers are.
 TEST(ToneBadValues, noSettingAndNoPixelLeavesTheMemory) {
-  const prim::FloatModeGuard floatMode;
   const float nan = std::numeric_limits<float>::quiet_NaN();
   const float values[] = {nan, kInf, -kInf, 3.0e38f, -3.0e38f, 0.0f, -1.0f, 1.0f, 1e-30f, 4.5f};
   for (const float bad : values) {
@@ -147,13 +141,12 @@ TEST(ToneBadValues, noSettingAndNoPixelLeavesTheMemory) {
       stage.saturation.highKnee = stage.saturation.detailRange = bad;
       EXPECT_EQ(stage.apply(image), 0);
     }
-    for (const Range range : {Range{0.0f, 1.0f, bad}, {bad, 1.0f, 0.1f}, {0.0f, bad, 0.1f}}) {
+    for (const Range r : {Range{0.0f, 1.0f, bad}, {bad, 1.0f, 0.1f}, {0.0f, bad, 0.1f}}) {
       BilateralFilter filter;
-      if (setUp(filter, 45, 31, range, 6) == kVxrcOk) filter.filter(plane, guide, bad);
+      if (setUp(filter, 45, 31, r, 6) == kVxrcOk) filter.filter(plane, guide, bad);
       BilateralLocalHistEq eq;
-      if (std::fabs(range.step) > 1e-4f &&
-          eq.setupGrid(45, 31, range.low, range.high, 6, range.step, bad, 1.0f, bad, bad, 0) ==
-              kVxrcOk)
+      if (std::fabs(r.step) > 1e-4f &&
+          eq.setupGrid(45, 31, r.low, r.high, 6, r.step, bad, 1.0f, bad, bad, 0) == kVxrcOk)
         eq.equalize(plane, bad, bad, bad);
     }
   }

@@ -8,26 +8,25 @@ namespace {
 using namespace vx;
 using namespace vx::test;
 
+const prim::FloatModeGuard kFloatMode;  // that of the library, for the whole program
+
 TEST(GridFilter, everyPixelIsThatOfTheReference) {
-  const prim::FloatModeGuard floatMode;
-  const struct {
-    int width, height, sample;
-    Range range;
-  } cases[] = {{97, 61, 16, {0.0f, 1.0f, 0.1f}},
-               {97, 61, 6, {0.0f, 1.0f, 0.025f}},
-               {160, 40, 7, {0.0f, 1.0f, 0.05f}},
-               {120, 33, 2, {0.0f, 1.0f, 0.3f}},
-               // A span of 1.0745 takes bins out of their column, by several cells at 0.012.
-               {64, 64, 5, {-0.03725f, 1.03725f, 0.012f}},
-               {70, 31, 9, {-0.5372f, 0.5373f, 0.02f}},
-               // More cells than a bin can say.
-               {50, 50, 8, {0.0f, 1.0f, 0.0025f}},
-               {50, 50, 8, {0.0f, 1.0f, 1.0f / 253.0f}},
-               {33, 20, 4, {0.0f, 2.0f, 0.5f}},
-               {5, 4, 16, {0.0f, 1.0f, 0.1f}},
-               {1, 1, 2, {0.0f, 1.0f, 0.1f}},
-               {1, 40, 3, {0.0f, 1.0f, 0.1f}},
-               {40, 1, 3, {0.0f, 1.0f, 0.1f}}};
+  const std::tuple<int, int, int, Range> cases[] = {
+      {97, 61, 16, {0.0f, 1.0f, 0.1f}},
+      {97, 61, 6, {0.0f, 1.0f, 0.025f}},
+      {160, 40, 7, {0.0f, 1.0f, 0.05f}},
+      {120, 33, 2, {0.0f, 1.0f, 0.3f}},
+      // A span of 1.0745 takes bins out of their column, by several cells at 0.012.
+      {64, 64, 5, {-0.03725f, 1.03725f, 0.012f}},
+      {70, 31, 9, {-0.5372f, 0.5373f, 0.02f}},
+      // More cells than a bin can say.
+      {50, 50, 8, {0.0f, 1.0f, 0.0025f}},
+      {50, 50, 8, {0.0f, 1.0f, 1.0f / 253.0f}},
+      {33, 20, 4, {0.0f, 2.0f, 0.5f}},
+      {5, 4, 16, {0.0f, 1.0f, 0.1f}},
+      {1, 1, 2, {0.0f, 1.0f, 0.1f}},
+      {1, 40, 3, {0.0f, 1.0f, 0.1f}},
+      {40, 1, 3, {0.0f, 1.0f, 0.1f}}};
   for (const auto& [w, h, sample, range] : cases) {
     Plane plane(w, h), guide(w, h), expected(w, h), expectedSelf(w, h), actual(w, h);
     fill(plane, 1);
@@ -55,7 +54,6 @@ TEST(GridFilter, everyPixelIsThatOfTheReference) {
 
 // The cell of a guide at rangeMax is the layer that the border replication overwrites.
 TEST(GridFilter, aFlatPlaneComesBackUnlessItIsExactlyOne) {
-  const prim::FloatModeGuard floatMode;
   for (const float value : {0.25f, 0.999f, 1.0f}) {
     Plane plane(40, 40);
     prim::primSet_32f_C1R(value, plane.data, plane.step, 40, 40);
@@ -68,7 +66,6 @@ TEST(GridFilter, aFlatPlaneComesBackUnlessItIsExactlyOne) {
 }
 
 TEST(GridFilter, historyIsBlendedBetweenCalls) {
-  const prim::FloatModeGuard floatMode;
   Plane first(48, 32), second(48, 32), result[3] = {{48, 32}, {48, 32}, {48, 32}};
   fill(first, 5);
   fill(second, 6);
@@ -90,20 +87,17 @@ TEST(GridFilter, historyIsBlendedBetweenCalls) {
 }
 
 TEST(LocalEq, everyPixelIsThatOfTheReference) {
-  const prim::FloatModeGuard floatMode;
-  const struct {
-    int width, height, sample;
-    EqSettings settings;
-  } cases[] = {{120, 70, 16, {0.05f, 0.9f, 1.0f, 0.4f, 0.7f, 0.3f}},
-               {120, 70, 50, {0.0f, 1.0f, 0.0f, 0.5f, 1.0f, 1.0f}},
-               {97, 61, 6, {0.02f, 0.8f, -0.6f, 0.4f, 0.9f, 0.85f}},
-               {97, 61, 20, {0.0f, 1.0f, 2.0f, 0.1f, 0.99f, 0.0f}},
-               {31, 9, 4, {0.1f, 0.5f, 0.5f, 0.4f, 0.02f, 0.95f}},
-               {1, 1, 6, {0.0f, 1.0f, 0.0f, 0.5f, 0.5f, 0.5f}},
-               {1, 23, 6, {0.0f, 1.0f, 0.0f, 0.5f, 0.5f, 0.5f}},
-               {23, 1, 6, {0.0f, 1.0f, 0.0f, 0.5f, 0.5f, 0.5f}},
-               // A cell of more pixels than a float counts in steps of 1 from 0.25.
-               {4400, 1000, 5000, {0.0f, 1.0f, 0.0f, 0.5f, 1.0f, 0.5f}}};
+  const std::tuple<int, int, int, EqSettings> cases[] = {
+      {120, 70, 16, {0.05f, 0.9f, 1.0f, 0.4f, 0.7f, 0.3f}},
+      {120, 70, 50, {0.0f, 1.0f, 0.0f, 0.5f, 1.0f, 1.0f}},
+      {97, 61, 6, {0.02f, 0.8f, -0.6f, 0.4f, 0.9f, 0.85f}},
+      {97, 61, 20, {0.0f, 1.0f, 2.0f, 0.1f, 0.99f, 0.0f}},
+      {31, 9, 4, {0.1f, 0.5f, 0.5f, 0.4f, 0.02f, 0.95f}},
+      {1, 1, 6, {0.0f, 1.0f, 0.0f, 0.5f, 0.5f, 0.5f}},
+      {1, 23, 6, {0.0f, 1.0f, 0.0f, 0.5f, 0.5f, 0.5f}},
+      {23, 1, 6, {0.0f, 1.0f, 0.0f, 0.5f, 0.5f, 0.5f}},
+      // A cell of more pixels than a float counts in steps of 1 from 0.25.
+      {4400, 1000, 5000, {0.0f, 1.0f, 0.0f, 0.5f, 1.0f, 0.5f}}};
   for (const auto& [w, h, sample, s] : cases) {
     Plane image(w, h), expected(w, h), actual(w, h);
     fill(image, 3);

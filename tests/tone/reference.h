@@ -32,24 +32,17 @@ inline AdjustToneStage fullSetting() {
   stage.sharpenAmount = 1.6f;
   stage.sharpenSigma = 1.0f;
   stage.hueShift = 0.03f;
-  stage.lightness.eqStrength = 0.8f;
-  stage.lightness.eqClip = 0.3f;
-  stage.lightness.eqSample = 20;
-  stage.lightness.eqPeakGain = 0.5f;
-  stage.lightness.eqTopCut = 0.03f;
-  stage.lightness.eqFloor = 0.02f;
-  stage.lightness.gamma = 0.4f;
-  stage.lightness.detailRange = 0.1f;
-  stage.lightness.detailSample = 9;
-  stage.lightness.detailGain = 1.4f;
-  stage.lightness.detailGamma = 0.8f;
-  stage.saturation.eqStrength = 0.3f;
-  stage.saturation.eqSample = 25;
-  stage.saturation.contrast = 1.1f;
-  stage.saturation.gamma = 0.9f;
-  stage.saturation.lowKnee = 0.1f;
-  stage.saturation.highKnee = 0.15f;
-  stage.saturation.detailGain = 1.3f;
+  // equalisation: strength, clip, sample, peak; gamma, top cut, floor; detail: range, sample, gain,
+  // gamma
+  stage.lightness = {0.8f, 0.3f, 20, 0.5f, 0.4f, 0.03f, 0.02f, 0.1f, 9, 1.4f, 0.8f};
+  SaturationTone& saturation = stage.saturation;
+  saturation.eqStrength = 0.3f;
+  saturation.eqSample = 25;
+  saturation.contrast = 1.1f;
+  saturation.gamma = 0.9f;
+  saturation.lowKnee = 0.1f;
+  saturation.highKnee = 0.15f;
+  saturation.detailGain = 1.3f;
   return stage;
 }
 

@@ -21,6 +21,13 @@ struct Grid {
   }
 };
 
+// Calls f(x, y) for all of a rectangle.
+template <class F>
+void over(int x0, int y0, int x1, int y1, const F& f) {
+  for (int y = y0; y < y1; ++y)
+    for (int x = x0; x < x1; ++x) f(x, y);
+}
+
 int cellsAlong(int size, int sample) { return size / sample + (size % sample != 0) + 4; }
 
 int depthOf(const Range& r) {
@@ -59,27 +66,21 @@ void blur(Grid& g) {
       g(y, x, 1) = g(y, x, 2);
       g(y, x, g.d - 2) = g(y, x, g.d - 3);
     }
-    for (int x = 1; x <= g.w - 2; ++x) {
-      for (int z = 1; z <= g.d - 2; ++z) {
-        float along[3];
-        for (int i = -1; i <= 1; ++i) {
-          const float c = g(y, x + i, z);
-          along[i + 1] = (g(y, x + i, z - 1) + g(y, x + i, z + 1)) + (c + c);
-        }
-        s(y, x, z) = ((along[0] + along[2]) + (along[1] + along[1])) * 0.0625f;
-      }
-    }
+    over(1, 1, g.d - 1, g.w - 1, [&](int z, int x) {
+      const auto along = [&](int i) {
+        const float c = g(y, i, z);
+        return (g(y, i, z - 1) + g(y, i, z + 1)) + (c + c);
+      };
+      s(y, x, z) = ((along(x - 1) + along(x + 1)) + (along(x) + along(x))) * 0.0625f;
+    });
   }
-  for (int x = 0; x < g.w; ++x) {
-    for (int z = 0; z < g.d; ++z) {
-      s(1, x, z) = s(2, x, z);
-      s(g.h - 2, x, z) = s(g.h - 3, x, z);
-    }
-  }
+  over(0, 0, g.d, g.w, [&](int z, int x) {
+    s(1, x, z) = s(2, x, z);
+    s(g.h - 2, x, z) = s(g.h - 3, x, z);
+  });
   for (int y = 1; y <= g.h - 2; ++y)
-    for (int x = 1; x <= g.w - 2; ++x)
-      for (int z = 1; z <= g.d - 2; ++z)
-        g(y, x, z) = 2.0f * s(y, x, z) + s(y - 1, x, z) + s(y + 1, x, z);
+    over(1, 1, g.d - 1, g.w - 1,
+         [&](int z, int x) { g(y, x, z) = 2.0f * s(y, x, z) + s(y - 1, x, z) + s(y + 1, x, z); });
 }
 
 float read(Grid& g, int x, int y, int sample, float guide) {
@@ -91,38 +92,35 @@ float read(Grid& g, int x, int y, int sample, float guide) {
   const float fx = gx - static_cast<float>(ix);
   const float fy = gy - static_cast<float>(iy);
   const float fz = guide - static_cast<float>(z);
-  float m[2];
-  for (int a = 0; a < 2; ++a) {
-    float l[2];
-    for (int b = 0; b < 2; ++b)
-      l[b] = g(iy + a, ix + b, z + 1) * fz + g(iy + a, ix + b, z) * (1.0f - fz);
-    m[a] = fx * l[1] + (1.0f - fx) * l[0];
-  }
-  return (1.0f - fy) * m[0] + fy * m[1];
+  const auto along = [&](int gridY, int gridX) {
+    return g(gridY, gridX, z + 1) * fz + g(gridY, gridX, z) * (1.0f - fz);
+  };
+  const auto across = [&](int gridY) {
+    return fx * along(gridY, ix + 1) + (1.0f - fx) * along(gridY, ix);
+  };
+  return (1.0f - fy) * across(iy) + fy * across(iy + 1);
 }
 
 void clipAndBlend(Grid& g, const EqSettings& s) {
   const auto bins = static_cast<float>(g.d);
-  for (int y = 0; y < g.h; ++y) {
-    for (int x = 0; x < g.w; ++x) {
-      float sum = 0.0f, peak = 0.0f, excess = 0.0f;
-      for (int z = 0; z < g.d; ++z) sum += g(y, x, z);
-      for (int z = 0; z < g.d; ++z) peak = std::max(peak, g(y, x, z));
-      const float base = (sum / bins) * 12.0f;
-      float limit = s.clipScale * base;
-      if (s.clipScale > 0.8f && base < peak)
-        limit = 0.8f * base + (peak - 0.8f * base) * (s.clipScale - 0.8f) / 0.2f;
-      for (int z = 0; z < g.d; ++z)
-        if (g(y, x, z) > limit) excess += g(y, x, z) - limit;
-      for (int z = 0; z < g.d; ++z) g(y, x, z) = std::min(g(y, x, z), limit) + excess / bins;
-      if (!(s.strength < 0.99f)) continue;
-      sum = 0.0f;
-      for (int z = 0; z < g.d; ++z) sum += g(y, x, z);
-      for (int z = 0; z < g.d; ++z)
-        g(y, x, z) =
-            g(y, x, z) * s.strength + (sum / static_cast<float>(g.d - 4)) * (1.0f - s.strength);
-    }
-  }
+  over(0, 0, g.w, g.h, [&](int x, int y) {
+    float sum = 0.0f, peak = 0.0f, excess = 0.0f;
+    for (int z = 0; z < g.d; ++z) sum += g(y, x, z);
+    for (int z = 0; z < g.d; ++z) peak = std::max(peak, g(y, x, z));
+    const float base = (sum / bins) * 12.0f;
+    float limit = s.clipScale * base;
+    if (s.clipScale > 0.8f && base < peak)
+      limit = 0.8f * base + (peak - 0.8f * base) * (s.clipScale - 0.8f) / 0.2f;
+    for (int z = 0; z < g.d; ++z)
+      if (g(y, x, z) > limit) excess += g(y, x, z) - limit;
+    for (int z = 0; z < g.d; ++z) g(y, x, z) = std::min(g(y, x, z), limit) + excess / bins;
+    if (!(s.strength < 0.99f)) return;
+    sum = 0.0f;
+    for (int z = 0; z < g.d; ++z) sum += g(y, x, z);
+    for (int z = 0; z < g.d; ++z)
+      g(y, x, z) =
+          g(y, x, z) * s.strength + (sum / static_cast<float>(g.d - 4)) * (1.0f - s.strength);
+  });
 }
 
 void integrate(Grid& g, const EqSettings& s) {
@@ -135,58 +133,53 @@ void integrate(Grid& g, const EqSettings& s) {
     const float w = std::exp(-t * t);
     return s.peakGain > 0.0f ? s.peakGain * w + 1.0f : 1.0f - s.peakGain * (1.0f - w);
   };
-  for (int y = 1; y <= g.h - 2; ++y) {
-    for (int x = 1; x <= g.w - 2; ++x) {
-      for (int z = 0; z <= 1; ++z) g(y, x, z) = emphasis(z) * 1e-12f;
-      float acc = 1e-12f;
-      for (int z = 2; z <= g.d - 3; ++z) {
-        acc = acc + emphasis(z) * g(y, x, z);
-        g(y, x, z) = acc;
-      }
-      for (int z = g.d - 2; z <= g.d - 1; ++z) g(y, x, z) = emphasis(z) * acc;
-      const float q = (acc / s.outScale) / (1.0f - s.outLow);
-      for (int i = 0; i < g.d; ++i) g(y, x, 1 + i) = s.outLow + g(y, x, 1 + i) / q;
+  over(1, 1, g.w - 1, g.h - 1, [&](int x, int y) {
+    for (int z = 0; z <= 1; ++z) g(y, x, z) = emphasis(z) * 1e-12f;
+    float acc = 1e-12f;
+    for (int z = 2; z <= g.d - 3; ++z) {
+      acc = acc + emphasis(z) * g(y, x, z);
+      g(y, x, z) = acc;
     }
-  }
+    for (int z = g.d - 2; z <= g.d - 1; ++z) g(y, x, z) = emphasis(z) * acc;
+    const float q = (acc / s.outScale) / (1.0f - s.outLow);
+    for (int i = 0; i < g.d; ++i) g(y, x, 1 + i) = s.outLow + g(y, x, 1 + i) / q;
+  });
 }
 
 }  // namespace
 
 void referenceFilter(Plane& data, const Plane& guide, const Range& range, int sample) {
   const int w = data.width, h = data.height;
-  const int gridWidth = cellsAlong(w, sample), gridHeight = cellsAlong(h, sample);
-  Grid value(gridWidth, gridHeight, depthOf(range), 0.0f);
-  Grid weight(gridWidth, gridHeight, depthOf(range), 1e-11f);
+  Grid value(cellsAlong(w, sample), cellsAlong(h, sample), depthOf(range), 0.0f);
+  Grid weight(value.w, value.h, value.d, 1e-11f);
   const auto key = [&](int x, int y) { return clipTo(at(guide, x, y), range); };
-  for (int y = 0; y < h; ++y) {
-    for (int x = 0; x < w; ++x) {
-      const int z = toCell(coordinate(key(x, y), range, 2.0f));
-      value(2 + y / sample, 2 + x / sample, z) += at(data, x, y);
-      weight(2 + y / sample, 2 + x / sample, z) += 1.0f;
-    }
-  }
+  over(0, 0, w, h, [&](int x, int y) {
+    const int z = toCell(coordinate(key(x, y), range, 2.0f));
+    value(2 + y / sample, 2 + x / sample, z) += at(data, x, y);
+    weight(2 + y / sample, 2 + x / sample, z) += 1.0f;
+  });
   blur(weight);
   blur(value);
   for (std::size_t i = 0; i < value.cells.size() - 257; ++i) value.cells[i] /= weight.cells[i];
-  for (int y = 0; y < h; ++y)
-    for (int x = 0; x < w; ++x)
-      at(data, x, y) = read(value, x, y, sample, coordinate(key(x, y), range, 1.5f));
+  over(0, 0, w, h, [&](int x, int y) {
+    at(data, x, y) = read(value, x, y, sample, coordinate(key(x, y), range, 1.5f));
+  });
 }
 
 void referenceEqualize(Plane& image, int sample, const EqSettings& settings) {
   const Range range = {0.0f, 1.0f, 0.01f};
   const int w = image.width, h = image.height;
   Grid hist(cellsAlong(w, sample), cellsAlong(h, sample), depthOf(range), 0.25f);
-  for (int y = 0; y < h; ++y)
-    for (int x = 0; x < w; ++x)
-      hist(2 + y / sample, 2 + x / sample,
-           std::min(toCell(coordinate(at(image, x, y), range, 2.0f)), (hist.d - 1) % 256)) += 1.0f;
+  over(0, 0, w, h, [&](int x, int y) {
+    const int z = toCell(coordinate(at(image, x, y), range, 2.0f));
+    hist(2 + y / sample, 2 + x / sample, std::min(z, (hist.d - 1) % 256)) += 1.0f;
+  });
   clipAndBlend(hist, settings);
   blur(hist);
   integrate(hist, settings);
-  for (int y = 0; y < h; ++y)
-    for (int x = 0; x < w; ++x)
-      at(image, x, y) = read(hist, x, y, sample, coordinate(at(image, x, y), range, 1.0f));
+  over(0, 0, w, h, [&](int x, int y) {
+    at(image, x, y) = read(hist, x, y, sample, coordinate(at(image, x, y), range, 1.0f));
+  });
 }
 
 }  // namespace vx::test

@@ -1,6 +1,6 @@
 #pragma once
 
-// Drivers of the primitives of baseline JPEG.
+// Drivers of the primitives of baseline JPEG whose blocks and rows no plan describes.
 
 #include "jpeg/tables.h"
 #include "prim/jpeg.h"
@@ -118,32 +118,6 @@ inline void drive(const Prim& entry,
     auto dst = list<std::uint8_t>(t, Role::write, 2 * t.width);
     match(entry, t, row, {&near, &far, &dst}, Expect::success, near.data() + 1, far.data() + 1,
           dst.data(), t.width);
-  });
-}
-
-// colours added to sums
-inline void drive(const Prim& entry,
-                  Row<const std::uint8_t*, const std::uint8_t*, const std::uint8_t*, std::uint16_t*,
-                      std::uint16_t*, std::uint16_t*, int>
-                      row) {
-  forTrials(entry, [&](Trial& t) {
-    auto y = list<std::uint8_t>(t, Role::read, t.width);
-    auto cb = list<std::uint8_t>(t, Role::read, t.width);
-    auto cr = list<std::uint8_t>(t, Role::read, t.width);
-    auto r = list<std::uint16_t>(t, Role::write, t.width);
-    auto g = list<std::uint16_t>(t, Role::write, t.width);
-    auto b = list<std::uint16_t>(t, Role::write, t.width);
-    match(entry, t, row, {&y, &cb, &cr, &r, &g, &b}, Expect::success, y.data(), cb.data(),
-          cr.data(), r.data(), g.data(), b.data(), t.width);
-  });
-}
-
-// bytes added to sums
-inline void drive(const Prim& entry, Row<const std::uint8_t*, std::uint16_t*, int> row) {
-  forTrials(entry, [&](Trial& t) {
-    auto src = list<std::uint8_t>(t, Role::read, t.width);
-    auto sum = list<std::uint16_t>(t, Role::write, t.width);
-    match(entry, t, row, {&src, &sum}, Expect::success, src.data(), sum.data(), t.width);
   });
 }
 

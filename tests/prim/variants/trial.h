@@ -1,10 +1,9 @@
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
-#include <cstring>
+#include <cfloat>
+#include <cmath>
 #include <iterator>
-#include <random>
+#include <limits>
 #include <type_traits>
 
 #include "prim/types.h"
@@ -23,20 +22,37 @@ enum class Fill {
   wild     ///< floats with infinities, NaN, denormals, -0 and the ends of ranges among them
 };
 
+/// Trials of a primitive: widths 1 to 70 in every placement, then some long rows.
+inline constexpr int kNarrowWidths = 70, kPlacements = 4;
+inline constexpr int kLongWidths[] = {127, 256, 257, 1031};
+inline constexpr int kLongHeight = 13;
+inline constexpr int kTrials = kPlacements * (kNarrowWidths + int(std::size(kLongWidths)));
+
 /// Size, placement and values of one call, all drawn from a fixed seed.
 class Trial {
  public:
-  Trial(const Prim& entry, int number);
+  Trial(const Prim& entry, int trial) : number(trial), seed(static_cast<std::uint32_t>(trial)) {
+    std::uint32_t hash = 2166136261u;  // FNV-1a
+    for (const char c : entry.name) hash = (hash ^ static_cast<unsigned char>(c)) * 16777619u;
+    rng.seed(seed += hash);
+    placement = static_cast<Placement>(number % kPlacements);
+    const int index = number / kPlacements;
+    const bool isLong = index >= kNarrowWidths;
+    width = isLong ? kLongWidths[index - kNarrowWidths] : index + 1;
+    height = isLong ? kLongHeight : pick({1, 2, 3, 5, 8});
+    packed = oneIn(6);
+    bottomUp = oneIn(12);
+    fill = static_cast<Fill>(uniform(0, int(Fill::wild)));
+  }
 
+  const int number;
+  std::uint32_t seed;
   int width, height;
   bool packed;    ///< no bytes between rows
   bool bottomUp;  ///< negative steps, which many primitives refuse
   Placement placement;
   Fill fill;
   std::mt19937 rng;
-
-  int number() const { return number_; }
-  std::uint32_t seed() const { return seed_; }
 
   int uniform(int low, int high) {
     return low + static_cast<int>(rng() % static_cast<unsigned>(high - low + 1));
@@ -68,20 +84,38 @@ class Trial {
   }
 
  private:
-  float floatValue();
-  std::int64_t integerValue(bool isSigned, std::size_t bytes);
+  float floatValue() {
+    constexpr float kInfinity = std::numeric_limits<float>::infinity();
+    // The processor's own NaN. With another one the operand that a compiler puts first would show
+    // in the sign of a sum of two NaNs, which no formula decides.
+    constexpr float kNaN = -std::numeric_limits<float>::quiet_NaN();
+    static constexpr float kSpecial[] = {
+        0.0f,     -0.0f,    kInfinity, -kInfinity, kNaN,      FLT_MAX,    -FLT_MAX,   FLT_MIN,
+        1e-40f,   -1e-40f,  0.5f,      1.5f,       2.5f,      254.5f,     254.50002f, 0.4999999f,
+        65535.0f, 32767.5f, -32768.5f, 1.0f,       88.72284f, -87.33655f, 3e9f,       -3e9f};
+    const auto r = static_cast<std::uint32_t>(rng());
+    if (fill == Fill::few) return static_cast<float>(r % 4) * 0.25f;
+    if (fill == Fill::unit) return static_cast<float>(r >> 8) * 0x1p-24f;
+    if (fill == Fill::pixels) return static_cast<float>(r % 1536) * 0.25f - 64.0f;
+    if (fill == Fill::words) return static_cast<float>(r % 262144) * 0.5f - 49152.0f;
+    if (fill == Fill::spread)
+      return std::ldexp(static_cast<float>(static_cast<int>(r | 0x40000000)), uniform(-60, -1));
+    return r % 4 == 0 ? pick(kSpecial) : static_cast<float>(r % 4096) * 0.125f - 128.0f;
+  }
 
-  int number_;
-  std::uint32_t seed_;
+  std::int64_t integerValue(bool isSigned, std::size_t bytes) {
+    const std::int64_t high = (std::int64_t{1} << (8 * bytes - (isSigned ? 1 : 0))) - 1;
+    const std::int64_t low = isSigned ? -high - 1 : 0;
+    const auto r = static_cast<std::int64_t>(rng());
+    const std::int64_t kSpecial[] = {low, low + 1, high - 1, high, 0, 1, high / 2, high / 2 + 1};
+    return fill == Fill::few || fill == Fill::unit ? r % 4 - (isSigned ? 1 : 0)
+           : fill == Fill::wild                    ? pick(kSpecial)
+           : fill == Fill::pixels                  ? r % 256
+                                                   : low + r % (high - low + 1);
+  }
+
   int images_ = 0;
 };
-
-/// Trials of a primitive: widths 1 to 70 in every placement, then some long rows.
-inline constexpr int kNarrowWidths = 70;
-inline constexpr int kPlacements = 4;
-inline constexpr int kLongWidths[] = {127, 256, 257, 1031};
-inline constexpr int kLongHeight = 13;
-inline constexpr int kTrials = kPlacements * (kNarrowWidths + int(std::size(kLongWidths)));
 
 /// Size of an image that differs from the trial's.
 struct Shape {

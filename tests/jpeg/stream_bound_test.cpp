@@ -1,0 +1,110 @@
+// No bound may call a stream fitting that does not fit.
+
+#include "lqlib/src/stream_bound.h"
+
+#include <gtest/gtest.h>
+#include <omp.h>
+
+#include <algorithm>
+#include <climits>
+#include <cmath>
+#include <cstring>
+#include <numbers>
+
+#include "frame/load.h"
+#include "jpeg/samples.h"
+#include "lqlib/src/unblock_strip.h"
+#include "tests/jpeg/pictures.h"
+
+namespace {
+
+using namespace vx;
+using test::Rgb;
+using test::Scene;
+
+struct Shifted final : JpegRowSource {
+  const ImageBuffer<std::uint8_t, 3>& source;
+  bool useYcc;
+  int top, left;
+
+  Shifted(const ImageBuffer<std::uint8_t, 3>& s, bool ycc, int t, int l)
+      : source(s), useYcc(ycc), top(t), left(l) {}
+  void read(int y, int length, std::int16_t* const rows[3]) const override {
+    jpegSampleRow(source.row(std::clamp(y - top, 0, source.height - 1)), source.width, useYcc, left,
+                  length, rows);
+  }
+};
+
+// Both bounds against the scans of some trips; returns how much above the longest the first one is.
+double expectBounds(Rgb& picture, int quality, int jpegMode) {
+  SCOPED_TRACE(testing::Message() << "quality " << quality << " mode " << jpegMode);
+  const int w = picture.width, h = picture.height;
+  ImageBuffer<std::uint8_t, 3> source(w, h);
+  for (int y = 0; y < h; ++y)
+    std::memcpy(source.row(y), picture.row(y), static_cast<std::size_t>(3 * w));
+  const UnblockPlan plan(w, h, quality, jpegMode, 1);
+  const JpegStreamBound bound(plan.coding, w, h);
+  const RoughnessMap map(plan.coding, source);
+  const UnblockPixels pixels{false, picture.bytes.data(), 3, 3 * w, w, h};
+  TripSums levels{};
+  UnblockStrip(plan, source, pixels).countLevels(-7, h + 8, levels);
+  std::int64_t longest = 0;
+  for (int top = 0; top < 8; ++top)
+    for (int left = 0; left < 8; ++left) {
+      const Shifted rows(source, plan.coding.useYcc, top, left);
+      const std::int64_t bytes =
+          jpegEncodeScan(plan.coding, w + 8, h + 8, rows, nullptr, LLONG_MAX);
+      longest = std::max(longest, bytes);
+      EXPECT_FALSE(bound.fits(levels[static_cast<std::size_t>(top)][static_cast<std::size_t>(left)],
+                              bytes - 1));
+    }
+  EXPECT_FALSE(bound.fits(map, longest - 1));
+  double factor = 1;
+  while (factor < 100 &&
+         !bound.fits(map, static_cast<std::int64_t>(factor * static_cast<double>(longest))))
+    factor *= 1.05;
+  return factor;
+}
+
+// Blocks whose luma has a level at every so many places of the scan.
+Rgb dearPicture(int distance, int level, int quality) {
+  const JpegQuantTable table = jpegQuantTable(false, quality);
+  double block[8][8] = {};
+  for (std::size_t i = static_cast<std::size_t>(distance); i < 64;
+       i += static_cast<std::size_t>(distance))
+    for (int y = 0; y < 8; ++y)
+      for (int x = 0; x < 8; ++x) {
+        const auto wave = [](int frequency, int place) {
+          return (frequency == 0 ? std::sqrt(0.125) : 0.5) *
+                 std::cos((2 * place + 1) * frequency * std::numbers::pi / 16);
+        };
+        block[y][x] += level * table[i] * wave(kJpegZigzag[i] / 8, x) * wave(kJpegZigzag[i] % 8, y);
+      }
+  Rgb picture(128, 64);
+  for (int y = 0; y < picture.height; ++y)
+    for (int x = 0; x < 3 * picture.width; ++x)
+      picture.row(y)[x] =
+          static_cast<std::uint8_t>(std::clamp(128 + block[y % 8][x / 3 % 8], 0.0, 255.0));
+  return picture;
+}
+
+TEST(StreamBound, isNeverBelowAStream) {
+  attachProcess();
+  omp_set_num_threads(1);  // pictures are small
+  double tightest = 100;
+  const auto expect = [&](Rgb picture, int quality, int mode) {
+    tightest = std::min(tightest, expectBounds(picture, quality, mode));
+  };
+  for (const int mode : {0, 1, 2, 16})
+    for (const int quality : {1, 30, 75, 95, 100}) {
+      for (const Scene scene : {Scene::smooth, Scene::edges, Scene::noise})
+        expect(test::makePicture(scene, 83, 70), quality, mode);
+      for (const int distance : {1, 3, 8})
+        for (const int level : {-1, -4, -8})
+          expect(dearPicture(distance, level, quality), quality, mode);
+    }
+  omp_set_num_threads(omp_get_num_procs());
+  EXPECT_LT(tightest, 3) << "times the longest stream";
+}
+
+}  // namespace
