@@ -16,10 +16,11 @@
 namespace vx {
 
 /// Rows of a band: `requested`, or when that is below 1 as many as keep the widest stage (about 40
-/// bytes per pixel in work) within 256 KB; never more than `height`.
+/// bytes per pixel in work) within 256 KB, but 16 at least: reads of a grid share its cells between
+/// the rows of a band, and fewer rows cost more than they save. Never more than `height`.
 inline int bandRows(int requested, int width, int height) {
   constexpr int kBandPixels = 256 * 1024 / 40;
-  const int rows = requested > 0 ? requested : std::clamp(kBandPixels / std::max(width, 1), 2, 64);
+  const int rows = requested > 0 ? requested : std::clamp(kBandPixels / std::max(width, 1), 16, 64);
   return std::clamp(rows, 1, std::max(height, 1));
 }
 

@@ -44,7 +44,7 @@ void BaseDetailSplit::run(const std::function<void(int y, int count, int slot)>&
     parallelThenOrdered(
         plane_.height, rows_,
         [&](int y, int count, int slot) {
-          for (int i = y; i < y + count; ++i) first_.readRow(i, plane_.row(i), base_.row(i), slot);
+          first_.readRows(y, plane_.rows(y, count), base_.rows(y, count), slot);
         },
         [&](int y, int count) {
           second_.splatRows(y, plane_.rows(y, count), base_.rows(y, count));
@@ -54,7 +54,7 @@ void BaseDetailSplit::run(const std::function<void(int y, int count, int slot)>&
   BilateralFilter& last = twoPasses_ ? second_ : first_;
   const PlaneView& guide = twoPasses_ ? base_ : plane_;
   parallelBands(plane_.height, rows_, [&](int y, int count, int slot) {
-    for (int i = y; i < y + count; ++i) last.readRow(i, guide.row(i), base_.row(i), slot);
+    last.readRows(y, guide.rows(y, count), base_.rows(y, count), slot);
     done(y, count, slot);
   });
 }

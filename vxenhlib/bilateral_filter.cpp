@@ -88,7 +88,7 @@ int BilateralFilter::filter(GIMG<float>& data, GIMG<float>& guide, float tempora
               [&](int y, int count) { splatRows(y, values.rows(y, count), keys.rows(y, count)); });
   endSplat(temporalBlend);
   parallelBands(imageHeight, rows, [&](int y, int count, int slot) {
-    for (int i = y; i < y + count; ++i) readRow(i, keys.row(i), values.row(i), slot);
+    readRows(y, keys.rows(y, count), values.rows(y, count), slot);
   });
   endRead();
   return kVxrcOk;

@@ -63,7 +63,7 @@ class BilateralFilter {
   void releaseGrid();
 
   // The steps of filter(), for stages that do other work on the same rows while they are in cache:
-  // startSplat(), splatRows() from the top row down, endSplat(), then readRow() for any row.
+  // startSplat(), splatRows() from the top row down, endSplat(), then readRows() for any rows.
 
   /// True when a splat may follow.
   bool startSplat();
@@ -72,8 +72,8 @@ class BilateralFilter {
   /// Completes the grid, which is blurred and normalised by then.
   void endSplat(float temporalBlend);
   /// out = the result for row `y`; `out` may be `guide`.
-  void readRow(int y, const float* guide, float* out, int slot) {
-    reader_.readRow(y, guide, out, slot);
+  void readRows(int y, const PlaneView& guide, const PlaneView& out, int slot) {
+    reader_.readRows(y, guide, out, slot);
   }
   /// Ends a filter() made of steps.
   void endRead() { firstFrame = 0; }

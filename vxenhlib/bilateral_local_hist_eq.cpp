@@ -97,7 +97,7 @@ int BilateralLocalHistEq::equalize(GIMG<float>& image, float strength, float tem
   forEachBand(imageHeight, rows, [&](int y, int count) { countRows(y, plane.rows(y, count)); });
   endCount(strength, temporalBlend, newClipScale);
   parallelBands(imageHeight, rows, [&](int y, int count, int slot) {
-    for (int i = y; i < y + count; ++i) readRow(i, plane.row(i), plane.row(i), slot);
+    readRows(y, plane.rows(y, count), plane.rows(y, count), slot);
   });
   endRead();
   return kVxrcOk;

@@ -69,7 +69,8 @@ class BilateralLocalHistEq {
   void releaseGrid();
 
   // The steps of equalize(), for stages that do other work on the same rows while they are in
-  // cache: startCount(), countRows() from the top row down, endCount(), then readRow() for any row.
+  // cache: startCount(), countRows() from the top row down, endCount(), then readRows() for any
+  // rows.
 
   /// True when a count may follow.
   bool startCount();
@@ -78,8 +79,8 @@ class BilateralLocalHistEq {
   /// Makes the curves.
   void endCount(float strength, float temporalBlend, float newClipScale);
   /// out = the result for row `y`; `out` may be `image`.
-  void readRow(int y, const float* image, float* out, int slot) {
-    reader_.readRow(y, image, out, slot);
+  void readRows(int y, const PlaneView& image, const PlaneView& out, int slot) {
+    reader_.readRows(y, image, out, slot);
   }
   /// Ends an equalize() made of steps.
   void endRead() { firstFrame = 0; }

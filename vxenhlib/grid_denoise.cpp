@@ -1,7 +1,5 @@
 #include "vxenhlib/grid_denoise.h"
 
-#include <cstring>
-
 #include "prim/arith.h"
 #include "prim/channel.h"
 #include "prim/memory.h"
@@ -88,17 +86,15 @@ class GridDenoise {
 
   void join(int y, int count, int slot) {
     const Rows rows = scratch(count, slot);
-    const std::size_t bytes = static_cast<std::size_t>(width_) * sizeof(float);
-    for (int c = 0; c < 3; ++c)
-      for (int i = 0; i < count; ++i) {
-        const float* from = planes_[c].row(y + i);
-        float* to = rows.plane[c].row(i);
-        if (on_[c]) {
-          grids_[c].readRow(y + i, from, to, slot);
-        } else {
-          std::memcpy(to, from, bytes);
-        }
+    for (int c = 0; c < 3; ++c) {
+      const PlaneView from = planes_[c].rows(y, count);
+      const PlaneView& to = rows.plane[c];
+      if (on_[c]) {
+        grids_[c].readRows(y, from, to, slot);
+      } else {
+        prim::primCopy_32f_C1R(from.data, from.step, to.data, to.step, width_, count);
       }
+    }
     fromLumaChroma(rows.plane, true);
     for (int c = 0; c < 3; ++c) {
       const PlaneView& after = rows.plane[c];

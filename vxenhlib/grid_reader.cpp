@@ -48,11 +48,24 @@ void GridReader::pack(int gridRow, int slot) {
   }
 }
 
-void GridReader::readRow(int y, const float* guide, float* out, int slot) {
-  const GridPosition at = gridPosition(y, spatialSample_, shape_.height);
-  if (*packedRow_.at(slot) != at.cell) pack(at.cell, slot);
-  prim::primvGridRead_32f(guide, out, imageWidth_, &axis_, packed_.at(slot), columns_.offset(),
-                          columns_.fraction(), at.fraction);
+// Strip by strip through all rows between the same two grid rows, so that the cells of the strip
+// stay in the first-level cache.
+void GridReader::readRows(int y, const PlaneView& guide, const PlaneView& out, int slot) {
+  constexpr int kStrip = 256;
+  for (int first = 0, last = 0; first < guide.height; first = last) {
+    const int cell = gridPosition(y + first, spatialSample_, shape_.height).cell;
+    if (*packedRow_.at(slot) != cell) pack(cell, slot);
+    while (last < guide.height &&
+           gridPosition(y + last, spatialSample_, shape_.height).cell == cell)
+      ++last;
+    for (int x = 0; x < imageWidth_; x += kStrip) {
+      const int count = std::min(kStrip, imageWidth_ - x);
+      for (int i = first; i < last; ++i)
+        prim::primvGridRead_32f(guide.row(i) + x, out.row(i) + x, count, &axis_, packed_.at(slot),
+                                columns_.offset() + x, columns_.fraction() + x,
+                                gridPosition(y + i, spatialSample_, shape_.height).fraction);
+    }
+  }
 }
 
 }  // namespace vx

@@ -18,9 +18,9 @@ class GridReader {
   void begin(const float* grid, const GridShape& shape, int spatialSample, int imageWidth,
              const prim::GridAxis& axis);
 
-  /// out = the grid at row `y` of the image, its columns and the values of `guide`. `out` may be
-  /// `guide`. Slots may run at the same time.
-  void readRow(int y, const float* guide, float* out, int slot);
+  /// out = the grid at the rows of the image from `y` on, its columns and the values of `guide`,
+  /// both of as many rows. `out` may be `guide`. Slots may run at the same time.
+  void readRows(int y, const PlaneView& guide, const PlaneView& out, int slot);
 
  private:
   void pack(int gridRow, int slot);

@@ -84,7 +84,7 @@ void LightnessPass::process() {
     parallelThenOrdered(
         plane_.height, rows_,
         [&](int y, int count, int slot) {
-          for (int i = y; i < y + count; ++i) eq_.readRow(i, plane_.row(i), plane_.row(i), slot);
+          eq_.readRows(y, plane_.rows(y, count), plane_.rows(y, count), slot);
         },
         [&](int y, int count) {
           if (useDetail_) split_.collect(y, count);

@@ -166,7 +166,7 @@ void SaturationPass::process() {
     eq_.endCount(tone_->eqStrength, tone_->eqBlend, 1.0f);
     std::vector<Peak> peaks(static_cast<std::size_t>(bandSlots()));
     parallelBands(plane_.height, rows_, [&](int y, int count, int slot) {
-      for (int i = y; i < y + count; ++i) eq_.readRow(i, plane_.row(i), plane_.row(i), slot);
+      eq_.readRows(y, plane_.rows(y, count), plane_.rows(y, count), slot);
       gain(plane_.rows(y, count), peaks[static_cast<std::size_t>(slot)]);
     });
     eq_.endRead();
