@@ -29,7 +29,7 @@ struct RgbRows {
 };
 
 /// Where the rows of a picture come from, a few at a time, so that a stage can take them up while
-/// they are in the cache.
+/// they are in the cache. Threads of a team take different rows at a time.
 class RowSource {
  public:
   virtual ~RowSource() = default;
@@ -39,7 +39,7 @@ class RowSource {
 };
 
 /// Where the rows of a picture go to while they are in the cache. A stage gives none before it has
-/// taken all, so that source and sink may share memory.
+/// taken all, so that source and sink may share memory. Threads give different rows at a time.
 class RowSink {
  public:
   virtual ~RowSink() = default;

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "prim/colour.h"
+#include "prim/memory.h"
 #include "prim/tone.h"
 #include "vxenhlib/bands.h"
 #include "vxenhlib/tone_scratch.h"
@@ -30,7 +31,6 @@ class StageRun {
         width_(image.roiWidth),
         height_(image.roiHeight),
         step_(image.step),
-        pixelStep_(width_ * 3 * static_cast<int>(sizeof(float))),
         rows_(bandRows(stage.bandHeight, width_, height_)) {}
 
   bool begin() {
@@ -50,16 +50,18 @@ class StageRun {
     lightness.begin(banded(stage_.lightness), lightness_);
     SaturationTone saturationTone = banded(stage_.saturation);
     saturation.begin(saturationTone, saturation_);
-    forEachBand(height_, rows_, [&](int y, int count) {
-      front(y, count);
-      saturation.collect(y, count);
-    });
+    parallelThenOrdered(
+        height_, rows_, [&](int y, int count, int slot) { toPlanes(y, count, slot); },
+        [&](int y, int count) {
+          sharpen(y, count);
+          saturation.collect(y, count);
+        });
     lightness.process();
     saturation.process();
-    forEachBand(height_, rows_, [&](int y, int count) {
-      lightness.finish(y, count);
+    parallelBands(height_, rows_, [&](int y, int count, int slot) {
+      lightness.finish(y, count, slot);
       saturation.finish(y, count);
-      back(y, count);
+      toPixels(y, count, slot);
     });
   }
 
@@ -71,30 +73,40 @@ class StageRun {
     return copy;
   }
 
-  void front(int y, int count) {
-    from_.take(y, pixels(count));
-    const PlaneView l = unsharpRows_ ? scratch_.unsharp.input(count) : lightness_.rows(y, count);
-    prim::primRGBToHLS_32f_C3P3R(scratch_.pixels.data(), pixelStep_, hue_.row(y), step_, l.data,
-                                 l.step, saturation_.row(y), step_, width_, count);
+  void toPlanes(int y, int count, int slot) {
+    const RgbRows pixels = pixelRows(count, slot);
+    from_.take(y, pixels);
+    prim::primRGBToHLS_32f_C3P3R(pixels.data, pixels.step, hue_.row(y), step_, lightness_.row(y),
+                                 step_, saturation_.row(y), step_, width_, count);
+  }
+
+  void sharpen(int y, int count) {
     int first = y;
     int ready = count;
-    if (unsharpRows_) ready = scratch_.unsharp.advance(lightness_, &first);
+    if (unsharpRows_) {
+      const PlaneView in = scratch_.unsharp.input(count);
+      prim::primCopy_32f_C1R(lightness_.row(y), step_, in.data, in.step, width_, count);
+      ready = scratch_.unsharp.advance(lightness_, &first);
+    }
     if (ready < 1) return;
     if (sharpen_) clipToOne(lightness_.rows(first, ready));
     scratch_.lightness.collect(first, ready);
   }
 
-  void back(int y, int count) {
+  void toPixels(int y, int count, int slot) {
     // One wrap: a shift of a whole turn or more leaves 0 to 1, and is clipped.
     for (int i = y; turnHue_ && i < y + count; ++i)
       prim::primvTurnHue_32f_I(stage_.hueShift, hue_.row(i), width_);
     clipToOne({hue_.row(y), step_, 3 * width_, count});
+    const RgbRows pixels = pixelRows(count, slot);
     prim::primHLSToRGB_32f_P3C3R(hue_.row(y), step_, lightness_.row(y), step_, saturation_.row(y),
-                                 step_, scratch_.pixels.data(), pixelStep_, width_, count);
-    to_.give(y, pixels(count));
+                                 step_, pixels.data, pixels.step, width_, count);
+    to_.give(y, pixels);
   }
 
-  RgbRows pixels(int count) const { return {scratch_.pixels.data(), pixelStep_, width_, count}; }
+  RgbRows pixelRows(int count, int slot) const {
+    return {scratch_.pixels.at(slot), width_ * 3 * static_cast<int>(sizeof(float)), width_, count};
+  }
 
   AdjustToneStage& stage_;
   RowSource& from_;
@@ -107,7 +119,6 @@ class StageRun {
   int width_;
   int height_;
   int step_;
-  int pixelStep_;
   int rows_;
   bool sharpen_ = false;
   bool unsharpRows_ = false;

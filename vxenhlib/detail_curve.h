@@ -1,6 +1,6 @@
 #pragma once
 
-#include "vxenhlib/aligned_array.h"
+#include "vxenhlib/bands.h"
 #include "vxenhlib/plane_view.h"
 #include "vxenhlib/tone_curve.h"
 
@@ -19,15 +19,13 @@ class DetailCurve {
   void setCurve(const Peak& peak, float exponent);
   void setNoCurve() { curved_ = false; }
 
-  void part(const PlaneView& plane, const PlaneView& base);
-  /// plane = layer + gain * D, with the D of part().
-  void join(float gain, const PlaneView& layer, const PlaneView& plane) const;
+  void part(const PlaneView& plane, const PlaneView& base, int slot) const;
+  /// plane = layer + gain * D, with the D of the slot's last part().
+  void join(float gain, const PlaneView& layer, const PlaneView& plane, int slot) const;
 
  private:
-  PlaneView band(const AlignedArray<float>& memory, const PlaneView& like) const;
-
-  AlignedArray<float> detail_;  // over its magnitude when there is a curve
-  AlignedArray<float> size_;
+  PerSlot<float> detail_;  // of a band, over its magnitude when there is a curve
+  PerSlot<float> size_;
   bool curved_ = false;
   PowerCurve curve_{0.0f, 1.0f};
 };

@@ -36,8 +36,8 @@ constexpr int fftRowFloats(int width) { return (width & ~1) + 2; }
 /// The planner of the transform library belongs to the whole process and is not safe for threads:
 /// construction and destruction take a mutex of the process, and search patiently for the fastest
 /// plan, for 10 to 100 ms where the process has not planned that size before. Which plan wins can
-/// change from process to process, and with it the last bits of every transform. Transforming takes no
-/// lock; any number of threads may use one plan on FftBuffers of their own.
+/// change from process to process, and with it the last bits of every transform. Transforming takes
+/// no lock; any number of threads may use one plan on FftBuffers of their own.
 class FftPlan {
  public:
   FftPlan() = default;

@@ -12,7 +12,8 @@ namespace vx {
 /// One plane on its way through LightnessTone. A histogram, a splat or a maximum over the whole
 /// plane ends a pass; everything between two of them is done band by band, so that the stage around
 /// it can join the ends: collect() for rows as they become ready, from the top down, then
-/// process(), then finish() for rows in any order.
+/// process(), then finish() for rows in any order and
+/// by several threads at a time.
 class LightnessPass {
  public:
   /// The plane must stay where it is. Memory of an earlier plane is used again.
@@ -20,7 +21,7 @@ class LightnessPass {
 
   void collect(int y, int count);
   void process();
-  void finish(int y, int count);
+  void finish(int y, int count, int slot);
 
  private:
   void startSplit();

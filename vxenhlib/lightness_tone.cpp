@@ -34,7 +34,7 @@ int LightnessTone::apply(GIMG<float>& image) const {
   pass.begin(*this, plane);
   forEachBand(plane.height, rows, [&](int y, int count) { pass.collect(y, count); });
   pass.process();
-  forEachBand(plane.height, rows, [&](int y, int count) { pass.finish(y, count); });
+  forEachBand(plane.height, rows, [&](int y, int count) { pass.finish(y, count, 0); });
   return 0;
 }
 
@@ -102,16 +102,16 @@ void LightnessPass::process() {
   detailCurve_.setCurve(peak, tone_.detailGamma);
 }
 
-void LightnessPass::finish(int y, int count) {
+void LightnessPass::finish(int y, int count, int slot) {
   const PlaneView plane = plane_.rows(y, count);
   if (!useDetail_) {
     if (useGamma_) gammaCurve_.apply(plane);
     return;
   }
   const PlaneView base = base_.rows(y, count);
-  detailCurve_.part(plane, base);
+  detailCurve_.part(plane, base, slot);
   if (useGamma_) gammaCurve_.apply(base);
-  detailCurve_.join(tone_.detailGain, base, plane);
+  detailCurve_.join(tone_.detailGain, base, plane, slot);
 }
 
 }  // namespace vx

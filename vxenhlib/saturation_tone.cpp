@@ -79,11 +79,11 @@ void reshape(SaturationTone& tone, const PlaneView& plane, int rows) {
   forEachBand(plane.height, rows, [&](int y, int count) {
     const PlaneView band = plane.rows(y, count);
     const PlaneView layer = useDetail ? layers.base.rows(y, count) : band;
-    if (useDetail) layers.detail.part(band, layer);
+    if (useDetail) layers.detail.part(band, layer, 0);
     prim::primLUT_Linear_32f_C1IR(layer.data, layer.step, layer.width, layer.height,
                                   tone.curveValues.data(), tone.curveLevels.data(),
                                   tone.curvePoints);
-    if (useDetail) layers.detail.join(tone.detailGain, layer, band);
+    if (useDetail) layers.detail.join(tone.detailGain, layer, band, 0);
     if (logarithmic) fromLog2(band);
   });
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "vxenhlib/aligned_array.h"
+#include "vxenhlib/bands.h"
 #include "vxenhlib/lightness_pass.h"
 #include "vxenhlib/saturation_pass.h"
 #include "vxenhlib/unsharp_mask.h"
@@ -14,7 +14,7 @@ struct ToneScratch {
   LightnessPass lightness;
   SaturationPass saturation;
   UnsharpRows unsharp;
-  AlignedArray<float> pixels;  // of a band
+  PerSlot<float> pixels;  // of a band
 };
 
 }  // namespace vx
