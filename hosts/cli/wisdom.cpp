@@ -17,7 +17,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// As the XDG base directory specification wants it: a relative path is ignored.
+// As the XDG base directory rules want it: a relative path is ignored.
 fs::path cacheFile() {
   const auto absolute = [](const char* name) {
     const char* value = std::getenv(name);
