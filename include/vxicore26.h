@@ -38,8 +38,9 @@
  *   A call runs on the calling thread and uses a team of OpenMP threads inside; OMP_NUM_THREADS
  *   limits it. Calls on different pictures may run at once. Results do not depend on the number of
  *   threads nor on the processor. The one exception is the non-local noise filter, whose Fourier
- *   transforms are planned by timing: between processes its result may differ, by 0.003 of white in
- *   the mean of squares on a noisy picture. FFTW's wisdom, when a host keeps it, pins the plans.
+ *   transforms are planned by timing: between processes its result may differ, by 0.003 of white
+ *   (root mean square) on a noisy picture of flat patches. FFTW's wisdom, when a host keeps it, pins
+ *   the plans.
  *   Loading the library switches flush-to-zero and denormals-are-zero on for the loading thread,
  *   and leaves them on. Each call computes with its own state (nearest rounding, exceptions masked,
  *   both modes on) and puts the caller's state back before it returns and around each callback.
