@@ -1,10 +1,11 @@
 // What removing block artifacts does to photographs: each is coded by libjpeg-turbo at some
 // qualities and decoded, then goes through vxUnblock at some strengths.
 //
-//     unblock_effect [--shrink N] PICTURE...
+//     unblock_effect [--shrink N] [--mode N] PICTURE...
 //
 // Prints tables in Markdown. The pictures should have no JPEG in their history; --shrink reduces
-// them to 1 / N first, which takes most of it away.
+// them to 1 / N first, which takes most of it away. --mode is the jpegMode of the trips (1
+// without).
 //
 // PSNR is that of all samples against the uncoded picture. The step is what luminance jumps more,
 // in the mean, across the borders of the file's blocks than between the columns and rows beside
@@ -76,16 +77,16 @@ struct Effect {
 };
 using Table = std::array<std::array<Effect, kQualityCount>, kRows>;
 
-Table measure(const RgbPicture& original) {
+Table measure(const RgbPicture& original, int jpegMode) {
   Table table{};
   for (std::size_t q = 0; q < kQualityCount; ++q) {
     const RgbPicture decoded = codeAndDecode(original, kQualities[q]);
     table[0][q] = {psnr(original, decoded), borderStep(decoded)};
     for (std::size_t s = 1; s < kRows; ++s) {
       RgbPicture out = decoded;
-      constexpr int kHalfWidthChroma = 1, kEveryShift = 1;
+      constexpr int kEveryShift = 1;
       vxUnblock(0, out.samples.data(), 3, 3 * out.width, out.width, out.height,
-                vx::unblockQuality(kStrengths[s - 1]), kHalfWidthChroma, kEveryShift, 0);
+                vx::unblockQuality(kStrengths[s - 1]), jpegMode, kEveryShift, 0);
       table[s][q] = {psnr(original, out), borderStep(out)};
     }
   }
@@ -110,11 +111,13 @@ void printHead(const char* first) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  const bool shrinks = argc > 2 && std::strcmp(argv[1], "--shrink") == 0;
-  const int shrink = shrinks ? std::max(1, std::atoi(argv[2])) : 1;
-  const int first = shrinks ? 3 : 1;
+  int shrink = 1, jpegMode = 1, first = 1;
+  for (; first + 1 < argc && argv[first][0] == '-'; first += 2) {
+    const bool shrinks = std::strcmp(argv[first], "--shrink") == 0;
+    (shrinks ? shrink : jpegMode) = std::max(shrinks ? 1 : 0, std::atoi(argv[first + 1]));
+  }
   if (argc <= first || VIPS_INIT(argv[0]) != 0) {
-    std::fprintf(stderr, "usage: %s [--shrink N] PICTURE...\n", argv[0]);
+    std::fprintf(stderr, "usage: %s [--shrink N] [--mode N] PICTURE...\n", argv[0]);
     return 2;
   }
   vx::attachProcess();
@@ -122,7 +125,7 @@ int main(int argc, char** argv) {
   printHead("picture, at its best strength");
   for (int i = first; i < argc; ++i) {
     const RgbPicture original = readPicture(argv[i], shrink);
-    const Table table = measure(original);
+    const Table table = measure(original, jpegMode);
     std::printf("| %s (step %.2f) |", std::filesystem::path(argv[i]).filename().c_str(),
                 borderStep(original));
     for (std::size_t q = 0; q < kQualityCount; ++q) {
