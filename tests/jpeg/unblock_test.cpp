@@ -15,6 +15,7 @@
 #include "prim/alloc.h"
 #include "prim/memory.h"
 #include "tests/jpeg/pictures.h"
+#include "tests/support/images.h"
 #include "vxicore26.h"
 
 namespace {
@@ -226,11 +227,10 @@ TEST_F(Unblock, threadsDoNotChangeTheResult) {
     for (const int height : {40, 640}) {
       const Rgb picture = vx::test::makePicture(Scene::edges, 83, height);
       Rgb one = picture;
-      omp_set_num_threads(1);
       vxUnblock(0, one.bytes.data(), 3, 249, 83, height, 50, mode, 1, 0);
       for (const int threads : {2, 7}) {
         Rgb many = picture;
-        omp_set_num_threads(threads);
+        const vx::test::Threads team(threads);
         vxUnblock(0, many.bytes.data(), 3, 249, 83, height, 50, mode, 1, 0);
         EXPECT_TRUE(many.bytes == one.bytes) << threads << " threads, mode " << mode;
       }
