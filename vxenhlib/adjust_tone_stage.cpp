@@ -1,6 +1,5 @@
 #include "vxenhlib/adjust_tone_stage.h"
 
-#include <climits>
 #include <cmath>
 
 #include "prim/colour.h"
