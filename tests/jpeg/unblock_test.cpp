@@ -91,8 +91,9 @@ void expectDefinition(const Rgb& picture, int quality, int jpegMode, int shiftSt
 }
 
 TEST_F(Unblock, isTheMeanOfRoundTrips) {
+  // Mode 1 has both quantisation tables.
   for (const int mode : {0, 1, 2, 16, 17, 18})
-    for (int quality = 0; quality <= 101; ++quality)
+    for (int quality = 0; quality <= 101; quality += mode == 1 ? 1 : 7)
       expectDefinition(vx::test::makePicture(Scene::edges, 21, 19), quality, mode, 1);
   expectDefinition(vx::test::makePicture(Scene::edges, 45, 38), 255, 1, 1);
   // The low byte tells the mode: high four bits RGB, low four bits from 2 on both axes.
