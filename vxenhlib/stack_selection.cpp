@@ -92,6 +92,8 @@ int StackSelection::select(const PlaneView& costs, int ownU, int ownV, int tileX
     matches.y[i] = tileY + ownV;
     matches.cost[i] = 0.0f;
   }
+  matches.leftmost = matches.x[0];
+  matches.bound = 0.0f;
   int count = 1;
   while (count < limit) {
     int u = 0;
@@ -101,7 +103,15 @@ int StackSelection::select(const PlaneView& costs, int ownU, int ownV, int tileX
     matches.x[count] = tileX + u;
     matches.y[count] = tileY + v;
     matches.cost[count] = cost;
-    if (cost > threshold) break;
+    const bool refused = cost > threshold;
+    // Which block was refused matters only where it is entry 1.
+    if (refused && count > 1) {
+      matches.bound = threshold;
+      break;
+    }
+    matches.leftmost = std::min(matches.leftmost, matches.x[count]);
+    matches.bound = cost;
+    if (refused) break;
     ++count;
   }
   return count;
