@@ -81,15 +81,19 @@ void BlockMatcher::setEnergies() {
 void BlockMatcher::setTile(const SearchTransform& transform, const Tile& tile) {
   tile_ = tile;
   setEnergies();
+  const std::ptrdiff_t rowFloats = 2 * std::ptrdiff_t{shape_.searchWidth};
   for (int p = 0; p < guides_; ++p) {
-    float* spectrum = tileSpectrum_[p].data();
-    std::memset(spectrum, 0, SearchTransform::floatsOf(shape_) * sizeof(float));
-    for (int v = 0; v < tile.height; ++v) {
+    float* to = tileSpectrum_[p].data();
+    for (int v = 0; v < tile.height; ++v, to += rowFloats) {
       const float* from = planes_[p].row(tile.y + v) + tile.x;
-      float* to = spectrum + std::ptrdiff_t{v} * 2 * shape_.searchWidth;
-      for (int u = 0; u < tile.width; ++u) to[2 * u] = from[u];
+      for (int u = 0; u < tile.width; ++u) {
+        to[2 * u] = from[u];
+        to[2 * u + 1] = 0.0f;
+      }
+      std::fill(to + 2 * tile.width, to + rowFloats, 0.0f);
     }
-    transform.forward(spectrum);
+    std::fill(to, to + (shape_.searchHeight - tile.height) * rowFloats, 0.0f);
+    transform.forward(tileSpectrum_[p].data());
   }
 }
 
@@ -109,16 +113,17 @@ void BlockMatcher::search(const SearchTransform& transform, const BlockPair& pai
   const std::ptrdiff_t rowFloats = 2 * std::ptrdiff_t{shape_.searchWidth};
   for (int p = 0; p < guides_; ++p) {
     float* spectrum = p == 0 ? product_.data() : pairSpectrum_.data();
-    std::memset(spectrum, 0, floats * sizeof(float));
-    for (int r = 0; r <= low; ++r) {
+    float* to = spectrum;
+    for (int r = 0; r <= low; ++r, to += rowFloats) {
       const float* upper = planes_[p].row(pair.y[0] + low - r) + pair.x;
       const float* lower = planes_[p].row(pair.y[1] + low - r) + pair.x;
-      float* to = spectrum + r * rowFloats;
       for (int c = 0; c <= right; ++c) {
         to[2 * c] = upper[right - c];
         to[2 * c + 1] = lower[right - c];
       }
+      std::fill(to + 2 * right + 2, to + rowFloats, 0.0f);
     }
+    std::fill(to, spectrum + floats, 0.0f);
     transform.forwardBlocks(spectrum);
     prim::primvMul_32fc_I(complexOf(tileSpectrum_[p].data()), complexOf(spectrum),
                           static_cast<int>(floats / 2));

@@ -101,10 +101,10 @@ TEST(NonLocal, selectionTakesTheFirstSmallestEachTime) {
   std::mt19937 random(5);
   const auto below = [&](int n) { return static_cast<int>(random() % static_cast<unsigned>(n)); };
   StackSelection selection;
-  ASSERT_TRUE(selection.reserve(57));
+  ASSERT_TRUE(selection.reserve(70));
   for (int turn = 0; turn < 4000; ++turn) {
     const bool small = turn % 2 == 0;
-    Plane costs(1 + below(small ? 6 : 57), 1 + below(small ? 6 : 57));
+    Plane costs(1 + below(small ? 6 : 70), 1 + below(small ? 6 : 70));
     const int levels = 1 + below(60), odd = below(4), all = turn % 50;
     paint(costs, [&](int, int) {
       if (all < 2) return all == 0 ? kNan : kInfinity;
