@@ -1,4 +1,7 @@
-#include "vxenhlib/detail_curve.h"
+#include "vxenhlib/detail_layer.h"
+
+#include <climits>
+#include <vector>
 
 #include "prim/arith.h"
 #include "prim/tone.h"
@@ -16,51 +19,70 @@ PlaneView band(const PerSlot<float>& memory, int slot, const PlaneView& like) {
 
 }  // namespace
 
-bool DetailCurve::reserve(int width, int rows) {
-  const std::size_t pixels = static_cast<std::size_t>(width) * static_cast<std::size_t>(rows);
-  return detail_.reserve(pixels) && size_.reserve(pixels);
+bool DetailLayer::begin(const PlaneView& plane, float rangeStep, int spatialStep, int bandHeight) {
+  const auto width = static_cast<std::size_t>(plane.width);
+  if (plane.width > INT_MAX / 4 ||
+      !baseMemory_.reserve(width * static_cast<std::size_t>(plane.height)))
+    return false;
+  plane_ = plane;
+  base_ = {baseMemory_.data(), plane.width * 4, plane.width, plane.height};
+  const std::size_t pixels =
+      width * static_cast<std::size_t>(bandRows(bandHeight, plane.width, plane.height));
+  return split_.begin(plane, base_, rangeStep, spatialStep, bandHeight) &&
+         detail_.reserve(pixels) && size_.reserve(pixels);
 }
 
-void DetailCurve::setCurve(const Peak& peak, float exponent) {
+void DetailLayer::makeBase() {
+  split_.run([](int, int, int) {});
+  curved_ = false;
+}
+
+void DetailLayer::makeBase(float exponent) {
+  std::vector<Peak> peaks(static_cast<std::size_t>(bandSlots()));
+  split_.run([&](int y, int count, int slot) {
+    const PlaneView plane = plane_.rows(y, count);
+    const PlaneView size = band(size_, slot, plane);
+    for (int i = 0; i < count; ++i)
+      prim::primvDetailSize_32f(plane.row(i), base_.row(y + i), size.row(i), plane.width);
+    peaks[static_cast<std::size_t>(slot)].add(size);
+  });
+  Peak peak;
+  for (const Peak& part : peaks) peak.add(part);
   // Rounding is monotone: the peak of |D| + c is that of |D|, plus c.
   curve_ = PowerCurve(peak.any() ? peak.value() + kLeastMagnitude : 0.0f, exponent);
   curved_ = true;
 }
 
-void DetailCurve::part(const PlaneView& plane, const PlaneView& base, int slot) const {
+void DetailLayer::part(int y, int count, int slot) const {
+  const PlaneView plane = plane_.rows(y, count);
+  const PlaneView base = base_.rows(y, count);
   const PlaneView detail = band(detail_, slot, plane);
   if (!curved_) {
     prim::primSub_32f_C1R(base.data, base.step, plane.data, plane.step, detail.data, detail.step,
-                          plane.width, plane.height);
+                          plane.width, count);
     return;
   }
   const PlaneView size = band(size_, slot, plane);
-  for (int y = 0; y < plane.height; ++y)
-    prim::primvDetailPart_32f(kLeastMagnitude, plane.row(y), base.row(y), detail.row(y),
-                              size.row(y), plane.width);
+  for (int i = 0; i < count; ++i)
+    prim::primvDetailPart_32f(kLeastMagnitude, plane.row(i), base.row(i), detail.row(i),
+                              size.row(i), plane.width);
   curve_.apply(size);
 }
 
-void DetailCurve::join(float gain, const PlaneView& layer, const PlaneView& plane, int slot) const {
+void DetailLayer::join(float gain, int y, int count, int slot) const {
+  const PlaneView plane = plane_.rows(y, count);
+  const PlaneView base = base_.rows(y, count);
   const PlaneView detail = band(detail_, slot, plane);
   if (!curved_) {
-    prim::primMulC_32f_C1IR(gain, detail.data, detail.step, plane.width, plane.height);
-    prim::primAdd_32f_C1R(detail.data, detail.step, layer.data, layer.step, plane.data, plane.step,
-                          plane.width, plane.height);
+    prim::primMulC_32f_C1IR(gain, detail.data, detail.step, plane.width, count);
+    prim::primAdd_32f_C1R(detail.data, detail.step, base.data, base.step, plane.data, plane.step,
+                          plane.width, count);
     return;
   }
   const PlaneView size = band(size_, slot, plane);
-  for (int y = 0; y < plane.height; ++y)
-    prim::primvDetailJoin_32f(gain, detail.row(y), size.row(y), layer.row(y), plane.row(y),
+  for (int i = 0; i < count; ++i)
+    prim::primvDetailJoin_32f(gain, detail.row(i), size.row(i), base.row(i), plane.row(i),
                               plane.width);
-}
-
-void addMagnitudes(const PlaneView& plane, const PlaneView& base, float* scratch, Peak& peak) {
-  const PlaneView row(scratch, plane.step, plane.width, 1);
-  for (int y = 0; y < plane.height; ++y) {
-    prim::primvDetailSize_32f(plane.row(y), base.row(y), scratch, plane.width);
-    peak.add(row);
-  }
 }
 
 }  // namespace vx
