@@ -61,6 +61,24 @@ TEST(AdjustDriver, firstRowOrColumnOfAnOddAxisWithOneTileBecomesBlack) {
   }
 }
 
+// In one piece the cut of format 6 runs over three words for each pixel of the even size, from the
+// start of the row: over extra words too, and not over all colour.
+TEST(AdjustDriver, extraWordsOfFormat6AreCutInOnePieceAlone) {
+  for (const int w : {31, 2401}) {
+    Picture p(6, w, 5);
+    p.randomise(6, 20000);
+    const auto extra = [&](int x, int y) { return p.at(x, y, 0) - 2; };
+    for (int x = 0; x < w; ++x)
+      for (int y = 0; y < 5; ++y) std::fill_n(extra(x, y), 2, std::uint8_t{0xFF});
+    ASSERT_EQ(adjust(p), 1);
+    for (int x = 0; x < w; ++x)
+      for (int y = 0; y < 5; ++y) {
+        const bool cut = w == 31 && 4 * x < 3 * 30 && y < 4;
+        EXPECT_EQ(extra(x, y)[0] + 256 * extra(x, y)[1], cut ? 32768 : 65535) << x << " " << y;
+      }
+  }
+}
+
 TEST(AdjustDriver, sizeLimitDecidesBetweenOnePieceAndTiles) {
   const auto reports = [](int w, int h) {
     Picture p(1, w, h);

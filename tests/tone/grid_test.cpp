@@ -1,3 +1,5 @@
+#include <functional>
+
 #include "prim/memory.h"
 #include "tests/tone/reference.h"
 #include "vxenhlib/bilateral_filter.h"
@@ -65,25 +67,41 @@ TEST(GridFilter, aFlatPlaneComesBackUnlessItIsExactlyOne) {
   }
 }
 
-TEST(GridFilter, historyIsBlendedBetweenCalls) {
-  Plane first(48, 32), second(48, 32), result[3] = {{48, 32}, {48, 32}, {48, 32}};
-  fill(first, 5);
-  fill(second, 6);
+// What is read is linear in the grid, which takes over a share of that of the call before.
+TEST(GridHistory, isBlendedBetweenCalls) {
+  Plane input[2] = {{48, 32}, {48, 32}};
+  for (unsigned i = 0; i < 2; ++i) fill(input[i], 5 + i);
   BilateralFilter filter;
-  const auto run = [&](const Plane& from, Plane& to, float blend) {
-    copyImage(from, to);
-    ASSERT_EQ(filter.filter(to, second, blend), kVxrcOk);
-  };
-  ASSERT_EQ(filter.setupGrid(48, 32, 0.0f, 1.0f, 8, 0.1f, 1), kVxrcOk);
-  run(first, result[0], 1.0f);  // no history yet
-  run(second, result[1], 0.0f);
-  run(first, result[2], 0.25f);
-  for (int x = 0; x < 48; ++x)
-    EXPECT_NEAR(at(result[2], x, 16), 0.25f * at(result[1], x, 16) + 0.75f * at(result[0], x, 16),
-                1e-5f);
-  ASSERT_EQ(filter.setupGrid(48, 32, 0.0f, 1.0f, 8, 0.1f, 1), kVxrcOk);
-  run(first, result[2], 1.0f);
-  EXPECT_TRUE(sameBits(result[0], result[2])) << "a new set-up forgets";
+  BilateralLocalHistEq eq;
+  const struct {
+    std::function<int()> setUp;
+    std::function<int(int, float, Plane&)> call;  // in two ways, and with a share of the past
+  } grids[] = {
+      {[&] { return filter.setupGrid(48, 32, 0.0f, 1.0f, 8, 0.1f, 1); },
+       [&](int way, float share, Plane& to) {
+         return copyImage(input[way], to), filter.filter(to, input[1], share);
+       }},
+      {[&] { return eq.setupGrid(48, 32, 0.0f, 1.0f, 8, 0.1f, 0.0f, 1.0f, 0.0f, 0.5f, 1); },
+       [&](int way, float share, Plane& to) {
+         return copyImage(input[1], to), eq.equalize(to, way == 0 ? 0.2f : 0.9f, share, 1.0f);
+       }}};
+  for (const auto& [setUp, call] : grids) {
+    Plane result[3] = {{48, 32}, {48, 32}, {48, 32}};
+    ASSERT_EQ(setUp(), kVxrcOk);
+    EXPECT_EQ(call(0, 1.0f, result[0]), kVxrcOk) << "no past yet";
+    EXPECT_EQ(call(1, std::nanf(""), result[1]), kVxrcOk);
+    EXPECT_EQ(call(0, 0.25f, result[2]), kVxrcOk);
+    EXPECT_GT(largestDifference(result[0], result[1]), 0.01f);
+    overPixels(result[2], [&](int x, int y) {
+      EXPECT_NEAR(at(result[2], x, y), 0.25f * at(result[1], x, y) + 0.75f * at(result[0], x, y),
+                  1e-5f);
+    });
+    ASSERT_EQ(setUp(), kVxrcOk);
+    call(0, 1.0f, result[2]);
+    EXPECT_TRUE(sameBits(result[0], result[2])) << "a new set-up forgets";
+    call(1, 7.0f, result[2]);
+    EXPECT_TRUE(sameBits(result[0], result[2])) << "nothing but the past";
+  }
 }
 
 TEST(LocalEq, everyPixelIsThatOfTheReference) {

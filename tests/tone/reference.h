@@ -23,6 +23,9 @@ struct EqSettings {
 /// BilateralLocalHistEq::equalize with 0.01 per bin over 0 to 1.
 void referenceEqualize(Plane& image, int spatialSample, const EqSettings& settings);
 
+/// LightnessTone::splitBaseDetail.
+void referenceSplit(Plane& plane, Plane& detail, float rangeStep, int spatialSample);
+
 void referenceUnsharp(Plane& plane, float amount, float sigma);
 void referenceStage(IMG3<float>& image, const AdjustToneStage& stage);
 
