@@ -61,6 +61,42 @@ TEST(AdjustDriver, firstRowOrColumnOfAnOddAxisWithOneTileBecomesBlack) {
   }
 }
 
+// One call is what a call for each stage gives, but for the rounding between them; grain comes back
+// as it was taken out, whatever the curves did.
+TEST(AdjustDriver, stagesRunInTheirOrder) {
+  constexpr NoiseProfile kProfile = {0.3f, 0.05f, 0.0f, 0.3f, 0.02f, 0.0f};
+  AdjustSettings all = {.lumaGamma = 1.5f,
+                        .denoiseStrength = 0.6f,
+                        .noiseProfile = &kProfile,
+                        .unblockStrength = 0.7f};
+  const auto calls = [](Picture p, const AdjustSettings& settings) {
+    EXPECT_EQ(adjust(p, settings), 1);
+    return p;
+  };
+  Picture p(3, 96, 64);
+  p.randomise(31, 6000);
+  p.forEachSample(
+      [&](int x, int y, int c) { return p.get(x, y, c) + (x / 16 + y / 16) % 2 * 4000; });
+  Picture unblocked = calls(p, {.unblockStrength = 0.7f});
+  Picture smooth = calls(unblocked, {.denoiseStrength = 0.6f, .noiseProfile = &kProfile});
+  Picture bright = calls(smooth, {.lumaGamma = 1.5f}), whole = calls(p, all);
+  all.grainRestore = 0.5f;
+  Picture grainy = calls(p, all);
+  int apart = 0, apartWithGrain = 0;
+  bright.forEachSample([&](int x, int y, int c) {
+    const int value = bright.get(x, y, c);
+    const int grain = (unblocked.get(x, y, c) - smooth.get(x, y, c)) / 2;
+    apart = std::max(apart, std::abs(whole.get(x, y, c) - value));
+    apartWithGrain = std::max(apartWithGrain, std::abs(grainy.get(x, y, c) - value - grain));
+    return value;
+  });
+  EXPECT_GT(p.distance(unblocked), 500);
+  EXPECT_GT(unblocked.distance(smooth), 500);
+  EXPECT_GT(smooth.distance(bright), 500);
+  EXPECT_LE(apart, 8);  // is 4; another order makes more than 1000
+  EXPECT_LE(apartWithGrain, 8);
+}
+
 // In one piece the cut of format 6 runs over three words for each pixel of the even size, from the
 // start of the row: over extra words too, and not over all colour.
 TEST(AdjustDriver, extraWordsOfFormat6AreCutInOnePieceAlone) {

@@ -33,6 +33,9 @@ TEST(GridFilter, everyPixelIsThatOfTheReference) {
     Plane plane(w, h), guide(w, h), expected(w, h), expectedSelf(w, h), actual(w, h);
     fill(plane, 1);
     fill(guide, 2, 0.6f);
+    at(plane, w / 2, 0) = at(guide, w / 3, h / 2) = 2.5f;  // beyond the range
+    at(plane, 0, h / 2) = at(guide, w - 1, h / 3) = -1.5f;
+    at(guide, w / 4, h - 1) = std::nanf("");  // counts as the end of the range
     copyImage(plane, expected);
     copyImage(plane, expectedSelf);
     referenceFilter(expected, guide, range, sample);
@@ -111,6 +114,8 @@ TEST(LocalEq, everyPixelIsThatOfTheReference) {
       {97, 61, 6, {0.02f, 0.8f, -0.6f, 0.4f, 0.9f, 0.85f}},
       {97, 61, 20, {0.0f, 1.0f, 2.0f, 0.1f, 0.99f, 0.0f}},
       {31, 9, 4, {0.1f, 0.5f, 0.5f, 0.4f, 0.02f, 0.95f}},
+      // More bins than a byte can say.
+      {90, 40, 7, {0.0f, 1.0f, 0.4f, 0.5f, 0.8f, 0.5f, 0.002f}},
       {1, 1, 6, {0.0f, 1.0f, 0.0f, 0.5f, 0.5f, 0.5f}},
       {1, 23, 6, {0.0f, 1.0f, 0.0f, 0.5f, 0.5f, 0.5f}},
       {23, 1, 6, {0.0f, 1.0f, 0.0f, 0.5f, 0.5f, 0.5f}},
@@ -125,7 +130,7 @@ TEST(LocalEq, everyPixelIsThatOfTheReference) {
     copyImage(image, expected);
     referenceEqualize(expected, sample, s);
     BilateralLocalHistEq eq;
-    ASSERT_EQ(eq.setupGrid(w, h, 0.0f, 1.0f, sample, 0.01f, s.outLow, s.outScale, s.peakGain,
+    ASSERT_EQ(eq.setupGrid(w, h, 0.0f, 1.0f, sample, s.rangeStep, s.outLow, s.outScale, s.peakGain,
                            s.peakPosition, 0),
               kVxrcOk);
     for (const auto& [rows, threads] : kRuns) {

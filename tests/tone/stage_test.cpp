@@ -52,8 +52,10 @@ TEST(ToneStage, bandsAndThreadsGiveTheBitsOfWholePlanePasses) {
   for (const auto& [name, change, w, h] : kCases) {
     IMG3<float> image(w, h), expected(w, h), actual(w, h);
     fill(image, 11);
-    if (w > 50)  // grey: no saturation, no hue
-      for (int i = 0; i < 3 * w; ++i) image.row(7)[i] = static_cast<float>(i / 3) / 127.0f;
+    for (int i = 0; w > 50 && i < 3 * w; ++i) {
+      image.row(7)[i] = static_cast<float>(i / 3) / 127.0f;  // grey: no saturation, no hue
+      image.row(9)[i] = 1.4f * image.row(9)[i] - 0.15f;      // beyond the range
+    }
     copyImage(image, expected);
     Stage stage = fullSetting();
     change(stage);
