@@ -40,11 +40,12 @@ void DetailLayer::makeBase() {
 void DetailLayer::makeBase(float exponent) {
   std::vector<Peak> peaks(static_cast<std::size_t>(bandSlots()));
   split_.run([&](int y, int count, int slot) {
-    const PlaneView plane = plane_.rows(y, count);
-    const PlaneView size = band(size_, slot, plane);
-    for (int i = 0; i < count; ++i)
-      prim::primvDetailSize_32f(plane.row(i), base_.row(y + i), size.row(i), plane.width);
-    peaks[static_cast<std::size_t>(slot)].add(size);
+    for (int i = y; i < y + count; ++i) {
+      const PlaneView plane = plane_.rows(i, 1);
+      const PlaneView size = band(size_, slot, plane);
+      prim::primvDetailSize_32f(plane.data, base_.row(i), size.data, plane.width);
+      peaks[static_cast<std::size_t>(slot)].add(size);
+    }
   });
   Peak peak;
   for (const Peak& part : peaks) peak.add(part);
