@@ -9,6 +9,7 @@
 #include <tuple>
 
 #include "tests/adjust/host.h"
+#include "tests/support/images.h"
 
 namespace {
 
@@ -212,6 +213,7 @@ TEST(AdjustDriver, shortStepsStayInsideThePicturesBytes) {
 
 // Whatever a setting holds, the call ends, touches nothing else and says that it is done.
 TEST(AdjustDriver, anySettingMayHoldAnything) {
+  const Threads one(1);
   using S = AdjustSettings;
   constexpr float S::*kFloats[] = {
       &S::lumaEqAmount,    &S::lumaEqRadius,   &S::lumaEqPeakGain,  &S::lumaGamma,

@@ -94,6 +94,7 @@ TEST(ToneMemory, theStageLeavesOutStepsAndLeaksNothing) {
   fill(before, 22);
   for (const int mode : {0, 2})
     for (const bool stays : {false, true}) {
+      const Threads team(stays ? 1 : 2);
       int refused = 0;
       for (bool anyRefused = true; anyRefused; ++refused) {
         copyImage(before, image);
