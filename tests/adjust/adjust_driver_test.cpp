@@ -50,13 +50,13 @@ TEST(AdjustDriver, oddLastColumnAndRowOfOnePieceStay) {
 
 // The single tile of an odd axis sits at its far end.
 TEST(AdjustDriver, firstRowOrColumnOfAnOddAxisWithOneTileBecomesBlack) {
-  for (const auto& [w, h] : {std::pair(3000, 1001), {101, 2304}, {2303, 2304}}) {
+  for (const auto& [w, h] : {std::pair(3000, 101), {101, 2304}}) {
     Picture p(1, w, h);
     p.forEachSample([](int, int, int c) { return 100 + c; });
     ASSERT_EQ(adjust(p), 1);
     for (int y = 0; y < h; ++y)
       for (int x = 0; x < w; ++x) {
-        const bool black = (h == 1001 && y == 0) || (w % 2 == 1 && x == 0);
+        const bool black = (h == 101 && y == 0) || (w % 2 == 1 && x == 0);
         ASSERT_EQ(p.get(x, y, 2), black ? 0 : 102) << x << " " << y;
       }
   }
