@@ -50,7 +50,7 @@ void DetailLayer::makeBase(float exponent) {
   Peak peak;
   for (const Peak& part : peaks) peak.add(part);
   // Rounding is monotone: the peak of |D| + c is that of |D|, plus c.
-  curve_ = PowerCurve(peak.any() ? peak.value() + kLeastMagnitude : 0.0f, exponent);
+  curve_ = PowerCurve(peak.value() + kLeastMagnitude, exponent);
   curved_ = true;
 }
 

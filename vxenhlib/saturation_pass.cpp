@@ -1,5 +1,6 @@
 #include "vxenhlib/saturation_pass.h"
 
+#include <algorithm>
 #include <cmath>
 #include <vector>
 
@@ -111,8 +112,7 @@ void SaturationPass::process() {
     for (const Peak& part : peaks) peak_.add(part);
   }
   if (useGamma_) {
-    const float top = peak_.value() < 1.0f ? peak_.value() : 1.0f;
-    gammaCurve_ = PowerCurve(top, tone_->gamma);
+    gammaCurve_ = PowerCurve(std::min(peak_.value(), 1.0f), tone_->gamma);
   }
   if (tone_->mode == 1 || tone_->mode == 2) reshape(*tone_, plane_, rows_);
 }

@@ -35,7 +35,7 @@ TEST(UnblockStage, runsAboveItsThresholdAndAtFullSizeOnly) {
   };
   EXPECT_FALSE(touched(0.0f, 1));
   EXPECT_FALSE(touched(0.0199999f, 1));
-  EXPECT_TRUE(touched(0.03f, 1));
+  EXPECT_TRUE(touched(0.020001f, 1));
   EXPECT_FALSE(touched(0.5f, 2));
   EXPECT_FALSE(touched(0.5f, 0));
 }

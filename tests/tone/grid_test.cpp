@@ -24,7 +24,10 @@ TEST(GridFilter, everyPixelIsThatOfTheReference) {
       // More cells than a bin can say.
       {50, 50, 8, {0.0f, 1.0f, 0.0025f}},
       {50, 50, 8, {0.0f, 1.0f, 1.0f / 253.0f}},
+      // Columns share cells, and then nearly all of them.
       {33, 20, 4, {0.0f, 2.0f, 0.5f}},
+      {5, 4, 4, {0.0f, 200.0f, 50.0f}},
+      {64, 40, 6, {0.0f, 1.0f, 0.005f}},
       {5, 4, 16, {0.0f, 1.0f, 0.1f}},
       {1, 1, 2, {0.0f, 1.0f, 0.1f}},
       {1, 40, 3, {0.0f, 1.0f, 0.1f}},
@@ -33,6 +36,8 @@ TEST(GridFilter, everyPixelIsThatOfTheReference) {
     Plane plane(w, h), guide(w, h), expected(w, h), expectedSelf(w, h), actual(w, h);
     fill(plane, 1);
     fill(guide, 2, 0.6f);
+    for (Plane* p : {&plane, &guide})
+      paint(*p, [&](int x, int y) { return at(*p, x, y) * std::max(1.0f, range.high); });
     at(plane, w / 2, 0) = at(guide, w / 3, h / 2) = 2.5f;  // beyond the range
     at(plane, 0, h / 2) = at(guide, w - 1, h / 3) = -1.5f;
     at(guide, w / 4, h - 1) = std::nanf("");  // counts as the end of the range
@@ -111,7 +116,7 @@ TEST(LocalEq, everyPixelIsThatOfTheReference) {
   const std::tuple<int, int, int, EqSettings> cases[] = {
       {120, 70, 16, {0.05f, 0.9f, 1.0f, 0.4f, 0.7f, 0.3f}},
       {120, 70, 50, {0.0f, 1.0f, 0.0f, 0.5f, 1.0f, 1.0f}},
-      {97, 61, 6, {0.02f, 0.8f, -0.6f, 0.4f, 0.9f, 0.85f}},
+      {97, 61, 6, {0.02f, 0.8f, -0.6f, 0.4f, 0.989f, 0.805f}},
       {97, 61, 20, {0.0f, 1.0f, 2.0f, 0.1f, 0.99f, 0.0f}},
       {31, 9, 4, {0.1f, 0.5f, 0.5f, 0.4f, 0.02f, 0.95f}},
       // More bins than a byte can say.
@@ -126,6 +131,7 @@ TEST(LocalEq, everyPixelIsThatOfTheReference) {
     fill(image, 3);
     // What is out of range is counted and read beyond the columns.
     for (int x = 0; x < w; x += 11) at(image, x, h / 2) = x % 2 == 0 ? 1.0f : 1.4f;
+    at(image, w - 1, h / 4) = 1.03f;  // by one bin
     for (int x = 0; x < w; x += 17) at(image, x, h / 3) = -0.3f;
     copyImage(image, expected);
     referenceEqualize(expected, sample, s);

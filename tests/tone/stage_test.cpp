@@ -39,6 +39,7 @@ const StageCase kCases[] = {
      [](Stage& s) {
        s.sharpenAmount = s.lightness.detailGamma = s.saturation.contrast = s.saturation.gamma = 0;
      }},
+    {"not sharpened, not clipped", [](Stage& s) { s.sharpenAmount = 1; }},
     {"softened", [](Stage& s) { s.sharpenAmount = 0.2f, s.sharpenSigma = 3.0f; }},
     {"hue back", [](Stage& s) { s.hueShift = -0.7f; }},
     {"hue beyond a turn", [](Stage& s) { s.hueShift = 1.3f; }},
