@@ -16,6 +16,7 @@ TEST(GridFilter, everyPixelIsThatOfTheReference) {
   const std::tuple<int, int, int, Range> cases[] = {
       {97, 61, 16, {0.0f, 1.0f, 0.1f}},
       {97, 61, 6, {0.0f, 1.0f, 0.025f}},
+      {97, 61, 6, {0.0f, 1.0f, 0.05f}},
       {160, 40, 7, {0.0f, 1.0f, 0.05f}},
       {120, 33, 2, {0.0f, 1.0f, 0.3f}},
       // A span of 1.0745 takes bins out of their column, by several cells at 0.012.
@@ -26,12 +27,14 @@ TEST(GridFilter, everyPixelIsThatOfTheReference) {
       {50, 50, 8, {0.0f, 1.0f, 1.0f / 253.0f}},
       // Columns share cells, and then nearly all of them.
       {33, 20, 4, {0.0f, 2.0f, 0.5f}},
+      {150, 34, 16, {0.0f, 8.0f, 0.5f}},
       {5, 4, 4, {0.0f, 200.0f, 50.0f}},
       {64, 40, 6, {0.0f, 1.0f, 0.005f}},
       {5, 4, 16, {0.0f, 1.0f, 0.1f}},
       {1, 1, 2, {0.0f, 1.0f, 0.1f}},
       {1, 40, 3, {0.0f, 1.0f, 0.1f}},
       {40, 1, 3, {0.0f, 1.0f, 0.1f}}};
+  BilateralFilter filter;  // one for all
   for (const auto& [w, h, sample, range] : cases) {
     Plane plane(w, h), guide(w, h), expected(w, h), expectedSelf(w, h), actual(w, h);
     fill(plane, 1);
@@ -45,7 +48,6 @@ TEST(GridFilter, everyPixelIsThatOfTheReference) {
     copyImage(plane, expectedSelf);
     referenceFilter(expected, guide, range, sample);
     referenceFilter(expectedSelf, plane, range, sample);
-    BilateralFilter filter;
     ASSERT_EQ(filter.setupGrid(w, h, range.low, range.high, sample, range.step, 0), kVxrcOk);
     for (const auto& [rows, threads] : kRuns) {
       SCOPED_TRACE(::testing::Message() << w << "x" << h << ", " << range.step << ", " << rows
@@ -119,6 +121,7 @@ TEST(LocalEq, everyPixelIsThatOfTheReference) {
       {97, 61, 6, {0.02f, 0.8f, -0.6f, 0.4f, 0.989f, 0.805f}},
       {97, 61, 20, {0.0f, 1.0f, 2.0f, 0.1f, 0.99f, 0.0f}},
       {31, 9, 4, {0.1f, 0.5f, 0.5f, 0.4f, 0.02f, 0.95f}},
+      {90, 40, 7, {0.0f, 1.0f, 0.4f, 0.5f, 0.8f, 0.5f}},
       // More bins than a byte can say.
       {90, 40, 7, {0.0f, 1.0f, 0.4f, 0.5f, 0.8f, 0.5f, 0.002f}},
       {1, 1, 6, {0.0f, 1.0f, 0.0f, 0.5f, 0.5f, 0.5f}},
@@ -126,6 +129,7 @@ TEST(LocalEq, everyPixelIsThatOfTheReference) {
       {23, 1, 6, {0.0f, 1.0f, 0.0f, 0.5f, 0.5f, 0.5f}},
       // A cell of more pixels than a float counts in steps of 1 from 0.25.
       {4400, 1000, 5000, {0.0f, 1.0f, 0.0f, 0.5f, 1.0f, 0.5f}}};
+  BilateralLocalHistEq eq;
   for (const auto& [w, h, sample, s] : cases) {
     Plane image(w, h), expected(w, h), actual(w, h);
     fill(image, 3);
@@ -135,7 +139,6 @@ TEST(LocalEq, everyPixelIsThatOfTheReference) {
     for (int x = 0; x < w; x += 17) at(image, x, h / 3) = -0.3f;
     copyImage(image, expected);
     referenceEqualize(expected, sample, s);
-    BilateralLocalHistEq eq;
     ASSERT_EQ(eq.setupGrid(w, h, 0.0f, 1.0f, sample, s.rangeStep, s.outLow, s.outScale, s.peakGain,
                            s.peakPosition, 0),
               kVxrcOk);
