@@ -19,3 +19,7 @@ file(RELATIVE_PATH vx_pc_prefix /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefi
 configure_file(cmake/vxicore26.pc.in vxicore26.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/vxicore26.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
   COMPONENT development)
+
+# Read by people who write a host; the documentation of the Debian package.
+install(FILES tests/install/consumer/consumer.c tests/install/consumer/consumer.cpp
+  tests/install/consumer/CMakeLists.txt DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples COMPONENT development)

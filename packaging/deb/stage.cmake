@@ -1,6 +1,5 @@
 # Run by CPack between staging and packing: documents of each package, and compression as Debian wants it
 # (without times, so that the same files give the same package).
-file(GLOB_RECURSE manuals ${CPACK_TEMPORARY_DIRECTORY}/*/usr/share/man/*.1)
 foreach(entry IN LISTS CPACK_VX_DOCS)
   string(REGEX MATCH "^([^:]+):(.+)$" entry ${entry})
   set(root ${CPACK_TEMPORARY_DIRECTORY}/${CMAKE_MATCH_1})
@@ -18,6 +17,11 @@ foreach(entry IN LISTS CPACK_VX_DOCS)
   file(WRITE ${docs}/changelog "${changelog}")
   execute_process(COMMAND gzip -9n ${docs}/changelog.Debian ${docs}/changelog COMMAND_ERROR_IS_FATAL ANY)
 endforeach()
+file(GLOB libraries ${CPACK_TEMPORARY_DIRECTORY}/library/usr/lib/*/lib*.so.*.*)
+file(GLOB programs ${CPACK_TEMPORARY_DIRECTORY}/tools/usr/bin/*)
+execute_process(COMMAND strip --strip-unneeded --remove-section=.comment --remove-section=.note
+  ${libraries} ${programs} COMMAND_ERROR_IS_FATAL ANY)
+file(GLOB manuals ${CPACK_TEMPORARY_DIRECTORY}/*/usr/share/man/man1/*.1)
 foreach(manual IN LISTS manuals)
   execute_process(COMMAND gzip -9n ${manual} COMMAND_ERROR_IS_FATAL ANY)
 endforeach()
