@@ -23,10 +23,11 @@ in_list() { # WORD LIST WHERE
 }
 
 commands=$("$program" --help | sed -n '/^Subcommands:/,/^$/s/^  \([a-z]*\) .*/\1/p')
+offered_commands=$(offered "")
 [ "$(wc -w <<<"$commands")" -ge 4 ] || fail "the help shows too few commands"
 for command in $commands; do
   in_manual "Cm $command"
-  in_list "$command" "$(offered "")" ""
+  in_list "$command" "$offered_commands" "vxicore"
   help=$("$program" "$command" --help)
   list=$(offered "$command" --)
   # shellcheck disable=SC2013
@@ -34,12 +35,15 @@ for command in $commands; do
     in_manual "Fl ([a-z] , )?${option#-}"
     in_list "$option" "$list" "$command"
     words=$(sed -n "s/^  $option \([^ ]*|[^ ]*\).*/\1/p" <<<"$help" | tr '|' '\n' | grep -v '^[A-Z]' || true)
-    for word in $words; do in_list "$word" "$(offered "$command" "$option" "")" "$option"; done
+    [ -n "$words" ] || continue
+    values=$(offered "$command" "$option" "")
+    for word in $words; do in_list "$word" "$values" "$option"; done
   done
+  values=$(offered "$command" --preset "")
   for preset in "$(dirname "$program")"/presets/"$command"/*.toml "$(dirname "$program")"/../share/vxicore26/presets/"$command"/*.toml; do
     [ -f "$preset" ] || continue
     in_manual "Sy $(basename "$preset" .toml)"
-    in_list "$(basename "$preset" .toml)" "$(offered "$command" --preset "")" "$command --preset"
+    in_list "$(basename "$preset" .toml)" "$values" "$command --preset"
   done
 done
 
