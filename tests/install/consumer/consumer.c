@@ -11,12 +11,13 @@ static int report(int position, int total, void* context) {
 
 /* 8-bit interleaved RGB; returns 1 when done. */
 static int brighten(unsigned char* pixels, int width, int height) {
-  return vxAdjustRgb(pixels, 1, 3 * width, width, height, 1, NULL, NULL, report, NULL,
-                     0.15f, 200.0f, 0.0f, 0.5f, 0.0f, 0.0f, /* local equalisation, gamma, cut, floor */
-                     0.2f, 24.0f, 1.0f, 1.3f,               /* detail: range, radius, gamma, gain */
-                     1.3f,                                  /* sharpening */
-                     0.0f, 0.0f, 1.1f, 1.0f, 0.0f,          /* saturation: eq, radius, contrast, gamma; hue */
-                     0.0f, NULL, 0.0f, 0.0f, 0);            /* noise, grain, blocks: off */
+  return vxAdjustRgb(pixels, 1, 3 * width, width, height, 1,  // RGB of 8 bits, full size
+                     NULL, NULL, report, NULL,                // callbacks
+                     0.15f, 200, 0, 0.5f, 0, 0,  // local equalisation, gamma, cut and floor
+                     0.2f, 24, 1, 1.3f,          // detail: range, radius, gamma, gain
+                     1.3f,                       // sharpening
+                     0, 100, 1.1f, 1, 0,         // saturation: equalisation, gain, gamma; hue
+                     0, NULL, 0, 0, 0);          // noise, grain, blocks: off
 }
 
 int main(void) {

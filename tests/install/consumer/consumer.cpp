@@ -17,7 +17,8 @@ struct Picture {
 
 // The neutral set; a host fills in what its user asks for.
 struct Settings {
-  float lumaEqAmount = 0, lumaEqRadius = 100, lumaEqPeakGain = 0, lumaGamma = 0, lumaEqTopCut = 0, lumaEqFloor = 0;
+  float lumaEqAmount = 0, lumaEqRadius = 100, lumaEqPeakGain = 0, lumaGamma = 0, lumaEqTopCut = 0,
+        lumaEqFloor = 0;
   float lumaDetailRange = 0, lumaDetailRadius = 16, lumaDetailGamma = 1, lumaDetailGain = 1;
   float sharpenAmount = 1;
   float satEqAmount = 0, satEqRadius = 100, satContrast = 1, satGamma = 1, hueShift = 0;
@@ -29,13 +30,15 @@ int adjust(Picture& picture, const Settings& s, VxProgress progress, void* conte
   constexpr int kRgb16 = 3;
   NoiseProfile noise{};
   if (s.denoiseStrength > 0)
-    vxDenoiseEstNoise(picture.samples.data(), kRgb16, picture.rowStep(), picture.width, picture.height, &noise);
-  return vxAdjustRgb(picture.samples.data(), kRgb16, picture.rowStep(), picture.width, picture.height, 1,
-                     nullptr, nullptr, progress, context,
-                     s.lumaEqAmount, s.lumaEqRadius, s.lumaEqPeakGain, s.lumaGamma, s.lumaEqTopCut, s.lumaEqFloor,
+    vxDenoiseEstNoise(picture.samples.data(), kRgb16, picture.rowStep(), picture.width,
+                      picture.height, &noise);
+  return vxAdjustRgb(picture.samples.data(), kRgb16, picture.rowStep(), picture.width,
+                     picture.height, 1, nullptr, nullptr, progress, context,  // callbacks
+                     s.lumaEqAmount, s.lumaEqRadius, s.lumaEqPeakGain, s.lumaGamma, s.lumaEqTopCut,
+                     s.lumaEqFloor,  // local equalisation, and the gamma within it
                      s.lumaDetailRange, s.lumaDetailRadius, s.lumaDetailGamma, s.lumaDetailGain,
-                     s.sharpenAmount,
-                     s.satEqAmount, s.satEqRadius, s.satContrast, s.satGamma, s.hueShift,
+                     s.sharpenAmount, s.satEqAmount, s.satEqRadius, s.satContrast, s.satGamma,
+                     s.hueShift,  // colour
                      s.denoiseStrength, &noise, s.grainRestore, s.unblockStrength, s.denoiseMode);
 }
 
