@@ -21,12 +21,13 @@ VX_EXPORT int vxDenoiseEstNoise(const void* pixels, int format, int rowStep, int
   toLumaChroma(colours, false);
 
   NoiseEstimator estimator;
-  const float luma = 1.4f * estimator.estimate(*planes[0]);
+  // Not rounded before the chroma's share of it is taken.
+  const double luma = double{1.4f} * estimator.estimate(*planes[0]);
   *noiseProfile = {.lumaLevel = estimator.meanLevel,
-                   .lumaNoise = luma,
+                   .lumaNoise = static_cast<float>(luma),
                    .lumaReserved = 0.0f,
                    .chromaLevel = estimator.meanLevel,
-                   .chromaNoise = 0.35f * luma,
+                   .chromaNoise = static_cast<float>(double{0.35f} * luma),
                    .chromaReserved = 0.0f};
   return 1;
 }

@@ -96,10 +96,15 @@ std::vector<float> referenceLuma(Picture& p, int x0, int y0, int width, int heig
   return luma;
 }
 
+// The chroma's share is taken of the product before it is rounded.
+NoiseProfile profileOf(float level, float sigma) {
+  const double noise = double{1.4f} * sigma, chroma = double{0.35f} * noise;
+  return {level, static_cast<float>(noise), 0.0f, level, static_cast<float>(chroma), 0.0f};
+}
+
 NoiseProfile reference(Picture& p, int x0, int y0, int width, int height) {
   const Estimate e = referenceEstimate(referenceLuma(p, x0, y0, width, height), width, height, 5);
-  const float noise = 1.4f * e.noiseSigma;
-  return {e.meanLevel, noise, 0.0f, e.meanLevel, 0.35f * noise, 0.0f};
+  return profileOf(e.meanLevel, e.noiseSigma);
 }
 
 // Both reserved fields are 0.
@@ -186,19 +191,19 @@ TEST(EstNoise, flatPicturesHaveTheLeastNoise) {
 TEST(EstNoise, whatCannotBeReadCountsAsBlack) {
   Picture p(1, 60, 44);
   paint(p, 9.0, 1);
-  const auto expect = [&](const void* pixels, int format, int w, int h, float noise) {
+  const auto expect = [&](const void* pixels, int format, int w, int h, float sigma) {
     NoiseProfile profile = kUnset;
     EXPECT_EQ(vxDenoiseEstNoise(pixels, format, p.step, w, h, &profile), 1);
-    expectSame({0, noise, 0, 0, 0.35f * noise, 0}, profile);
+    expectSame(profileOf(0, sigma), profile);
   };
   constexpr int kLeast = std::numeric_limits<int>::min(), kMost = std::numeric_limits<int>::max();
-  const float least = 1.4f * (0.5f / 32767.0f * 1.54f);
+  const float least = 0.5f / 32767.0f * 1.54f;
   for (const int format : {0, 2, 4, 7, 8, 9, -1, kMost})
     expect(p.bytes.data(), format, 60, 44, least);
   expect(nullptr, 1, 60, 44, least);
   EXPECT_EQ(vxDenoiseEstNoise(p.bytes.data(), 1, p.step, 60, 44, nullptr), 1);
   // Without a pixel the result is the bin above all bins.
-  const float most = 1.4f * ((32766.0f + 0.5f) / 32767.0f * 1.54f);
+  const float most = (32766.0f + 0.5f) / 32767.0f * 1.54f;
   for (const auto& [w, h] : {std::array{0, 9}, {9, -4}, {3, 9}, {kLeast, kLeast}})
     expect(p.bytes.data(), 1, w, h, most);
 }
