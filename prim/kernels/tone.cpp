@@ -41,11 +41,6 @@ int primvTurnHue_32f_I(float shift, float* srcDst, int length) {
 
 int primvSharpen_32f(float amount, const float* src, const float* blur, float* dst, int length) {
   if (const int status = check(length, src, blur, dst)) return status;
-  if (amount == 0.0f) {
-    VX_INDEPENDENT
-    for (int i = 0; i < length; ++i) dst[i] = blur[i] + 0.0f;
-    return kStatusOk;
-  }
   VX_INDEPENDENT
   for (int i = 0; i < length; ++i) dst[i] = blur[i] + (src[i] - blur[i]) * amount;
   return kStatusOk;
@@ -74,11 +69,6 @@ int primvDetailPart_32f(float least, const float* src, const float* base, float*
 int primvDetailJoin_32f(float gain, const float* sign, const float* size, const float* base,
                         float* dst, int length) {
   if (const int status = check(length, sign, size, base, dst)) return status;
-  if (gain == 0.0f) {
-    VX_INDEPENDENT
-    for (int i = 0; i < length; ++i) dst[i] = base[i] + 0.0f;
-    return kStatusOk;
-  }
   VX_INDEPENDENT
   for (int i = 0; i < length; ++i) dst[i] = base[i] + (sign[i] * size[i]) * gain;
   return kStatusOk;
