@@ -2,10 +2,12 @@
 
 #include <climits>
 #include <cstdint>
+#include <limits>
 #include <type_traits>
 
 #include "frame/image_buffer.h"
 #include "frame/img.h"
+#include "frame/to_int.h"
 #include "tests/support/heap.h"
 
 namespace {
@@ -14,11 +16,16 @@ using vx::GIMG;
 using vx::ImageBuffer;
 using vx::IMG;
 using vx::IMG3;
+using vx::toInt;
 
 static_assert(!std::is_copy_constructible_v<IMG3<float>> &&
               !std::is_move_assignable_v<IMG3<float>>);
 static_assert(!std::is_copy_constructible_v<ImageBuffer<float, 3>>);
 static_assert(sizeof(IMG3<float>) == sizeof(IMG<float, 3>), "the derived forms add no field");
+
+static_assert(toInt(-2.9f) == -2 && toInt(3e9f) == INT_MAX && toInt(-3e9) == INT_MIN);
+static_assert(toInt(std::numeric_limits<float>::quiet_NaN()) == 0 &&
+              toInt(2147483646.9) == INT_MAX - 1);
 
 template <class Image>
 void expectPaddedRows() {
