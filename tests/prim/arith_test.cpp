@@ -30,7 +30,8 @@ TEST(Arith, combinesImagesAndConstants) {
   VX_EXPECT(v * v, primSqr_32f_C1IR, d, size);
   VX_EXPECT(std::abs(s), primAbs_32f_C1R, a, d, size);
   VX_EXPECT(std::abs(v), primAbs_32f_C1IR, d, size);
-  EXPECT_EQ(primAbsDiff_32f_C1R(a.data(), 4, b.data(), 4, d.data(), 3, 1, 1), -14);
+  for (const auto& [s1, s2, s3] : {std::tuple{3, 4, 4}, {4, 3, 4}, {4, 4, 3}})
+    EXPECT_EQ(primAbsDiff_32f_C1R(a.data(), s1, b.data(), s2, d.data(), s3, 1, 1), -14);
   d = a;  // the destination itself as operand
   VX_EXPECT(s + s, primAdd_32f_C1IR, d, d, size);
 }
