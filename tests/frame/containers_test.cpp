@@ -31,6 +31,7 @@ template <class Image>
 void expectPaddedRows() {
   const Image image(11, 3);
   EXPECT_EQ(image.step, (11 * Image::kPixelBytes + 31) / 32 * 32);
+  EXPECT_EQ(image.status, 1);
   EXPECT_EQ(reinterpret_cast<std::uintptr_t>(image.data) % 32, 0u);
 }
 
@@ -67,9 +68,10 @@ TEST(Img, withoutMemoryDataIsNullAndNothingThrows) {
     EXPECT_EQ(failed.data, nullptr);
     EXPECT_THROW((ImageBuffer<float, 3>(5, 5)), vx::BException);
   }
-  for (const auto& [w, h] : {std::pair(0, 5), {5, 0}, {-3, 5}, {INT_MIN, INT_MIN}}) {
+  for (const auto& [w, h] : {std::pair(0, 0), {0, 5}, {5, 0}, {-3, 5}, {INT_MIN, INT_MIN}}) {
     EXPECT_EQ((IMG3<float>(w, h).data), nullptr);
-    EXPECT_EQ((ImageBuffer<float>(w, h).data), nullptr) << "an empty buffer raises nothing";
+    const ImageBuffer<float> empty(w, h);
+    EXPECT_TRUE(empty.data == nullptr && empty.step == 0 && empty.width == w && empty.height == h);
   }
   const IMG3<float> rowTooLong(INT_MAX / 12 + 1, 1);
   EXPECT_EQ(rowTooLong.data, nullptr);
