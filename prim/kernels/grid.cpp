@@ -157,8 +157,7 @@ inline void readSome(const float* packed, const unsigned* cell, const float* fz,
 }  // namespace
 
 int primvGridCells_32f8u(const float* src, std::uint8_t* dst, int length, const GridAxis* axis) {
-  if (!src || !dst || !axis) return kStatusNullPtr;
-  if (length < 1) return kStatusBadSize;
+  if (const int status = checkVector(length, src, dst, axis)) return status;
   const float zero = opaque(0.0f);
   const float top = opaque(static_cast<float>(axis->topCell));
   float coordinate[kStrip];
@@ -173,8 +172,7 @@ int primvGridCells_32f8u(const float* src, std::uint8_t* dst, int length, const 
 }
 
 int primvGridPack_32f(const float* near, const float* far, int depth, float* packed, int cells) {
-  if (!near || !far || !packed) return kStatusNullPtr;
-  if (cells < 1) return kStatusBadSize;
+  if (const int status = checkVector(cells, near, far, packed)) return status;
   const float* nearRight = near + depth;
   const float* farRight = far + depth;
   int p = 0;
@@ -205,8 +203,8 @@ int primvGridPack_32f(const float* near, const float* far, int depth, float* pac
 int primvGridRead_32f(const float* guide, float* dst, int length, const GridAxis* axis,
                       const float* packed, const int* column, const float* fraction,
                       float rowFraction) {
-  if (!guide || !dst || !axis || !packed || !column || !fraction) return kStatusNullPtr;
-  if (length < 1) return kStatusBadSize;
+  if (const int status = checkVector(length, guide, dst, axis, packed, column, fraction))
+    return status;
   const float zero = opaque(0.0f);
   const float top = opaque(255.0f);
   float along[kStrip];
