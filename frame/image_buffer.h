@@ -1,10 +1,10 @@
 #pragma once
 
 #include <climits>
-#include <cstddef>
 #include <cstdint>
 
 #include "frame/exceptions.h"
+#include "frame/row_at.h"
 #include "prim/alloc.h"
 
 namespace vx {
@@ -44,9 +44,7 @@ class ImageBuffer {
   }
 
   /// Start of row y; not to be asked of an empty buffer.
-  T* row(int y) const {
-    return reinterpret_cast<T*>(reinterpret_cast<std::uint8_t*>(data) + std::ptrdiff_t{step} * y);
-  }
+  T* row(int y) const { return rowAt(data, step, y); }
 
  private:
   void allocate(int w, int h) {

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "frame/row_at.h"
 #include "prim/alloc.h"
 
 namespace vx {
@@ -67,9 +68,7 @@ class IMG {
   virtual ~IMG() { prim::primFree(base); }
 
   /// Start of row y of the region of interest; not to be asked of an image without memory.
-  T* row(int y) const {
-    return reinterpret_cast<T*>(reinterpret_cast<std::uint8_t*>(data) + std::ptrdiff_t{step} * y);
-  }
+  T* row(int y) const { return rowAt(data, step, y); }
 };
 
 /// An image of three interleaved channels; channel c is reached at `data` + c.

@@ -1,9 +1,7 @@
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
-
 #include "frame/img.h"
+#include "frame/row_at.h"
 
 namespace vx {
 
@@ -21,10 +19,7 @@ struct RgbRows {
   explicit RgbRows(const IMG3<float>& image)
       : data(image.data), step(image.step), width(image.roiWidth), height(image.roiHeight) {}
 
-  float* row(int y) const {
-    return reinterpret_cast<float*>(reinterpret_cast<std::uint8_t*>(data) +
-                                    std::ptrdiff_t{step} * y);
-  }
+  float* row(int y) const { return rowAt(data, step, y); }
   RgbRows rows(int y, int count) const { return {row(y), step, width, count}; }
 };
 

@@ -153,7 +153,7 @@ typedef int   (*VxProgress)(int position, int total, void* hostContext);
  * @param hostContext   handed to the three callbacks, see @ref callbacks
  *
  * Lightness, local equalisation: a tone curve for each place, from the histogram around it.
- * @param lumaEqAmount    0 to 1; neutral 0 (below 0.023 skipped); typical 0.15 to 0.4. Strength
+ * @param lumaEqAmount    0 to 1; neutral 0 (up to 0.022 skipped); typical 0.15 to 0.4. Strength
  *                        1 - exp(-a^2 / 0.05); the contrast limit rises along with it. Cost: 2 at a
  *                        radius of 50 and more, 10 at 10
  * @param lumaEqRadius    pixels of the full-size picture per cell, 6 and up; typical 50 to 200. The

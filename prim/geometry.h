@@ -34,12 +34,10 @@ int primTranspose_32f_C1IR(float* srcDst, int srcDstStep, int width, int height)
 ///   d2 = (p2 - p1) - d1, d3 = (p3 + ((p1 - p2) - p2)) - d2, and
 ///   p0 + (t + 1) * d1 + (t * (t + 1) * 0.5) * d2 + ((t - 1) * (t * (t + 1) * 0.5) / 3) * d3.
 /// - kResizeLanczos: six samples at i - 2..i + 3 weighted by sinc(x) * sinc(x / 3) of their
-/// distance x
-///   (Duchon, 1979, Lanczos filtering in one and two dimensions), divided by the sum of the
-///   weights.
+///   distance x, divided by the sum of the weights (Duchon, 1979, Lanczos filtering in one and two
+///   dimensions).
 /// - kResizeArea: the mean over the stretch d / factor .. (d + 1) / factor, its end samples
-/// weighted by
-///   the part that they have in it.
+///   weighted by the part that they have in it.
 /// A window that would reach outside the region is moved inside, and t with it (from -1 to 2 in the
 /// cubic); a Lanczos sample that is then 3 or more away weighs nothing.
 /// A region with a side below 8 turns kResizeLanczos into kResizeCubic, below 4 kResizeCubic into

@@ -7,10 +7,13 @@
 // products: each one-dimensional sum is formed in 32 bits from 16-bit factors and rounded once,
 // half up. With K(s, j) = round(s * cos(j * pi / 16)) the passes are
 //
-//   vertical, forward     samples x                -> 44 * its 1-D coefficients   K(22528, j), >>
-//   10 horizontal, forward                            -> 30 * the 2-D coefficients   K(22341.8, j),
-//   >> 16 horizontal, inverse   dequantised coefficients -> 44 * the half-way values    K(22528,
-//   j), >> 10 vertical, inverse                              -> samples K(11915.6, j), >> 20
+//   | pass                | gives                                       | s       | shift |
+//   |---------------------|---------------------------------------------|---------|-------|
+//   | vertical, forward   | 44 * the 1-D coefficients of samples        | 22528   | 10    |
+//   | horizontal, forward | 30 * the 2-D coefficients                   | 22341.8 | 16    |
+//   | horizontal, inverse | 44 * the half-way values of dequantised     | 22528   | 10    |
+//   |                     | coefficients                                |         |       |
+//   | vertical, inverse   | samples                                     | 11915.6 | 20    |
 //
 // each saturated to 16 bits. 44 and 30 are the largest even scales at which no sum of samples
 // within -128..128 leaves its 16 bits (first pass doubled in the butterfly of the second) or 32

@@ -2,8 +2,8 @@
 
 // The whole primitive layer. What holds for every primitive:
 //
-// - Names: `prim`, operation, `_`, element types, `_`, layout (C1R, C3R: interleaved channels over a
-//   rectangle; P3R: planes; I: in place; M: under an 8-bit mask); `primv` marks one-dimensional
+// - Names: `prim`, operation, `_`, element types, `_`, layout (C1R, C3R: interleaved channels over
+//   a rectangle; P3R: planes; I: in place; M: under an 8-bit mask); `primv` marks one-dimensional
 //   forms.
 // - Steps are in bytes, signed and never derived from the width; width and height count pixels. The
 //   pointer addresses the first pixel of the region, so a subimage is pointer arithmetic.

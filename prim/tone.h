@@ -19,7 +19,7 @@ int primvClip_32f_I(float low, float high, float* srcDst, int length);
 /// v, any other v < 0 ? v + 1 : v.
 int primvTurnHue_32f_I(float shift, float* srcDst, int length);
 
-/// dst = blur + (src - blur) * amount; an amount of 0 gives the blur whatever the source holds.
+/// dst = blur + (src - blur) * amount.
 int primvSharpen_32f(float amount, const float* src, const float* blur, float* dst, int length);
 
 /// dst = |src - base|.
@@ -30,7 +30,7 @@ int primvDetailSize_32f(const float* src, const float* base, float* dst, int len
 int primvDetailPart_32f(float least, const float* src, const float* base, float* sign, float* size,
                         int length);
 
-/// dst = base + (sign * size) * gain; a gain of 0 gives the base whatever the detail holds.
+/// dst = base + (sign * size) * gain.
 int primvDetailJoin_32f(float gain, const float* sign, const float* size, const float* base,
                         float* dst, int length);
 

@@ -45,8 +45,7 @@ int primMul_32f_C1IR(const float* src, int srcStep, float* srcDst, int srcDstSte
 
 int primDiv_32f_C1IR(const float* src, int srcStep, float* srcDst, int srcDstStep, int width,
                      int height) {
-  if (src == nullptr || srcDst == nullptr) return kStatusNullPtr;
-  if (emptySize(width, height)) return kStatusBadSize;
+  if (const int status = checkImage(width, height, src, srcDst)) return status;
   int status = kStatusOk;
   for (int y = 0; y < height; ++y) {
     if (divideRow(row(src, srcStep, y), row(srcDst, srcDstStep, y), width))
@@ -100,8 +99,7 @@ int primAbs_32f_C1IR(float* srcDst, int srcDstStep, int width, int height) {
 
 int primAbsDiff_32f_C1R(const float* src1, int src1Step, const float* src2, int src2Step,
                         float* dst, int dstStep, int width, int height) {
-  if (src1 == nullptr || src2 == nullptr || dst == nullptr) return kStatusNullPtr;
-  if (emptySize(width, height)) return kStatusBadSize;
+  if (const int status = checkImage(width, height, src1, src2, dst)) return status;
   if (shortStep(src1Step, width, 4) || shortStep(src2Step, width, 4) ||
       shortStep(dstStep, width, 4))
     return kStatusBadStep;
@@ -119,8 +117,7 @@ int primExp_32f_C1IR(float* srcDst, int srcDstStep, int width, int height) {
 }
 
 int primLn_32f_C1IR(float* srcDst, int srcDstStep, int width, int height) {
-  if (srcDst == nullptr) return kStatusNullPtr;
-  if (emptySize(width, height)) return kStatusBadSize;
+  if (const int status = checkImage(width, height, srcDst)) return status;
   int status = kStatusOk;
   for (int y = 0; y < height; ++y) {
     float* p = row(srcDst, srcDstStep, y);

@@ -122,14 +122,12 @@ int primSub_16s_C1IRSfs(const std::int16_t* src, int srcStep, std::int16_t* srcD
 
 int primSubC_8u_C1IRSfs(std::uint8_t value, std::uint8_t* srcDst, int srcDstStep, int width,
                         int height, int scaleFactor) {
+  if (const int status = checkImage(width, height, srcDst)) return status;
+  if (value == 0 && scaleFactor == 0) return kStatusOk;
   const auto map = [&](auto f) {
     return mapRows(srcDst, srcDstStep, srcDst, srcDstStep, width, height, f);
   };
-  if (scaleFactor == 0) {
-    if (value != 0) return map([value](std::uint8_t a) { return kSaturatingSub8u(value, a); });
-    if (srcDst == nullptr) return kStatusNullPtr;
-    return emptySize(width, height) ? kStatusBadSize : kStatusOk;
-  }
+  if (scaleFactor == 0) return map([value](std::uint8_t a) { return kSaturatingSub8u(value, a); });
   return withScale<std::uint8_t>(scaleFactor, kDifferenceBits8u, [&](auto scale) {
     return map([scale, value](std::uint8_t a) { return scale(kSaturatingSub8u(value, a)); });
   });
@@ -137,8 +135,7 @@ int primSubC_8u_C1IRSfs(std::uint8_t value, std::uint8_t* srcDst, int srcDstStep
 
 int primAddC_16s_C1IRSfs(std::int16_t value, std::int16_t* srcDst, int srcDstStep, int width,
                          int height, int scaleFactor) {
-  if (srcDst == nullptr) return kStatusNullPtr;
-  if (emptySize(width, height)) return kStatusBadSize;
+  if (const int status = checkImage(width, height, srcDst)) return status;
   if (value == 0 && scaleFactor == 0) return kStatusOk;
   const auto map = [&](auto f) {
     return mapRows(srcDst, srcDstStep, srcDst, srcDstStep, width, height, f);
@@ -166,8 +163,7 @@ int primAbsDiff_8u_C1R(const std::uint8_t* src1, int src1Step, const std::uint8_
 
 int primAddProduct_8u32f_C1IR(const std::uint8_t* src1, int src1Step, const std::uint8_t* src2,
                               int src2Step, float* srcDst, int srcDstStep, int width, int height) {
-  if (src1 == nullptr || src2 == nullptr || srcDst == nullptr) return kStatusNullPtr;
-  if (emptySize(width, height)) return kStatusBadSize;
+  if (const int status = checkImage(width, height, src1, src2, srcDst)) return status;
   if (src1Step < width || src2Step < width || shortStep(srcDstStep, width, 4) ||
       srcDstStep % 4 != 0)
     return kStatusBadStep;

@@ -156,8 +156,7 @@ void spreadRow(const char* from, char* to, std::ptrdiff_t width) {
 // dst[x * kTo] = src[x * kFrom] over a rectangle, in elements of kBytes.
 template <int kBytes, int kFrom, int kTo>
 int copyChannel(const void* src, int srcStep, void* dst, int dstStep, int width, int height) {
-  if (!src || !dst) return kStatusNullPtr;
-  if (emptySize(width, height)) return kStatusBadSize;
+  if (const int status = checkImage(width, height, src, dst)) return status;
   for (int y = 0; y < height; ++y) {
     const char* in = row(static_cast<const char*>(src), srcStep, y);
     char* out = row(static_cast<char*>(dst), dstStep, y);

@@ -165,8 +165,7 @@ inline void overStrips(int width, int height, const Each& each) {
 // `convert` turns the strip's three channels into the other three.
 template <class Convert>
 inline int convert3(const float* src, int srcStep, float* dst, int dstStep, int width, int height) {
-  if (!src || !dst) return kStatusNullPtr;
-  if (emptySize(width, height)) return kStatusBadSize;
+  if (const int status = checkImage(width, height, src, dst)) return status;
   Strip strip = {};
   Convert convert;
   overStrips(width, height, [&](std::ptrdiff_t x, int y, int count) {
@@ -184,8 +183,7 @@ inline void copyStrip(const float* __restrict from, float* __restrict to, int co
 template <class Convert>
 inline int toPlanes(const float* src, int srcStep, float* dst0, int step0, float* dst1, int step1,
                     float* dst2, int step2, int width, int height) {
-  if (!src || !dst0 || !dst1 || !dst2) return kStatusNullPtr;
-  if (emptySize(width, height)) return kStatusBadSize;
+  if (const int status = checkImage(width, height, src, dst0, dst1, dst2)) return status;
   Strip strip = {};
   Convert convert;
   overStrips(width, height, [&](std::ptrdiff_t x, int y, int count) {
@@ -201,8 +199,7 @@ inline int toPlanes(const float* src, int srcStep, float* dst0, int step0, float
 template <class Convert>
 inline int fromPlanes(const float* src0, int step0, const float* src1, int step1, const float* src2,
                       int step2, float* dst, int dstStep, int width, int height) {
-  if (!src0 || !src1 || !src2 || !dst) return kStatusNullPtr;
-  if (emptySize(width, height)) return kStatusBadSize;
+  if (const int status = checkImage(width, height, src0, src1, src2, dst)) return status;
   Strip strip = {};
   Convert convert;
   overStrips(width, height, [&](std::ptrdiff_t x, int y, int count) {
@@ -253,8 +250,9 @@ int primYUVToRGB_32f_P3C3R(const float* y, int yStep, const float* u, int uStep,
 
 int primColorTwist_32f_P3IR(float* const* planes, int step, int width, int height,
                             const float (*twist)[4]) {
-  if (!planes || !twist || !planes[0] || !planes[1] || !planes[2]) return kStatusNullPtr;
-  if (emptySize(width, height)) return kStatusBadSize;
+  if (!planes) return kStatusNullPtr;
+  if (const int status = checkImage(width, height, twist, planes[0], planes[1], planes[2]))
+    return status;
   if (step < 1) return kStatusBadStep;
   for (int y = 0; y < height; ++y) {
     float* plane0 = row(planes[0], step, y);

@@ -184,8 +184,7 @@ void widenRow(const void* from, float* __restrict out, std::ptrdiff_t count) {
 template <int kChannels, class In, class Out, class ConvertRow>
 int convertRows(const In* src, int srcStep, Out* dst, int dstStep, int width, int height,
                 ConvertRow convertRow) {
-  if (!src || !dst) return kStatusNullPtr;
-  if (emptySize(width, height)) return kStatusBadSize;
+  if (const int status = checkImage(width, height, src, dst)) return status;
   if (srcStep < 1 || dstStep < 1) return kStatusBadStep;
   std::ptrdiff_t count = std::ptrdiff_t{width} * kChannels;
   if (srcStep == count * std::ptrdiff_t{sizeof(In)} &&

@@ -90,8 +90,7 @@ inline bool findFirst(const float* src, int step, int width, int height, float v
 }  // namespace
 
 int primMax_32f_C1R(const float* src, int srcStep, int width, int height, float* max) {
-  if (!src || !max) return kStatusNullPtr;
-  if (emptySize(width, height)) return kStatusBadSize;
+  if (const int status = checkImage(width, height, src, max)) return status;
   const float largest = extremeOf<true>(src, srcStep, width, height);
   int x = 0;
   int y = 0;
@@ -103,8 +102,7 @@ int primMax_32f_C1R(const float* src, int srcStep, int width, int height, float*
 
 int primMinIndex_32f_C1R(const float* src, int srcStep, int width, int height, float* min,
                          int* indexX, int* indexY) {
-  if (!src || !min || !indexX || !indexY) return kStatusNullPtr;
-  if (emptySize(width, height)) return kStatusBadSize;
+  if (const int status = checkImage(width, height, src, min, indexX, indexY)) return status;
   const float smallest = extremeOf<false>(src, srcStep, width, height);
   int x = 0;
   int y = 0;

@@ -9,12 +9,12 @@
 namespace vx::prim::VX_VARIANT {
 namespace {
 
-#define VX_TEXT_OF(x) #x
-#define VX_TEXT(x) VX_TEXT_OF(x)
 // The scalar reference, in which no kernel uses what stands below.
-constexpr bool kGeneric = __builtin_strcmp(VX_TEXT(VX_VARIANT), "generic") == 0;
-#undef VX_TEXT
-#undef VX_TEXT_OF
+#if defined(VX_KERNEL_SCALAR)
+constexpr bool kGeneric = true;
+#else
+constexpr bool kGeneric = false;
+#endif
 
 // Functions:
 //   loadPart     the first `count` elements, 1 to kFloats - 1, and `fill` in the lanes behind them;

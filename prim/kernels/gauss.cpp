@@ -67,8 +67,7 @@ void gauss5x5(const float* src, int srcStep, float* dst, int dstStep, int width,
 
 int primFilterGauss_32f_C1R(const float* src, int srcStep, float* dst, int dstStep, int width,
                             int height, int mask) {
-  if (!src || !dst) return kStatusNullPtr;
-  if (emptySize(width, height)) return kStatusBadSize;
+  if (const int status = checkImage(width, height, src, dst)) return status;
   if (shortStep(srcStep, width, 4) || shortStep(dstStep, width, 4)) return kStatusBadStep;
   if (mask != kMask33 && mask != kMask55) return kStatusBadMask;
 

@@ -1,4 +1,4 @@
-#include "prim/kernels/intrinsics.h"
+#include "prim/kernels/floats.h"
 #include "prim/kernels/kernel.h"
 
 namespace vx::prim::VX_VARIANT {
@@ -54,18 +54,25 @@ inline void readSome(const float* packed, const unsigned* cell, const float* fz,
                      float fy, float* dst) {
   dst[0] = readOne(packed + 2 * std::size_t{cell[0]}, fx[0], fy, fz[0]);
 }
-#elif defined(__AVX512F__)
-constexpr int kPixels = 16;
+#else
+constexpr int kPixels = kFloats;
+// One corner of all pixels in each register.
+struct Corners {
+  Floats nearLeft, nearRight, farLeft, farRight;
+};
+// The corners at z and at z + 1.
+struct Cells {
+  Corners low, high;
+};
+
+#if defined(__AVX512F__)
 inline __m512 twoPixels(const float* packed, unsigned first, unsigned second) {
   return _mm512_insertf32x8(
       _mm512_castps256_ps512(_mm256_loadu_ps(packed + 2 * std::size_t{first})),
       _mm256_loadu_ps(packed + 2 * std::size_t{second}), 1);
 }
-// One corner of pixels 0 to 3 and 4 to 7: in quads 0 and 2 at z, in quads 1 and 3 at z + 1.
-struct EightPixels {
-  __m512 nearLeft, nearRight, farLeft, farRight;
-};
-inline EightPixels eightPixels(const float* packed, const unsigned* cell) {
+// Of pixels 0 to 3 and 4 to 7: in quads 0 and 2 at z, in quads 1 and 3 at z + 1.
+inline Corners eightPixels(const float* packed, const unsigned* cell) {
   const __m512 p0 = twoPixels(packed, cell[0], cell[4]);
   const __m512 p1 = twoPixels(packed, cell[1], cell[5]);
   const __m512 p2 = twoPixels(packed, cell[2], cell[6]);
@@ -77,34 +84,21 @@ inline EightPixels eightPixels(const float* packed, const unsigned* cell) {
   return {_mm512_shuffle_ps(near01, near23, 0x44), _mm512_shuffle_ps(near01, near23, 0xee),
           _mm512_shuffle_ps(far01, far23, 0x44), _mm512_shuffle_ps(far01, far23, 0xee)};
 }
-inline __m512 alongValue(__m512 first, __m512 second, __m512 z, __m512 zr) {
-  return _mm512_shuffle_f32x4(first, second, 0xdd) * z +
-         _mm512_shuffle_f32x4(first, second, 0x88) * zr;
+template <int kQuads>
+inline Corners quads(const Corners& a, const Corners& b) {
+  return {_mm512_shuffle_f32x4(a.nearLeft, b.nearLeft, kQuads),
+          _mm512_shuffle_f32x4(a.nearRight, b.nearRight, kQuads),
+          _mm512_shuffle_f32x4(a.farLeft, b.farLeft, kQuads),
+          _mm512_shuffle_f32x4(a.farRight, b.farRight, kQuads)};
 }
-inline void readSome(const float* packed, const unsigned* cell, const float* fz, const float* fx,
-                     float fy, float* dst) {
-  const EightPixels a = eightPixels(packed, cell);
-  const EightPixels b = eightPixels(packed, cell + 8);
-  const __m512 one = _mm512_set1_ps(1.0f);
-  const __m512 z = _mm512_loadu_ps(fz);
-  const __m512 zr = one - z;
-  const __m512 x = _mm512_loadu_ps(fx);
-  const __m512 xr = one - x;
-  const __m512 y = _mm512_set1_ps(fy);
-  const __m512 yr = one - y;
-  const __m512 nearRow = x * alongValue(a.nearRight, b.nearRight, z, zr) +
-                         xr * alongValue(a.nearLeft, b.nearLeft, z, zr);
-  const __m512 farRow =
-      x * alongValue(a.farRight, b.farRight, z, zr) + xr * alongValue(a.farLeft, b.farLeft, z, zr);
-  _mm512_storeu_ps(dst, yr * nearRow + y * farRow);
+inline Cells cellsOf(const float* packed, const unsigned* cell) {
+  const Corners a = eightPixels(packed, cell);
+  const Corners b = eightPixels(packed, cell + 8);
+  return {quads<0x88>(a, b), quads<0xdd>(a, b)};
 }
 #elif defined(__AVX2__)
-constexpr int kPixels = 8;
-// One corner of four pixels: in the low half at z, in the high half at z + 1.
-struct FourPixels {
-  __m256 nearLeft, nearRight, farLeft, farRight;
-};
-inline FourPixels fourPixels(const float* packed, const unsigned* cell) {
+// Of four pixels: in the low half at z, in the high half at z + 1.
+inline Corners fourPixels(const float* packed, const unsigned* cell) {
   const __m256 p0 = _mm256_loadu_ps(packed + 2 * std::size_t{cell[0]});
   const __m256 p1 = _mm256_loadu_ps(packed + 2 * std::size_t{cell[1]});
   const __m256 p2 = _mm256_loadu_ps(packed + 2 * std::size_t{cell[2]});
@@ -116,34 +110,20 @@ inline FourPixels fourPixels(const float* packed, const unsigned* cell) {
   return {_mm256_shuffle_ps(near01, near23, 0x44), _mm256_shuffle_ps(near01, near23, 0xee),
           _mm256_shuffle_ps(far01, far23, 0x44), _mm256_shuffle_ps(far01, far23, 0xee)};
 }
-inline __m256 alongValue(__m256 first, __m256 second, __m256 z, __m256 zr) {
-  const __m256 low = _mm256_insertf128_ps(first, _mm256_castps256_ps128(second), 1);
-  const __m256 high = _mm256_permute2f128_ps(first, second, 0x31);
-  return high * z + low * zr;
+template <int kHalves>
+inline Corners halves(const Corners& a, const Corners& b) {
+  return {_mm256_permute2f128_ps(a.nearLeft, b.nearLeft, kHalves),
+          _mm256_permute2f128_ps(a.nearRight, b.nearRight, kHalves),
+          _mm256_permute2f128_ps(a.farLeft, b.farLeft, kHalves),
+          _mm256_permute2f128_ps(a.farRight, b.farRight, kHalves)};
 }
-inline void readSome(const float* packed, const unsigned* cell, const float* fz, const float* fx,
-                     float fy, float* dst) {
-  const FourPixels a = fourPixels(packed, cell);
-  const FourPixels b = fourPixels(packed, cell + 4);
-  const __m256 one = _mm256_set1_ps(1.0f);
-  const __m256 z = _mm256_loadu_ps(fz);
-  const __m256 zr = one - z;
-  const __m256 x = _mm256_loadu_ps(fx);
-  const __m256 xr = one - x;
-  const __m256 y = _mm256_set1_ps(fy);
-  const __m256 yr = one - y;
-  const __m256 nearRow = x * alongValue(a.nearRight, b.nearRight, z, zr) +
-                         xr * alongValue(a.nearLeft, b.nearLeft, z, zr);
-  const __m256 farRow =
-      x * alongValue(a.farRight, b.farRight, z, zr) + xr * alongValue(a.farLeft, b.farLeft, z, zr);
-  _mm256_storeu_ps(dst, yr * nearRow + y * farRow);
+inline Cells cellsOf(const float* packed, const unsigned* cell) {
+  const Corners a = fourPixels(packed, cell);
+  const Corners b = fourPixels(packed, cell + 4);
+  return {halves<0x20>(a, b), halves<0x31>(a, b)};
 }
 #else
-constexpr int kPixels = 4;
-struct Corners {
-  __m128 nearLeft, nearRight, farLeft, farRight;
-};
-inline Corners corners(const float* packed, const unsigned* cell) {
+inline Corners fourPixels(const float* packed, const unsigned* cell) {
   Corners c = {_mm_loadu_ps(packed + 2 * std::size_t{cell[0]}),
                _mm_loadu_ps(packed + 2 * std::size_t{cell[1]}),
                _mm_loadu_ps(packed + 2 * std::size_t{cell[2]}),
@@ -151,30 +131,33 @@ inline Corners corners(const float* packed, const unsigned* cell) {
   _MM_TRANSPOSE4_PS(c.nearLeft, c.nearRight, c.farLeft, c.farRight);
   return c;
 }
+inline Cells cellsOf(const float* packed, const unsigned* cell) {
+  return {fourPixels(packed, cell), fourPixels(packed + 4, cell)};
+}
+#endif
+
+// readOne's operations on all pixels.
 inline void readSome(const float* packed, const unsigned* cell, const float* fz, const float* fx,
                      float fy, float* dst) {
-  const Corners low = corners(packed, cell);
-  const Corners high = corners(packed + 4, cell);
-  const __m128 one = _mm_set1_ps(1.0f);
-  const __m128 z = _mm_loadu_ps(fz);
-  const __m128 zr = one - z;
-  const __m128 x = _mm_loadu_ps(fx);
-  const __m128 xr = one - x;
-  const __m128 y = _mm_set1_ps(fy);
-  const __m128 yr = one - y;
-  const __m128 nearRow =
-      x * (high.nearRight * z + low.nearRight * zr) + xr * (high.nearLeft * z + low.nearLeft * zr);
-  const __m128 farRow =
-      x * (high.farRight * z + low.farRight * zr) + xr * (high.farLeft * z + low.farLeft * zr);
-  _mm_storeu_ps(dst, yr * nearRow + y * farRow);
+  const Cells c = cellsOf(packed, cell);
+  const Floats one = setFloats(1.0f);
+  const Floats z = loadFloats(fz);
+  const Floats zr = one - z;
+  const Floats x = loadFloats(fx);
+  const Floats xr = one - x;
+  const Floats y = setFloats(fy);
+  const Floats nearRow = x * (c.high.nearRight * z + c.low.nearRight * zr) +
+                         xr * (c.high.nearLeft * z + c.low.nearLeft * zr);
+  const Floats farRow = x * (c.high.farRight * z + c.low.farRight * zr) +
+                        xr * (c.high.farLeft * z + c.low.farLeft * zr);
+  storeFloats(dst, (one - y) * nearRow + y * farRow);
 }
 #endif
 
 }  // namespace
 
 int primvGridCells_32f8u(const float* src, std::uint8_t* dst, int length, const GridAxis* axis) {
-  if (!src || !dst || !axis) return kStatusNullPtr;
-  if (length < 1) return kStatusBadSize;
+  if (const int status = checkVector(length, src, dst, axis)) return status;
   const float zero = opaque(0.0f);
   const float top = opaque(static_cast<float>(axis->topCell));
   float coordinate[kStrip];
@@ -189,8 +172,7 @@ int primvGridCells_32f8u(const float* src, std::uint8_t* dst, int length, const 
 }
 
 int primvGridPack_32f(const float* near, const float* far, int depth, float* packed, int cells) {
-  if (!near || !far || !packed) return kStatusNullPtr;
-  if (cells < 1) return kStatusBadSize;
+  if (const int status = checkVector(cells, near, far, packed)) return status;
   const float* nearRight = near + depth;
   const float* farRight = far + depth;
   int p = 0;
@@ -221,8 +203,8 @@ int primvGridPack_32f(const float* near, const float* far, int depth, float* pac
 int primvGridRead_32f(const float* guide, float* dst, int length, const GridAxis* axis,
                       const float* packed, const int* column, const float* fraction,
                       float rowFraction) {
-  if (!guide || !dst || !axis || !packed || !column || !fraction) return kStatusNullPtr;
-  if (length < 1) return kStatusBadSize;
+  if (const int status = checkVector(length, guide, dst, axis, packed, column, fraction))
+    return status;
   const float zero = opaque(0.0f);
   const float top = opaque(255.0f);
   float along[kStrip];

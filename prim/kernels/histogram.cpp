@@ -47,8 +47,7 @@ inline void countByComparing(const std::int16_t* src, int step, int width, int h
 
 int primHistogramRange_16s_C1R(const std::int16_t* src, int srcStep, int width, int height,
                                int* hist, const int* levels, int levelCount) {
-  if (!src || !hist || !levels) return kStatusNullPtr;
-  if (emptySize(width, height)) return kStatusBadSize;
+  if (const int status = checkImage(width, height, src, hist, levels)) return status;
   if (levelCount < 2) return kStatusFewHistogramLevels;
   const int bins = levelCount - 1;
   // Both ways give the same counts. To clear and to add up the table takes 20 microseconds; so many

@@ -273,8 +273,7 @@ inline std::int64_t totalOf(typename L::V sum) {
 }  // namespace
 
 int primJpegForward_16s(const std::int16_t* const* rows, std::int16_t* dst, int length) {
-  if (!rows || !dst) return kStatusNullPtr;
-  if (length < 1) return kStatusBadSize;
+  if (const int status = checkVector(length, rows, dst)) return status;
   int x = 0;
 #if !defined(VX_KERNEL_SCALAR)
   constexpr int kWide = 8 * WideLanes::kGroups;
@@ -287,8 +286,7 @@ int primJpegForward_16s(const std::int16_t* const* rows, std::int16_t* dst, int 
 
 int primJpegQuantise_16s(const std::int16_t* columns, std::int16_t* dst, int blocks,
                          const JpegQuantiser* quantiser) {
-  if (!columns || !dst || !quantiser) return kStatusNullPtr;
-  if (blocks < 1) return kStatusBadSize;
+  if (const int status = checkVector(blocks, columns, dst, quantiser)) return status;
   int i = 0;
 #if defined(VX_KERNEL_SCALAR)
   for (; i < blocks; ++i)
@@ -306,8 +304,7 @@ int primJpegQuantise_16s(const std::int16_t* columns, std::int16_t* dst, int blo
 
 int primJpegRequantise_16s8u(const std::int16_t* columns, std::uint8_t* dst, int dstStep,
                              int blocks, const JpegQuantiser* quantiser) {
-  if (!columns || !dst || !quantiser) return kStatusNullPtr;
-  if (blocks < 1) return kStatusBadSize;
+  if (const int status = checkVector(blocks, columns, dst, quantiser)) return status;
   int i = 0;
 #if defined(VX_KERNEL_SCALAR)
   for (; i < blocks; ++i) {
@@ -330,8 +327,7 @@ int primJpegRequantise_16s8u(const std::int16_t* columns, std::uint8_t* dst, int
 
 int primJpegLevels_16s(const std::int16_t* columns, int blocks, const JpegQuantiser* quantiser,
                        double* sum) {
-  if (!columns || !quantiser || !sum) return kStatusNullPtr;
-  if (blocks < 1) return kStatusBadSize;
+  if (const int status = checkVector(blocks, columns, quantiser, sum)) return status;
   std::int64_t total = 0;
 #if defined(VX_KERNEL_SCALAR)
   for (int i = 0; i < blocks; ++i) {
@@ -363,8 +359,7 @@ int primJpegLevels_16s(const std::int16_t* columns, int blocks, const JpegQuanti
 
 int primJpegInverse_16s8u(const std::int16_t* coefficients, std::uint8_t* dst, int dstStep,
                           int blocks) {
-  if (!coefficients || !dst) return kStatusNullPtr;
-  if (blocks < 1) return kStatusBadSize;
+  if (const int status = checkVector(blocks, coefficients, dst)) return status;
   int i = 0;
 #if defined(VX_KERNEL_SCALAR)
   for (; i < blocks; ++i)

@@ -119,8 +119,7 @@ inline void convert16(const std::uint8_t* rgb, std::int16_t* y, std::int16_t* cb
 
 int primJpegYcc_8u16s(const std::uint8_t* rgb, std::int16_t* y, std::int16_t* cb, std::int16_t* cr,
                       int length) {
-  if (!rgb || !y || !cb || !cr) return kStatusNullPtr;
-  if (length < 1) return kStatusBadSize;
+  if (const int status = checkVector(length, rgb, y, cb, cr)) return status;
   std::ptrdiff_t i = 0;
 #if defined(__SSSE3__) && !defined(VX_KERNEL_SCALAR)
   for (; i + 16 <= length; i += 16) convert16(rgb + 3 * i, y + i, cb + i, cr + i);
@@ -136,8 +135,7 @@ int primJpegYcc_8u16s(const std::uint8_t* rgb, std::int16_t* y, std::int16_t* cb
 }
 
 int primJpegUpsample_8u(const std::uint8_t* src, std::uint8_t* dst, int length) {
-  if (!src || !dst) return kStatusNullPtr;
-  if (length < 1) return kStatusBadSize;
+  if (const int status = checkVector(length, src, dst)) return status;
   int i = 0;
 #if !defined(VX_KERNEL_SCALAR)
   constexpr int kWide = 16 * WideLanes::kGroups;
@@ -155,8 +153,7 @@ int primJpegUpsample_8u(const std::uint8_t* src, std::uint8_t* dst, int length) 
 
 int primJpegUpsampleRows_8u(const std::uint8_t* near, const std::uint8_t* far, std::uint8_t* dst,
                             int length) {
-  if (!near || !far || !dst) return kStatusNullPtr;
-  if (length < 1) return kStatusBadSize;
+  if (const int status = checkVector(length, near, far, dst)) return status;
   VX_INDEPENDENT
   for (std::ptrdiff_t i = 0; i < length; ++i) {
     const int before = 3 * near[i - 1] + far[i - 1];
@@ -171,8 +168,7 @@ int primJpegUpsampleRows_8u(const std::uint8_t* near, const std::uint8_t* far, s
 int primJpegAddYcc_8u16u(const std::uint8_t* y, const std::uint8_t* cb, const std::uint8_t* cr,
                          std::uint16_t* sumR, std::uint16_t* sumG, std::uint16_t* sumB,
                          int length) {
-  if (!y || !cb || !cr || !sumR || !sumG || !sumB) return kStatusNullPtr;
-  if (length < 1) return kStatusBadSize;
+  if (const int status = checkVector(length, y, cb, cr, sumR, sumG, sumB)) return status;
   int i = 0;
 #if !defined(VX_KERNEL_SCALAR)
   constexpr int kWide = 8 * WideLanes::kGroups;
@@ -193,8 +189,7 @@ int primJpegAddYcc_8u16u(const std::uint8_t* y, const std::uint8_t* cb, const st
 }
 
 int primJpegAdd_8u16u(const std::uint8_t* src, std::uint16_t* srcDst, int length) {
-  if (!src || !srcDst) return kStatusNullPtr;
-  if (length < 1) return kStatusBadSize;
+  if (const int status = checkVector(length, src, srcDst)) return status;
   VX_INDEPENDENT
   for (std::ptrdiff_t i = 0; i < length; ++i)
     srcDst[i] = static_cast<std::uint16_t>(srcDst[i] + src[i]);

@@ -43,6 +43,17 @@ template <class T>
 
 [[maybe_unused]] inline bool emptySize(int width, int height) { return width < 1 || height < 1; }
 
+// The refusals that come first everywhere: a null pointer, then an empty image or vector.
+template <class... Pointers>
+[[maybe_unused]] inline int checkImage(int width, int height, const Pointers*... pointers) {
+  if (((pointers == nullptr) || ...)) return kStatusNullPtr;
+  return emptySize(width, height) ? kStatusBadSize : kStatusOk;
+}
+template <class... Pointers>
+[[maybe_unused]] inline int checkVector(int length, const Pointers*... pointers) {
+  return checkImage(length, 1, pointers...);
+}
+
 // A step that does not hold a row of `width` pixels of `pixelBytes` bytes.
 [[maybe_unused]] inline bool shortStep(int step, int width, int pixelBytes) {
   return step < std::int64_t{width} * pixelBytes;

@@ -73,8 +73,7 @@ inline int lut(float* srcDst, int step, int width, int height, const float* valu
 
 inline int check(const float* srcDst, int width, int height, const float* values,
                  const float* levels, int count) {
-  if (!srcDst || !values || !levels) return kStatusNullPtr;
-  if (emptySize(width, height)) return kStatusBadSize;
+  if (const int status = checkImage(width, height, srcDst, values, levels)) return status;
   return count < 2 ? kStatusFewLutLevels : kStatusOk;
 }
 

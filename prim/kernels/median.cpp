@@ -12,8 +12,7 @@ constexpr int kMaxReach = 2;
 
 template <class T>
 int refusal(const T* src, int srcStep, const T* dst, int dstStep, int width, int height) {
-  if (!src || !dst) return kStatusNullPtr;
-  if (emptySize(width, height)) return kStatusBadSize;
+  if (const int status = checkImage(width, height, src, dst)) return status;
   if (shortStep(srcStep, width, sizeof(T)) || shortStep(dstStep, width, sizeof(T)))
     return kStatusBadStep;
   return kStatusOk;

@@ -19,8 +19,7 @@ void copyRows(const void* src, int srcStep, void* dst, int dstStep, std::ptrdiff
 
 template <int kPixelBytes>
 int copyImage(const void* src, int srcStep, void* dst, int dstStep, int width, int height) {
-  if (!src || !dst) return kStatusNullPtr;
-  if (emptySize(width, height)) return kStatusBadSize;
+  if (const int status = checkImage(width, height, src, dst)) return status;
   copyRows(src, srcStep, dst, dstStep, std::ptrdiff_t{width} * kPixelBytes, height);
   return kStatusOk;
 }
@@ -29,8 +28,7 @@ int copyImage(const void* src, int srcStep, void* dst, int dstStep, int width, i
 template <class T>
 int copyUnderMask(const T* src, int srcStep, T* dst, int dstStep, int width, int height,
                   const std::uint8_t* mask, int maskStep) {
-  if (!src || !dst || !mask) return kStatusNullPtr;
-  if (emptySize(width, height)) return kStatusBadSize;
+  if (const int status = checkImage(width, height, src, dst, mask)) return status;
   for (int y = 0; y < height; ++y) {
     const T* in = row(src, srcStep, y);
     const std::uint8_t* select = row(mask, maskStep, y);
@@ -124,16 +122,14 @@ int primCopy_32f_C1MR(const float* src, int srcStep, float* dst, int dstStep, in
 }
 
 int primSet_8u_C1R(std::uint8_t value, std::uint8_t* dst, int dstStep, int width, int height) {
-  if (!dst) return kStatusNullPtr;
-  if (emptySize(width, height)) return kStatusBadSize;
+  if (const int status = checkImage(width, height, dst)) return status;
   for (int y = 0; y < height; ++y)
     __builtin_memset(row(dst, dstStep, y), value, static_cast<std::size_t>(width));
   return kStatusOk;
 }
 
 int primSet_32f_C1R(float value, float* dst, int dstStep, int width, int height) {
-  if (!dst) return kStatusNullPtr;
-  if (emptySize(width, height)) return kStatusBadSize;
+  if (const int status = checkImage(width, height, dst)) return status;
   for (int y = 0; y < height; ++y) {
     float* out = row(dst, dstStep, y);
 #pragma GCC unroll 4
@@ -144,8 +140,7 @@ int primSet_32f_C1R(float value, float* dst, int dstStep, int width, int height)
 
 int primSet_16s_C1MR(std::int16_t value, std::int16_t* dst, int dstStep, int width, int height,
                      const std::uint8_t* mask, int maskStep) {
-  if (!dst || !mask) return kStatusNullPtr;
-  if (emptySize(width, height)) return kStatusBadSize;
+  if (const int status = checkImage(width, height, dst, mask)) return status;
   for (int y = 0; y < height; ++y) {
     const std::uint8_t* select = row(mask, maskStep, y);
     Unaligned16s* out = reinterpret_cast<Unaligned16s*>(row(dst, dstStep, y));
@@ -158,8 +153,7 @@ int primSet_16s_C1MR(std::int16_t value, std::int16_t* dst, int dstStep, int wid
 }
 
 int primSet_32f_C3R(const float* value, float* dst, int dstStep, int width, int height) {
-  if (!value || !dst) return kStatusNullPtr;
-  if (emptySize(width, height)) return kStatusBadSize;
+  if (const int status = checkImage(width, height, value, dst)) return status;
 
   const float v0 = value[0];
   const float v1 = value[1];

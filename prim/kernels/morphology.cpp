@@ -16,8 +16,7 @@ struct Smallest {
 
 template <class Extreme>
 int extreme3x3(const float* src, int srcStep, float* dst, int dstStep, int width, int height) {
-  if (!src || !dst) return kStatusNullPtr;
-  if (emptySize(width, height)) return kStatusBadSize;
+  if (const int status = checkImage(width, height, src, dst)) return status;
   if (srcStep < 1 || dstStep < 1) return kStatusBadStep;
   if (srcStep < std::int64_t{width} * 4 + 8 || shortStep(dstStep, width, 4))
     return kStatusShortStep;

@@ -60,8 +60,7 @@ void doubleRow(const float* __restrict in, float* __restrict out, int width) {
 
 int refusal(const float* src, int srcStep, const float* dst, int dstStep, const void* buffer,
             int width, int height, std::int64_t dstWidth) {
-  if (!src || !dst || !buffer) return kStatusNullPtr;
-  if (emptySize(width, height)) return kStatusBadSize;
+  if (const int status = checkImage(width, height, src, dst, buffer)) return status;
   if (shortStep(srcStep, width, 4) || dstStep < 4 * dstWidth) return kStatusBadStep;
   if (srcStep % 4 != 0 || dstStep % 4 != 0) return kStatusUnevenStep;
   return kStatusOk;

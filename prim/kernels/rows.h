@@ -33,8 +33,7 @@ template <class T>
 template <class S, class D, class F>
 [[maybe_unused]] inline int mapRows(const S* src, int srcStep, D* dst, int dstStep, int width,
                                     int height, F f, int channels = 1) {
-  if (src == nullptr || dst == nullptr) return kStatusNullPtr;
-  if (emptySize(width, height)) return kStatusBadSize;
+  if (const int status = checkImage(width, height, src, dst)) return status;
   const std::ptrdiff_t n = std::ptrdiff_t{width} * channels;
   for (int y = 0; y < height; ++y) {
     const Element<S>* in = elements(src, srcStep, y);
@@ -49,8 +48,7 @@ template <class S, class D, class F>
 template <class A, class B, class D, class F>
 [[maybe_unused]] inline int mapRows(const A* a, int aStep, const B* b, int bStep, D* dst,
                                     int dstStep, int width, int height, F f, int channels = 1) {
-  if (a == nullptr || b == nullptr || dst == nullptr) return kStatusNullPtr;
-  if (emptySize(width, height)) return kStatusBadSize;
+  if (const int status = checkImage(width, height, a, b, dst)) return status;
   const std::ptrdiff_t n = std::ptrdiff_t{width} * channels;
   for (int y = 0; y < height; ++y) {
     const Element<A>* pa = elements(a, aStep, y);

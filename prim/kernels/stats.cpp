@@ -60,22 +60,19 @@ inline double pixelCount(int width, int height) {
 }  // namespace
 
 int primSum_32f_C1R(const float* src, int srcStep, int width, int height, double* sum, int) {
-  if (!src || !sum) return kStatusNullPtr;
-  if (emptySize(width, height)) return kStatusBadSize;
+  if (const int status = checkImage(width, height, src, sum)) return status;
   *sum = sumOf(src, srcStep, width, height);
   return kStatusOk;
 }
 
 int primMean_32f_C1R(const float* src, int srcStep, int width, int height, double* mean, int) {
-  if (!src || !mean) return kStatusNullPtr;
-  if (emptySize(width, height)) return kStatusBadSize;
+  if (const int status = checkImage(width, height, src, mean)) return status;
   *mean = sumOf(src, srcStep, width, height) / pixelCount(width, height);
   return kStatusOk;
 }
 
 int primMean_16s_C1R(const std::int16_t* src, int srcStep, int width, int height, double* mean) {
-  if (!src || !mean) return kStatusNullPtr;
-  if (emptySize(width, height)) return kStatusBadSize;
+  if (const int status = checkImage(width, height, src, mean)) return status;
   constexpr int kStrip = 1 << 15;  // its sum fits an int
   std::int64_t sum = 0;
   for (int y = 0; y < height; ++y) {
@@ -93,8 +90,7 @@ int primMean_16s_C1R(const std::int16_t* src, int srcStep, int width, int height
 
 int primMin_16s_C1R(const std::int16_t* src, int srcStep, int width, int height,
                     std::int16_t* min) {
-  if (!src || !min) return kStatusNullPtr;
-  if (emptySize(width, height)) return kStatusBadSize;
+  if (const int status = checkImage(width, height, src, min)) return status;
   std::int16_t least = INT16_MAX;
   for (int y = 0; y < height && least > INT16_MIN; ++y) {
     const Unaligned16s* in = row(reinterpret_cast<const Unaligned16s*>(src), srcStep, y);
@@ -106,8 +102,7 @@ int primMin_16s_C1R(const std::int16_t* src, int srcStep, int width, int height,
 
 int primNormDiffL1_8u_C1R(const std::uint8_t* src1, int src1Step, const std::uint8_t* src2,
                           int src2Step, int width, int height, double* result) {
-  if (!src1 || !src2 || !result) return kStatusNullPtr;
-  if (emptySize(width, height)) return kStatusBadSize;
+  if (const int status = checkImage(width, height, src1, src2, result)) return status;
   if (src1Step < 1 || src2Step < 1) return kStatusBadStep;
   constexpr int kStrip = 1 << 20;  // its sum fits an int
   std::int64_t sum = 0;

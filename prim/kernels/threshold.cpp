@@ -32,8 +32,7 @@ constexpr std::uint8_t mark(bool holds) { return holds ? 255 : 0; }
 template <class T>
 int compareImages(const T* src1, int src1Step, const T* src2, int src2Step, std::uint8_t* dst,
                   int dstStep, int width, int height, int selector) {
-  if (src1 == nullptr || src2 == nullptr || dst == nullptr) return kStatusNullPtr;
-  if (emptySize(width, height)) return kStatusBadSize;
+  if (const int status = checkImage(width, height, src1, src2, dst)) return status;
   if (src1Step < 1 || src2Step < 1 || dstStep < 1) return kStatusBadStep;
   return withRelation<T>(selector, [&](auto relation) {
     return mapRows(src1, src1Step, src2, src2Step, dst, dstStep, width, height,
@@ -44,8 +43,7 @@ int compareImages(const T* src1, int src1Step, const T* src2, int src2Step, std:
 template <class T>
 int compareConstant(const T* src, int srcStep, T value, std::uint8_t* dst, int dstStep, int width,
                     int height, int selector) {
-  if (src == nullptr || dst == nullptr) return kStatusNullPtr;
-  if (emptySize(width, height)) return kStatusBadSize;
+  if (const int status = checkImage(width, height, src, dst)) return status;
   if (srcStep < 1 || dstStep < 1) return kStatusBadStep;
   return withRelation<T>(selector, [&](auto relation) {
     return mapRows(src, srcStep, dst, dstStep, width, height,
@@ -70,8 +68,7 @@ int primThreshold_GT_16u_C3IR(std::uint16_t* srcDst, int srcDstStep, int width, 
 
 int primThreshold_GT_16u_AC4IR(std::uint16_t* srcDst, int srcDstStep, int width, int height,
                                const std::uint16_t* level) {
-  if (srcDst == nullptr || level == nullptr) return kStatusNullPtr;
-  if (emptySize(width, height)) return kStatusBadSize;
+  if (const int status = checkImage(width, height, srcDst, level)) return status;
   // A level that no sample exceeds leaves the fourth channel alone. Hidden from the optimiser,
   // which would otherwise drop the channel and with it the whole-vector stores (measured: 3 to 8
   // times slower). The fourth word of a row's last pixel is not touched: where the extra channel

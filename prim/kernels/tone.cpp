@@ -1,18 +1,8 @@
 #include "prim/kernels/rows.h"
 
 namespace vx::prim::VX_VARIANT {
-namespace {
-
-template <class... Pointers>
-int check(int length, const Pointers*... pointers) {
-  if (((pointers == nullptr) || ...)) return kStatusNullPtr;
-  return length < 1 ? kStatusBadSize : kStatusOk;
-}
-
-}  // namespace
-
 int primvClip_32f_I(float low, float high, float* srcDst, int length) {
-  if (const int status = check(length, srcDst)) return status;
+  if (const int status = checkVector(length, srcDst)) return status;
   VX_INDEPENDENT
   for (int i = 0; i < length; ++i) {
     const float v = srcDst[i] >= low ? srcDst[i] : low;
@@ -22,7 +12,7 @@ int primvClip_32f_I(float low, float high, float* srcDst, int length) {
 }
 
 int primvTurnHue_32f_I(float shift, float* srcDst, int length) {
-  if (const int status = check(length, srcDst)) return status;
+  if (const int status = checkVector(length, srcDst)) return status;
   if (shift > 0.0f) {
     VX_INDEPENDENT
     for (int i = 0; i < length; ++i) {
@@ -40,19 +30,14 @@ int primvTurnHue_32f_I(float shift, float* srcDst, int length) {
 }
 
 int primvSharpen_32f(float amount, const float* src, const float* blur, float* dst, int length) {
-  if (const int status = check(length, src, blur, dst)) return status;
-  if (amount == 0.0f) {
-    VX_INDEPENDENT
-    for (int i = 0; i < length; ++i) dst[i] = blur[i] + 0.0f;
-    return kStatusOk;
-  }
+  if (const int status = checkVector(length, src, blur, dst)) return status;
   VX_INDEPENDENT
   for (int i = 0; i < length; ++i) dst[i] = blur[i] + (src[i] - blur[i]) * amount;
   return kStatusOk;
 }
 
 int primvDetailSize_32f(const float* src, const float* base, float* dst, int length) {
-  if (const int status = check(length, src, base, dst)) return status;
+  if (const int status = checkVector(length, src, base, dst)) return status;
   VX_INDEPENDENT
   for (int i = 0; i < length; ++i) dst[i] = __builtin_fabsf(src[i] - base[i]);
   return kStatusOk;
@@ -60,7 +45,7 @@ int primvDetailSize_32f(const float* src, const float* base, float* dst, int len
 
 int primvDetailPart_32f(float least, const float* src, const float* base, float* sign, float* size,
                         int length) {
-  if (const int status = check(length, src, base, sign, size)) return status;
+  if (const int status = checkVector(length, src, base, sign, size)) return status;
   VX_INDEPENDENT
   for (int i = 0; i < length; ++i) {
     const float detail = src[i] - base[i];
@@ -73,12 +58,7 @@ int primvDetailPart_32f(float least, const float* src, const float* base, float*
 
 int primvDetailJoin_32f(float gain, const float* sign, const float* size, const float* base,
                         float* dst, int length) {
-  if (const int status = check(length, sign, size, base, dst)) return status;
-  if (gain == 0.0f) {
-    VX_INDEPENDENT
-    for (int i = 0; i < length; ++i) dst[i] = base[i] + 0.0f;
-    return kStatusOk;
-  }
+  if (const int status = checkVector(length, sign, size, base, dst)) return status;
   VX_INDEPENDENT
   for (int i = 0; i < length; ++i) dst[i] = base[i] + (sign[i] * size[i]) * gain;
   return kStatusOk;

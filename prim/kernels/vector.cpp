@@ -15,11 +15,6 @@ int mapVector(const S* src, T* srcDst, int length, F f) {
   return mapRows(src, 0, srcDst, 0, srcDst, 0, length, 1, f);
 }
 
-int checkVector(const void* a, const void* b, int length) {
-  if (a == nullptr || b == nullptr) return kStatusNullPtr;
-  return length < 1 ? kStatusBadSize : kStatusOk;
-}
-
 }  // namespace
 
 int primvSet_32f(float value, float* dst, int length) {
@@ -27,13 +22,13 @@ int primvSet_32f(float value, float* dst, int length) {
 }
 
 int primvZero_32f(float* dst, int length) {
-  if (const int status = checkVector(dst, dst, length)) return status;
+  if (const int status = checkVector(length, dst)) return status;
   __builtin_memset(dst, 0, static_cast<std::size_t>(length) * sizeof(float));
   return kStatusOk;
 }
 
 int primvCopy_32f(const float* src, float* dst, int length) {
-  if (const int status = checkVector(src, dst, length)) return status;
+  if (const int status = checkVector(length, src, dst)) return status;
   __builtin_memmove(dst, src, static_cast<std::size_t>(length) * sizeof(float));
   return kStatusOk;
 }
@@ -43,26 +38,26 @@ int primvAdd_32f_I(const float* src, float* srcDst, int length) {
 }
 
 int primvAddC_32f_I(float value, float* srcDst, int length) {
-  if (const int status = checkVector(srcDst, srcDst, length)) return status;
+  if (const int status = checkVector(length, srcDst)) return status;
   if (value == 0.0f) return kStatusOk;
   return mapVector(srcDst, length, [value](float a) { return a + value; });
 }
 
 int primvSubC_32f_I(float value, float* srcDst, int length) {
-  if (const int status = checkVector(srcDst, srcDst, length)) return status;
+  if (const int status = checkVector(length, srcDst)) return status;
   if (value == 0.0f) return kStatusOk;
   return mapVector(srcDst, length, [value](float a) { return a - value; });
 }
 
 int primvMulC_32f_I(float value, float* srcDst, int length) {
-  if (const int status = checkVector(srcDst, srcDst, length)) return status;
+  if (const int status = checkVector(length, srcDst)) return status;
   if (value == 1.0f) return kStatusOk;
   if (value == 0.0f) return VX_VARIANT::primvZero_32f(srcDst, length);
   return mapVector(srcDst, length, [value](float a) { return a * value; });
 }
 
 int primvDiv_32f_I(const float* src, float* srcDst, int length) {
-  if (const int status = checkVector(src, srcDst, length)) return status;
+  if (const int status = checkVector(length, src, srcDst)) return status;
   return divideRow(src, srcDst, length) ? kStatusDivByZero : kStatusOk;
 }
 
@@ -73,7 +68,7 @@ int primvSqr_32f_I(float* srcDst, int length) {
 // The root in float is the root in double rounded to float: a double has more than twice the digits
 // of a float plus two.
 int primvMagnitude_32fc(const Complex32f* src, float* dst, int length) {
-  if (const int status = checkVector(src, dst, length)) return status;
+  if (const int status = checkVector(length, src, dst)) return status;
   VX_INDEPENDENT
   for (int i = 0; i < length; ++i)
     dst[i] = __builtin_sqrtf(src[i].re * src[i].re + src[i].im * src[i].im);
@@ -81,7 +76,7 @@ int primvMagnitude_32fc(const Complex32f* src, float* dst, int length) {
 }
 
 int primvMul_32fc_I(const Complex32f* src, Complex32f* srcDst, int length) {
-  if (const int status = checkVector(src, srcDst, length)) return status;
+  if (const int status = checkVector(length, src, srcDst)) return status;
   // With AVX-512 at hand g++ 12 makes one fused operation of the alternating difference and sum, in
   // spite of -ffp-contract=off, and rounds once instead of twice. The product with a -1 that it
   // cannot see is exact and leaves two sums.
@@ -97,7 +92,7 @@ int primvMul_32fc_I(const Complex32f* src, Complex32f* srcDst, int length) {
 }
 
 int primvMul_32f32fc_I(const float* src, Complex32f* srcDst, int length) {
-  if (const int status = checkVector(src, srcDst, length)) return status;
+  if (const int status = checkVector(length, src, srcDst)) return status;
   VX_INDEPENDENT
   for (int i = 0; i < length; ++i) {
     const float factor = src[i];

@@ -2,10 +2,12 @@
 
 #include <climits>
 #include <cstdint>
+#include <limits>
 #include <type_traits>
 
 #include "frame/image_buffer.h"
 #include "frame/img.h"
+#include "frame/to_int.h"
 #include "tests/support/heap.h"
 
 namespace {
@@ -14,16 +16,22 @@ using vx::GIMG;
 using vx::ImageBuffer;
 using vx::IMG;
 using vx::IMG3;
+using vx::toInt;
 
 static_assert(!std::is_copy_constructible_v<IMG3<float>> &&
               !std::is_move_assignable_v<IMG3<float>>);
 static_assert(!std::is_copy_constructible_v<ImageBuffer<float, 3>>);
 static_assert(sizeof(IMG3<float>) == sizeof(IMG<float, 3>), "the derived forms add no field");
 
+static_assert(toInt(-2.9f) == -2 && toInt(3e9f) == INT_MAX && toInt(-3e9) == INT_MIN);
+static_assert(toInt(std::numeric_limits<float>::quiet_NaN()) == 0 &&
+              toInt(2147483646.9) == INT_MAX - 1);
+
 template <class Image>
 void expectPaddedRows() {
   const Image image(11, 3);
   EXPECT_EQ(image.step, (11 * Image::kPixelBytes + 31) / 32 * 32);
+  EXPECT_EQ(image.status, 1);
   EXPECT_EQ(reinterpret_cast<std::uintptr_t>(image.data) % 32, 0u);
 }
 
@@ -60,9 +68,10 @@ TEST(Img, withoutMemoryDataIsNullAndNothingThrows) {
     EXPECT_EQ(failed.data, nullptr);
     EXPECT_THROW((ImageBuffer<float, 3>(5, 5)), vx::BException);
   }
-  for (const auto& [w, h] : {std::pair(0, 5), {5, 0}, {-3, 5}, {INT_MIN, INT_MIN}}) {
+  for (const auto& [w, h] : {std::pair(0, 0), {0, 5}, {5, 0}, {-3, 5}, {INT_MIN, INT_MIN}}) {
     EXPECT_EQ((IMG3<float>(w, h).data), nullptr);
-    EXPECT_EQ((ImageBuffer<float>(w, h).data), nullptr) << "an empty buffer raises nothing";
+    const ImageBuffer<float> empty(w, h);
+    EXPECT_TRUE(empty.data == nullptr && empty.step == 0 && empty.width == w && empty.height == h);
   }
   const IMG3<float> rowTooLong(INT_MAX / 12 + 1, 1);
   EXPECT_EQ(rowTooLong.data, nullptr);

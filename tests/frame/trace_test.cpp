@@ -104,9 +104,12 @@ TEST_F(Trace, foldersMayHaveAnyLength) {
   for (int i = 0; i < 700; ++i) longName += "/.";
   EXPECT_EQ(vxSetupLib(1, longName.c_str()), 1);
   EXPECT_NE(written().find(longName), std::string::npos);
+  const int n = firstNumber();
   const std::string beyond = folder + std::string(100000, 'x');
   EXPECT_EQ(vxSetupLib(1, beyond.c_str()), 0) << "a file that cannot be opened is passed over";
   EXPECT_EQ(vx::traceLine("a", "b"), 0);
+  setDebugTrace(1, folder.c_str());
+  EXPECT_TRUE(written().ends_with(setUpRecords(n + 2, 1))) << "what was not written has no number";
 }
 
 TEST_F(Trace, recordsOfManyThreadsStayWhole) {

@@ -40,6 +40,28 @@ Pixel rgbOf(const Pixel& hls) {
   return {rampAt(red, m1, m2), rampAt(h, m1, m2), rampAt(blue, m1, m2)};
 }
 
+// A factor by its bits. Each product is rounded and goes on to the next plane.
+float times(float v, std::uint32_t factor) { return v * std::bit_cast<float>(factor); }
+
+Pixel yuvOf(const Pixel& rgb) {
+  static constexpr std::uint32_t kFactors[3][3] = {{0x3E991687, 0xBE16872B, 0x3F1D70A4},
+                                                   {0x3F1645A2, 0xBEFC1330, 0x3FE418CD},
+                                                   {0x3DE978D5, 0x4074C59D, 0xBE6ADCC6}};
+  Pixel yuv;
+  for (std::size_t i = 0; i < 3; ++i) yuv[i] = times(rgb[0], kFactors[0][i]);
+  for (std::size_t c : {1, 2}) {
+    float t = rgb[c];
+    for (std::size_t i = 0; i < 3; ++i) yuv[i] += t = times(t, kFactors[c][i]);
+  }
+  return yuv;
+}
+
+Pixel rgbOfYuv(const Pixel& yuv) {
+  const auto& [y, u, v] = yuv;
+  return {times(v, 0x3F91EB85) + y, times(times(v, 0x3FBCC053) + u, 0xBEC9BA5E) + y,
+          times(u, 0x40020C4A) + y};
+}
+
 // Ordinary colours, coarse ones that tie and wrap, and values far out of range.
 float sample(std::mt19937& rng) {
   static constexpr float kCoarse[] = {0.0f, -0.0f, 0.5f, 1.0f, 1.0f / 6, 1.0f / 3, 3e38f, -3e38f};
@@ -78,15 +100,20 @@ TEST(Colour, followsTheFormulasToTheLastBit) {
   expectConverted(src, dst, hlsOf);
   EXPECT_EQ(dst.at(2, 0), 0.0f);
   EXPECT_EQ(dst.at(5, 0), 1.0f);
-  ASSERT_EQ(call(primRGBToHLS_32f_C3P3R, src, p[0], p[1], p[2], size), 0);
-  expectConverted(src, dst.set([&](int x, int) { return p[x % 3].at(x / 3, 0); }), hlsOf);
-
+  for (const auto& [toPlanes, oracle] :
+       {std::pair{&primRGBToHLS_32f_C3P3R, &hlsOf}, {&primRGBToYUV_32f_C3P3R, &yuvOf}}) {
+    ASSERT_EQ(call(toPlanes, src, p[0], p[1], p[2], size), 0);
+    expectConverted(src, dst.set([&](int x, int) { return p[x % 3].at(x / 3, 0); }), oracle);
+  }
   dst = src;
   ASSERT_EQ(call(primHLSToRGB_32f_C3R, dst, dst, size), 0);
   expectConverted(src, dst, rgbOf);
   for (int c = 0; c < 3; ++c) p[c].set([&](int x, int) { return src.at(3 * x + c, 0); });
-  ASSERT_EQ(call(primHLSToRGB_32f_P3C3R, p[0], p[1], p[2], dst, size), 0);
-  expectConverted(src, dst, rgbOf);
+  for (const auto& [fromPlanes, oracle] :
+       {std::pair{&primHLSToRGB_32f_P3C3R, &rgbOf}, {&primYUVToRGB_32f_P3C3R, &rgbOfYuv}}) {
+    ASSERT_EQ(call(fromPlanes, p[0], p[1], p[2], dst, size), 0);
+    expectConverted(src, dst, oracle);
+  }
 }
 
 TEST(ColorTwist, mixesThePlanesOfEachPixel) {

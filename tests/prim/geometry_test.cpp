@@ -100,6 +100,7 @@ TEST(Resize, weighsSamplesByPosition) {
   for (double f : {1.0, 0.5, 0.3, 0.01}) {
     expectResized(8, 41, 13, f, 0.6);
     expectResized(8, 300, 3, 1.0, f);
+    expectResized(8, 1, 9, 1.0, f);
   }
 }
 

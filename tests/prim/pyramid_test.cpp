@@ -56,6 +56,7 @@ TEST(Pyramid, halvesWithMirrorsAndDoublesWithARepeatedEnd) {
 
 TEST(Pyramid, bufferSizesFollowTheFormulas) {
   static constexpr int kRows[][6] = {{5, 13, 1, 0, 32 * 6 + 32, 48 * 3 + 32},
+                                     {5, 3, 1, 0, 32 * 6 + 32, 48 * 3 + 32},
                                      {5, 1, 3, 0, 64 * 6 + 32, 128 * 3 + 32},
                                      {0, 0, 0, -6, -1, -1},
                                      {1, 12, 2, -12, -1, -1},

@@ -40,8 +40,8 @@ TEST(Words, meanIsExactAndMinimumTheSmallest) {
   std::mt19937 rng(33);
   for (int lowest : {-3, -32767, -32768}) {
     Plane<S16> image(140001, 2);
-    image.randomise(rng, lowest, lowest + 9);
-    image.at(140000, 0) = static_cast<S16>(lowest);
+    image.randomise(rng, lowest + 1, lowest + 9);
+    image.at(140000, 1) = static_cast<S16>(lowest);
     std::int64_t sum = 0;
     for (int y = 0; y < 2; ++y)
       for (int x = 0; x < image.width; ++x) sum += image.at(x, y);
