@@ -53,7 +53,7 @@ class ForEachTest : public ::testing::EmptyTestEventListener {
 
 [[maybe_unused]] const bool installed = [] {
   const char* name = std::getenv("VX_TEST_LEVEL");
-  if (name == nullptr) return false;
+  if (name == nullptr || *name == 0) return false;
   for (const Level& level : kLevels)
     if (std::strcmp(level.name, name) == 0) {
       ::testing::AddGlobalTestEnvironment(new Announce(level));
