@@ -129,17 +129,14 @@ std::vector<Service> makeServices() {
                             s.previewScale = 3;
                             s.sharpenAmount = 0.4f;
                           })));
-  all.push_back(adjusting("noise filter of mode 0", scene(6, 131, 90), denoising(0), {}, true));
+  all.push_back(adjusting("noise filter of mode 0", scene(6, 131, 90), denoising(0)));
   all.push_back(adjusting("non-local noise filter", small, denoising(1), {}, true));
   all.push_back(adjusting("non-local noise filter", deepSmall, denoising(1), {}, true));
-  all.push_back(adjusting("block artifacts, noise and tone", small,
-                          with(kTone,
-                               [](auto& s) {
-                                 s.unblockStrength = 0.5f;
-                                 s.denoiseStrength = 0.4f;
-                                 s.noiseProfile = &kProfile;
-                               }),
-                          {}, true));
+  all.push_back(adjusting("block artifacts, noise and tone", small, with(kTone, [](auto& s) {
+                            s.unblockStrength = 0.5f;
+                            s.denoiseStrength = 0.4f;
+                            s.noiseProfile = &kProfile;
+                          })));
   for (const auto& [quality, mode, step] :
        {std::tuple(40, 0, 3), {60, 1, 1}, {30, 2, 2}, {98, 0x10, 2}})
     all.push_back(changing("block artifacts, mode " + std::to_string(mode),

@@ -60,8 +60,13 @@ TEST(SideBySide, aTeamOfTheHostGetsTheSameBytes) {
 TEST(Levels, everyServiceGivesTheSameBytesAtEachLevelOfTheProcessor) {
   for (const Service& service : services()) {
     SCOPED_TRACE(service.name);
-    const auto wanted = service.call();
-    onEveryVariant([&] { EXPECT_TRUE(service.call() == wanted); }, service.sums ? 1 : 0);
+    std::vector<std::uint8_t> wanted;
+    const auto check = [&] {
+      const auto got = service.call();
+      if (wanted.empty()) wanted = got;
+      EXPECT_TRUE(got == wanted);
+    };
+    onEveryVariant(check, service.sums ? 1 : 0);
   }
 }
 
