@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+
 namespace vx::prim {
 
 /// Switches the thread's flush-to-zero mode: denormal results of the vector unit become 0.
@@ -15,9 +17,19 @@ int primSetFlushToZero(int enable, int* previous);
 /// @return kStatusNoFloatMode if the processor lacks the mode
 int primSetDenormalsAreZero(int enable);
 
+/// A thread's floating-point state: control and flags of the vector unit and of the x87 unit.
+struct FloatState {
+  unsigned vector;       ///< MXCSR
+  std::uint32_t x87[7];  ///< as FNSTENV lays it out: control, status, tags, last instruction
+};
+
 /// Gives the thread the floating-point state that every computation of the library assumes (round
-/// to nearest, all exceptions masked, flush-to-zero, denormals-are-zero) and puts the thread's own
-/// state back when it goes out of scope.
+/// to nearest, all exceptions masked; in the vector unit flush-to-zero and denormals-are-zero) and
+/// puts the thread's own state back, flags included, when it goes out of scope.
+///
+/// The C library rounds the numbers that it prints as the x87 unit is told to. Threads are born
+/// with the state of their creator and keep it, so that a team that the host's state has seen needs
+/// a guard in each of its threads. Guarding takes 0.1 to 0.2 us.
 class FloatModeGuard {
  public:
   FloatModeGuard() noexcept;
@@ -25,23 +37,19 @@ class FloatModeGuard {
   FloatModeGuard(const FloatModeGuard&) = delete;
   FloatModeGuard& operator=(const FloatModeGuard&) = delete;
 
-  /// The state that the thread had before; for calls back into the host.
-  unsigned hostState() const noexcept { return saved_; }
-
  private:
-  unsigned saved_;
+  friend class HostFloatMode;
+  FloatState host_;
 };
 
-/// Gives the thread back the host's state for the length of a callback.
+/// Gives the thread back the host's state for the length of a callback; what the callback changes
+/// of it is forgotten.
 class HostFloatMode {
  public:
   explicit HostFloatMode(const FloatModeGuard& guard) noexcept;
   ~HostFloatMode();
   HostFloatMode(const HostFloatMode&) = delete;
   HostFloatMode& operator=(const HostFloatMode&) = delete;
-
- private:
-  unsigned saved_;
 };
 
 }  // namespace vx::prim

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "jpeg/jpeg.h"
+#include "tests/support/attached.h"
 
 namespace vx::test {
 

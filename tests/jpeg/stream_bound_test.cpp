@@ -11,7 +11,6 @@
 #include <cstring>
 #include <numbers>
 
-#include "frame/load.h"
 #include "jpeg/samples.h"
 #include "lqlib/src/unblock_strip.h"
 #include "tests/jpeg/pictures.h"
@@ -89,7 +88,6 @@ Rgb dearPicture(int distance, int level, int quality) {
 }
 
 TEST(StreamBound, isNeverBelowAStream) {
-  attachProcess();
   omp_set_num_threads(1);  // pictures are small
   double tightest = 100;
   const auto expect = [&](Rgb picture, int quality, int mode) {

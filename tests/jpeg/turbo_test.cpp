@@ -9,7 +9,6 @@
 #include <cstdint>
 #include <cstdlib>
 
-#include "frame/load.h"
 #include "tests/jpeg/pictures.h"
 
 #ifdef VX_TURBOJPEG
@@ -69,7 +68,6 @@ std::vector<std::uint8_t> turboEncode(const Rgb& picture, int sampling, int qual
 }
 
 TEST(Turbo, readsWhatWeWrite) {
-  vx::attachProcess();
   for (const auto& size : kSizes)
     for (int subsampling = 0; subsampling <= 2; ++subsampling)
       for (const int color : {vx::kJpegYcc, vx::kJpegRgb})
@@ -96,7 +94,6 @@ TEST(Turbo, readsWhatWeWrite) {
 }
 
 TEST(Turbo, isReadByUs) {
-  vx::attachProcess();
   for (const auto& size : kSizes)
     for (const int sampling :
          {TJSAMP_444, TJSAMP_422, TJSAMP_420, TJSAMP_440, TJSAMP_411, TJSAMP_GRAY})
@@ -117,7 +114,6 @@ TEST(Turbo, isReadByUs) {
 }
 
 TEST(Turbo, streamsWithRestartMarkersAndOptimisedTablesAreRead) {
-  vx::attachProcess();
   const Rgb picture = vx::test::makePicture(Scene::edges, 61, 43);
   for (const char* restart : {"1", "3B", "2"}) {
     setenv("TJ_RESTART", restart, 1);
@@ -162,7 +158,6 @@ TEST(Turbo, hasTheSameTablesForEveryQuality) {
 
 // Both encoders see the same picture: what they lose is about the same.
 TEST(Turbo, losesAsMuchAsWeDo) {
-  vx::attachProcess();
   for (int subsampling = 0; subsampling <= 2; ++subsampling)
     for (const int quality : {10, 50, 75, 95}) {
       Rgb picture = vx::test::makePicture(Scene::edges, 160, 120);

@@ -11,7 +11,6 @@
 #include <vector>
 
 #include "frame/exceptions.h"
-#include "frame/load.h"
 #include "prim/alloc.h"
 #include "prim/memory.h"
 #include "tests/jpeg/pictures.h"
@@ -64,10 +63,7 @@ std::vector<std::uint8_t> mean(const Reference& r) {
 // One thread: hundreds of calls for a few pixels would otherwise wait for teams to gather.
 class Unblock : public testing::Test {
  protected:
-  Unblock() {
-    vx::attachProcess();
-    omp_set_num_threads(1);
-  }
+  Unblock() { omp_set_num_threads(1); }
   ~Unblock() override { omp_set_num_threads(omp_get_num_procs()); }
 };
 

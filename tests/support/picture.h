@@ -8,12 +8,9 @@
 #include <vector>
 
 #include "adjust/host_pixels.h"
-#include "frame/load.h"
+#include "tests/support/attached.h"
 
 namespace vx::test {
-
-// The archive of the library's objects runs nothing at load: without this, only generic code.
-inline const bool attached = (attachProcess(), true);
 
 constexpr int kFormats[] = {1, 3, 5, 6};
 
