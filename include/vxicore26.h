@@ -49,7 +49,10 @@
  *
  *   Functions report by their results. Null `pixels` and sizes below 1 are no failure: nothing is
  *   done. Memory failures inside a stage may leave a function as a C++ exception, which a host in C
- *   cannot catch; exceptions thrown by a callback pass through, with everything released.
+ *   cannot catch; exceptions thrown by a callback pass through, with everything released. In both
+ *   cases the picture is as it was, unless it was hostFree that threw.
+ *   Not in our hands: the OpenMP runtime ends the process when it cannot start its threads, FFTW
+ *   when its planner, which only the non-local noise filter uses, finds no memory at all.
  */
 
 #include <stddef.h>
