@@ -53,7 +53,8 @@ class GuardedMemory {
                              MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     require(block != MAP_FAILED, "address space for the test");
     begin_ = static_cast<std::uint8_t*>(block) + kPage;
-    require(mprotect(begin_, bytes(), PROT_READ | PROT_WRITE) == 0, "memory for the test");
+    require(mprotect(begin_, static_cast<std::size_t>(size_), PROT_READ | PROT_WRITE) == 0,
+            "memory for the test");
   }
   GuardedMemory(const GuardedMemory&) = delete;
   GuardedMemory& operator=(const GuardedMemory&) = delete;
@@ -67,11 +68,16 @@ class GuardedMemory {
     if (rows.height < 1 || rows.rowBytes < 1 || high - low > size_) return nullptr;
     std::uint8_t* const at = source.oneIn(2) ? begin_ - static_cast<std::ptrdiff_t>(low)
                                              : begin_ + size_ - static_cast<std::ptrdiff_t>(high);
-    fillAll(source);
-    inRows_.assign(bytes(), 0);
+    // All beyond a page around the rows stays as it is, for speed.
+    const auto inside = [&](std::ptrdiff_t i) { return std::clamp<std::ptrdiff_t>(i, 0, size_); };
+    used_ = begin_ + inside(at - begin_ + static_cast<std::ptrdiff_t>(low) - kPage);
+    bytes_ = static_cast<std::size_t>(
+        begin_ + inside(at - begin_ + static_cast<std::ptrdiff_t>(high) + kPage) - used_);
+    fill(source);
+    inRows_.assign(bytes_, 0);
     apart_ = rows.height == 1 || std::abs(rows.rowStep) >= rows.rowBytes;
     for (int y = 0; y < rows.height; ++y)
-      std::memset(inRows_.data() + (at - begin_) + rows.rowStep * y + rows.first, 1,
+      std::memset(inRows_.data() + (at - used_) + rows.rowStep * y + rows.first, 1,
                   static_cast<std::size_t>(rows.rowBytes));
     return at;
   }
@@ -79,20 +85,17 @@ class GuardedMemory {
   /// Some bytes of the rows are none of the picture's; where rows overlap, none are left out.
   void except(const std::uint8_t* at, std::ptrdiff_t count) {
     if (!apart_) return;
-    std::memset(inRows_.data() + (at - begin_), 0, static_cast<std::size_t>(count));
+    std::memset(inRows_.data() + (at - used_), 0, static_cast<std::size_t>(count));
   }
 
   /// Between place() and check(): what is not in a row must not be touched.
   void forbidTheRest() {
-    before_.assign(begin_, begin_ + size_);
+    before_.assign(used_, used_ + bytes_);
 #ifdef VX_ADDRESS_SANITIZER
-    for (std::ptrdiff_t i = 0, end; i < size_; i = end) {
+    for (std::size_t i = 0, end; i < bytes_; i = end) {
       end = i;
-      while (end < size_ &&
-             inRows_[static_cast<std::size_t>(end)] == inRows_[static_cast<std::size_t>(i)])
-        ++end;
-      if (inRows_[static_cast<std::size_t>(i)] == 0)
-        ASAN_POISON_MEMORY_REGION(begin_ + i, static_cast<std::size_t>(end - i));
+      while (end < bytes_ && inRows_[end] == inRows_[i]) ++end;
+      if (inRows_[i] == 0) ASAN_POISON_MEMORY_REGION(used_ + i, end - i);
     }
 #endif
   }
@@ -101,42 +104,43 @@ class GuardedMemory {
   /// at all where nothing may.
   void check(bool mayChange) {
 #ifdef VX_ADDRESS_SANITIZER
-    ASAN_UNPOISON_MEMORY_REGION(begin_, bytes());
+    ASAN_UNPOISON_MEMORY_REGION(used_, bytes_);
 #endif
-    if (std::memcmp(begin_, before_.data(), bytes()) == 0) return;
+    if (std::equal(before_.begin(), before_.end(), used_)) return;
     require(mayChange, "the picture is as it was");
-    for (std::size_t i = 0; i < bytes(); ++i)
-      require(inRows_[i] != 0 || begin_[i] == before_[i], "bytes beside the pixels stay");
+    for (std::size_t i = 0; i < bytes_; ++i)
+      require(inRows_[i] != 0 || used_[i] == before_[i], "bytes beside the pixels stay");
   }
 
   /// An address that must not be touched.
   void* forbidden() const { return begin_ + size_; }
 
   /// What stood before the call at an address inside.
-  const std::uint8_t* before(const std::uint8_t* at) const { return &before_[index(at)]; }
+  const std::uint8_t* before(const std::uint8_t* at) const {
+    return &before_[static_cast<std::size_t>(at - used_)];
+  }
 
  private:
-  std::size_t bytes() const { return static_cast<std::size_t>(size_); }
-  std::size_t index(const std::uint8_t* at) const { return static_cast<std::size_t>(at - begin_); }
-
-  void fillAll(ByteSource& source) {
+  void fill(ByteSource& source) {
     std::minstd_rand random(source.raw<std::uint16_t>() + 1u);
     const unsigned kind = source.byte() % 4;
     const auto flat = static_cast<std::uint8_t>(source.byte());
     unsigned bits = 0;
-    for (std::ptrdiff_t i = 0; i < size_; ++i, bits >>= 8) {
+    for (std::size_t i = 0; i < bytes_; ++i, bits >>= 8) {
       if (i % 3 == 0) bits = static_cast<unsigned>(random());  // 24 of its 31 bits are good
       const unsigned noise = bits & 255u;
       const auto ramp = static_cast<unsigned>(i / 16 % 256);
-      begin_[i] = static_cast<std::uint8_t>(kind == 0   ? flat
-                                            : kind == 1 ? noise
-                                            : kind == 2 ? ramp + noise % 16
-                                                        : (i / 96 % 2 == 0 ? 255u : noise % 4));
+      used_[i] = static_cast<std::uint8_t>(kind == 0   ? flat
+                                           : kind == 1 ? noise
+                                           : kind == 2 ? ramp + noise % 16
+                                                       : (i / 96 % 2 == 0 ? 255u : noise % 4));
     }
   }
 
   std::ptrdiff_t size_;
   std::uint8_t* begin_;
+  std::uint8_t* used_ = nullptr;  ///< the part that place() laid out
+  std::size_t bytes_ = 0;
   bool apart_ = true;
   std::vector<std::uint8_t> inRows_, before_;
 };

@@ -17,7 +17,7 @@ class Surroundings {
  public:
   explicit Surroundings(ByteSource& source, bool oneThread) {
     prim::primCpuColumn = static_cast<int>(source.byte()) % (prim::lastRunnableColumn() + 1);
-    omp_set_num_threads(!oneThread && source.oneIn(16) ? 3 : 1);
+    omp_set_num_threads(!oneThread && source.oneIn(16) ? 2 : 1);
     // Fresh, flushing, rounding towards zero, rounding upwards with every exception a trap.
     static constexpr unsigned kStates[] = {0x1F80, 0x9FC0, 0x7F80, 0x4000};
     state_ = source.oneOf(kStates);
