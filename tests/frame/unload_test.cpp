@@ -31,10 +31,10 @@ class Loaded {
     const auto unblock = find<decltype(vxUnblock)>("vxUnblock");
     EXPECT_EQ(unblock(0, rgb.data(), 3, 3 * kWidth, kWidth, kHeight, 50, 1, 4, 0), 4);
     const auto adjust = find<decltype(vxAdjustRgb)>("vxAdjustRgb");
-    EXPECT_EQ(adjust(rgb.data(), 1, 3 * kWidth, kWidth, kHeight, 1, nullptr, nullptr, progress,
-                     nullptr, 0.3f, 30, 0, 0.5f, 0, 0, 0.1f, 10, 1, 1.3f, 1.5f, 0.2f, 30, 1, 1, 0,
-                     0, nullptr, 0, 0, 0),
-              1);
+    EXPECT_EQ(
+        adjust(rgb.data(), 1, 3 * kWidth, kWidth, kHeight, 1, nullptr, nullptr, progress, nullptr,
+               0, 0, 0, 0.5f, 0, 0, 0, 0, 1, 1, 1.5f, 0, 0, 1, 1, 0, 0, nullptr, 0, 0, 0),
+        1);
     return rgb;
   }
 
