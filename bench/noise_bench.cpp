@@ -127,15 +127,16 @@ class Part {
 };
 
 // One plane searched and filtered without a pilot, as the full-size detail pass does, over groups
-// of four blocks in the places of the walk. A part is looked at with the clock of the machine,
-// which costs each of them some 20 to 50 ns.
+// of four blocks in the places of the walk: the two on the right are new, the two on the left were
+// the right ones of the tile before. A part is looked at with the clock of the machine, which costs
+// each of them some 20 to 50 ns.
 void blockParts(benchmark::State& state) {
   const prim::FloatModeGuard floatMode;
   constexpr BlockGeometry kGeometries[] = {{8, 8, 4, 32}, {12, 12, 6, 48}, {12, 16, 8, 48}};
   const BlockGeometry g = kGeometries[state.range(0)];
   constexpr int kSize = 320;
   const NoisePicture picture(kSize, kSize);
-  GIMG<float> plane(kSize, kSize), squares(kSize, kSize), costMap(g.searchSize, g.searchSize);
+  GIMG<float> plane(kSize, kSize), squares(kSize, kSize);
   for (int y = 0; y < kSize; ++y)
     for (int x = 0; x < kSize; ++x) {
       plane.row(y)[x] = picture.image.row(y)[3 * x];
@@ -143,61 +144,77 @@ void blockParts(benchmark::State& state) {
     }
   integrate(PlaneView(squares));
   const PlaneView guide(plane), integral(squares);
-  costMap.roiWidth = costMap.roiHeight = g.searchSize - g.blockSize + 1;
-  const PlaneView costs(costMap);
+  // Upper and lower block: of the left column, of the right one, and copies to be used up.
+  const int positions = g.searchSize - g.blockSize + 1;
+  GIMG<float> memory[6] = {{positions, positions}, {positions, positions}, {positions, positions},
+                           {positions, positions}, {positions, positions}, {positions, positions}};
+  PlaneView maps[6];
+  for (int i = 0; i < 6; ++i) maps[i] = PlaneView(memory[i]);
 
   CNLImDnCn settings(g.stackLimit, 1, g.blockSize, g.searchSize);  // for the threshold
   settings.setFilterParams(0.01f, 1.5f, 3.0f, kNoiseSigma, 1.5f, 0.03f, 1.5f, 1);
-  const FftPlan plan(g.searchSize, g.searchSize);
+  const SearchShape search = {g.blockSize, g.blockSize, g.searchSize, g.searchSize};
+  const SearchTransform transform(search);
   const StackShape shape(g.blockSize, g.blockSize, g.stackLimit);
   BlockMatcher matcher;
   StackSelection selection;
   StackFilter stackFilter(shape);
   FilteredStacks stacks;
   BandSums sums;
-  if (!matcher.reserve({g.blockSize, g.blockSize, g.searchSize, g.searchSize}) ||
-      !selection.reserve(g.searchSize) || !stackFilter.reserve() || !stacks.reserve(shape, 1) ||
-      !sums.reserve(1, kSize, 0, kSize))
+  if (!matcher.reserve(search, 1, &guide, &integral) || !selection.reserve(g.searchSize) ||
+      !stackFilter.reserve() || !stacks.reserve(shape, 1) || !sums.reserve(1, kSize, 0, kSize))
     return state.SkipWithError("no memory");
 
-  Part tile, correlation, choice, stack, aggregation;
+  Part tile, correlation, extension, choice, stack, aggregation;
   double blocks = 0.0, depths = 0.0;
   StackMatches matches{};
   const int margin = (g.searchSize - g.blockSize - g.blockStep) / 2;
+  const auto visit = [&](const PlaneView& map, int x, int y, int tileX, int tileY) {
+    int count = 0;
+    choice.time([&] {
+      count = selection.select(map, x - tileX, y - tileY, tileX, tileY, g.stackLimit, 1, 1,
+                               settings.matchThreshold, matches);
+    });
+    FilteredStacks::Stack& filtered = stacks.replaceOldest(matches, stackDepth(count));
+    stack.time([&] {
+      stackFilter.weigh(guide, nullptr, matches, filtered.depth, settings.settings,
+                        filtered.blockWeight);
+      stackFilter.filter(guide, matches, true, filtered.blockWeight, filtered.blocks);
+    });
+    aggregation.time([&] { sums.add(shape, filtered); });
+    depths += filtered.depth;
+    blocks += 1.0;
+  };
   for (auto _ : state)
-    for (int y = 0; y + g.searchSize <= kSize; y += 2 * g.blockStep)
+    for (int y = 0; y + g.searchSize <= kSize; y += 2 * g.blockStep) {
+      const auto pairAt = [&](int x) {
+        return BlockPair{x + margin, {y + margin, y + margin + g.blockStep}};
+      };
       for (int x = 0; x + g.searchSize <= kSize; x += g.blockStep) {
-        tile.time([&] {
-          matcher.setTile(plan, guide, integral, {x, y, g.searchSize, g.searchSize});
-        });
-        for (int block = 0; block < 4; ++block) {
-          const int u = margin + block % 2 * g.blockStep, v = margin + block / 2 * g.blockStep;
-          int count = 0;
-          correlation.time(
-              [&] { matcher.addCosts(plan, guide, integral, x + u, y + v, true, costs); });
-          choice.time([&] {
-            count = selection.select(costs, u, v, x, y, g.stackLimit, 1, 1, settings.matchThreshold,
-                                     matches);
+        tile.time([&] { matcher.setTile(transform, {x, y, g.searchSize, g.searchSize}); });
+        const BlockPair left = pairAt(x), right = pairAt(x + g.blockStep);
+        if (x == 0) {
+          matcher.search(transform, left, maps);
+        } else {
+          extension.time([&] {
+            matcher.extend(g.blockStep, left);
+            for (int j = 0; j < 2; ++j) matcher.slide(g.blockStep, j, maps[j]);
           });
-          FilteredStacks::Stack& filtered = stacks.replaceOldest(matches, stackDepth(count));
-          stack.time([&] {
-            stackFilter.weigh(guide, nullptr, matches, filtered.depth, settings.settings,
-                              filtered.blockWeight);
-            stackFilter.filter(guide, matches, true, filtered.blockWeight, filtered.blocks);
-          });
-          aggregation.time([&] {
-            sums.add(1, matches, filtered.depth, filtered.blockWeight, 0, g.blockSize, g.blockSize,
-                     g.blockSize);
-            sums.add(0, matches, filtered.depth, filtered.blocks, shape.sliceFloats,
-                     shape.blockRowFloats, g.blockSize, g.blockSize);
-          });
-          depths += filtered.depth;
-          blocks += 1.0;
         }
+        correlation.time([&] { matcher.search(transform, right, maps + 2); });
+        for (int j = 0; j < 2; ++j) {
+          visit(maps[j], left.x, left.y[j], x, y);
+          for (int v = 0; v < positions; ++v)
+            std::copy_n(maps[2 + j].row(v), positions, maps[4 + j].row(v));
+          visit(maps[4 + j], right.x, right.y[j], x, y);
+        }
+        std::swap_ranges(maps, maps + 2, maps + 2);
       }
+    }
   benchmark::DoNotOptimize(sums.row(0, 0));
   state.counters["tile_ns"] = tile.nanoseconds() / 4.0;
-  state.counters["correlation_ns"] = correlation.nanoseconds();
+  state.counters["correlation_ns"] = correlation.nanoseconds() / 2.0;
+  state.counters["extension_ns"] = extension.nanoseconds() / 2.0;
   state.counters["selection_ns"] = choice.nanoseconds();
   state.counters["stack_ns"] = stack.nanoseconds();
   state.counters["aggregation_ns"] = aggregation.nanoseconds();

@@ -1,8 +1,7 @@
 #pragma once
 
 #include "vxenhlib/aligned_array.h"
-#include "vxenhlib/plane_view.h"
-#include "vxenhlib/stack_selection.h"
+#include "vxenhlib/filtered_stacks.h"
 
 namespace vx {
 
@@ -11,31 +10,32 @@ namespace vx {
 /// order, which makes the result independent of the threads.
 class BandSums {
  public:
-  /// Makes `planes` planes and that of the weights, all 0, over the rows from `top` to below
-  /// `bottom`; false, and empty, when memory is short.
+  /// Makes `planes` planes and that of the weights over the rows from `top` to below `bottom`;
+  /// false, and empty, when memory is short.
   bool reserve(int planes, int width, int top, int bottom);
   void release();
 
+  /// The rows that hold sums are those from top() to below reached(): so far has add() come.
   int top() const { return top_; }
-  int bottom() const { return bottom_; }
+  int reached() const { return reached_; }
   /// Row y, in image rows, of plane p; of the weights for p = planes.
   float* row(int p, int y) const {
     return sums_.data() +
            (std::ptrdiff_t{p} * (bottom_ - top_) + (y - top_)) * std::ptrdiff_t{width_};
   }
 
-  /// Adds the blocks 0 to count - 1 of a stack to plane p at the places of the matches.
-  ///
-  /// @param blocks  first block; rows `pitch` floats apart, blocks `slice` floats (0: one block for
-  ///   all places)
-  void add(int p, const StackMatches& matches, int count, const float* blocks, int slice, int pitch,
-           int blockWidth, int blockHeight);
+  /// Adds a filtered stack at the places of its matches.
+  void add(const StackShape& shape, const FilteredStacks::Stack& stack);
 
  private:
+  void reach(int bottom);
+
   AlignedArray<float> sums_;
+  int planes_ = 0;
   int width_ = 0;
   int top_ = 0;
   int bottom_ = 0;
+  int reached_ = 0;
 };
 
 }  // namespace vx

@@ -1,20 +1,13 @@
 #pragma once
 
-#include <cstddef>
+#include <array>
 
 #include "vxenhlib/aligned_array.h"
-#include "vxenhlib/fft_plan.h"
+#include "vxenhlib/column_correlation.h"
 #include "vxenhlib/plane_view.h"
+#include "vxenhlib/search_transform.h"
 
 namespace vx {
-
-/// Blocks and the tiles in which they are searched, in pixels.
-struct SearchShape {
-  int blockWidth = 0;
-  int blockHeight = 0;
-  int searchWidth = 0;
-  int searchHeight = 0;
-};
 
 /// A tile as far as it lies in the plane. A block has (width - blockWidth + 1) by
 /// (height - blockHeight + 1) positions in it.
@@ -23,6 +16,14 @@ struct Tile {
   int y = 0;
   int width = 0;
   int height = 0;
+};
+
+/// Two blocks of one column, which are looked for in the same tiles.
+struct BlockPair {
+  int x = -1;
+  int y[2] = {-1, -1};
+
+  bool operator==(const BlockPair&) const = default;
 };
 
 /// Turns a plane of squares into its integral image, in place, in single precision: the element
@@ -34,48 +35,54 @@ void integrate(const PlaneView& squares);
 /// image.
 float boxSum(const PlaneView& integral, int x, int y, int width, int height);
 
-/// The costs of one guide plane: sums of squared differences between a block and all positions of a
-/// tile at once. The squares come from an integral image, the products from a correlation in the
-/// frequency domain, whose price does not depend on the number of positions. One object serves one
-/// thread; the tile's transform is shared by the blocks that are asked for after it, and the walk
-/// asks for a block in two tiles, for which it is transformed once.
+/// The costs of pairs of blocks in a tile: sums of squared differences, over up to three guide
+/// planes, between a block and all positions of the tile at once. The squares come from an integral
+/// image, the products from a correlation in the frequency domain, whose price does not depend on
+/// the number of positions; the guides' products are added before they are transformed back. One
+/// object serves one thread.
 class BlockMatcher {
  public:
-  /// False when memory is short. The guide plane is one and the same until the next reserve().
-  bool reserve(const SearchShape& shape);
+  static constexpr int kMostGuides = 3;
 
-  void setTile(const FftPlan& plan, const PlaneView& guide, const PlaneView& integral,
-               const Tile& tile);
-
-  /// costs(u, v) = (first ? 0 : costs(u, v)) + difference between the block at (x, y) and the
-  /// position (u, v) of the tile. The rest of `costs` stays.
+  /// False when memory is short. The guides are looked at until the next reserve().
   ///
-  /// @return the energy of the block
-  float addCosts(const FftPlan& plan, const PlaneView& guide, const PlaneView& integral, int x,
-                 int y, bool first, const PlaneView& costs);
+  /// @param integrals  of the squares of the guides, see integrate()
+  bool reserve(const SearchShape& shape, int guides, const PlaneView* planes,
+               const PlaneView* integrals);
+
+  void setTile(const SearchTransform& transform, const Tile& tile);
+
+  /// The sum of squares of a block, over all guides.
+  float energy(int x, int y) const;
+
+  /// maps[j](u, v) = the cost of block j of the pair at position (u, v) of the tile. The rest of
+  /// the maps stays.
+  void search(const SearchTransform& transform, const BlockPair& pair, const PlaneView maps[2]);
+
+  /// Sums up the costs of the pair in the last `shift` columns of positions directly.
+  ///
+  /// @return the least one of each block, infinite when there is none
+  std::array<float, 2> extend(int shift, const BlockPair& pair);
+
+  /// Turns the map of the costs of block j in the tile `shift` columns to the left, of the same
+  /// rows and size, into that of this tile. After extend().
+  void slide(int shift, int j, const PlaneView& map) const;
 
  private:
-  // A block turned by half a turn, transformed.
-  struct Turned {
-    int x = -1;
-    int y = -1;
-    FftBuffer spectrum;
-  };
-  const float* turnedSpectrum(const FftPlan& plan, const PlaneView& guide, int x, int y);
-
-  // Those of two steps of the walk, the oldest replaced first.
-  static constexpr int kTurned = 4;
+  void setEnergies();
 
   SearchShape shape_;
   Tile tile_;
-  int rowFloats_ = 0;
-  std::size_t floats_ = 0;
-  FftBuffer tileSpectrum_;
+  int guides_ = 0;
+  PlaneView planes_[kMostGuides];
+  PlaneView integrals_[kMostGuides];
+  FftBuffer tileSpectrum_[kMostGuides];
+  FftBuffer pairSpectrum_;
   FftBuffer product_;
-  Turned turned_[kTurned];
-  int oldest_ = 0;
   AlignedArray<float> energy_;   // of each position, rows searchWidth apart
   AlignedArray<float> zeroRow_;  // above the integral image
+  ColumnCorrelation columns_;
+  AlignedArray<float> extension_[2];  // the costs of extend(), column by column, searchHeight apart
 };
 
 }  // namespace vx

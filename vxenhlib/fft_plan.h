@@ -3,9 +3,14 @@
 #include <fftw3.h>
 
 #include <cstddef>
+#include <mutex>
 #include <utility>
 
 namespace vx {
+
+/// Held while plans are made or destroyed: the planner of the transform library belongs to the
+/// whole process and is not safe for threads. Transforming takes no lock.
+std::mutex& fftPlanner();
 
 /// Floats for transforms, aligned as the plans expect it.
 class FftBuffer {
@@ -30,20 +35,17 @@ class FftBuffer {
 /// Floats of one row of an in-place real transform of `width` samples: room for its spectrum.
 constexpr int fftRowFloats(int width) { return (width & ~1) + 2; }
 
-/// A real transform and its inverse, in place, unnormalised: both together multiply by the number
-/// of samples. Rows, also those of the samples, are fftRowFloats apart.
+/// A real transform in three dimensions and its inverse, in place, unnormalised: both together
+/// multiply by the number of samples. Rows, also those of the samples, are fftRowFloats apart,
+/// slices follow one another.
 ///
-/// The planner of the transform library belongs to the whole process and is not safe for threads:
-/// construction and destruction take a mutex of the process, and search patiently for the fastest
-/// plan, for 10 to 100 ms where the process has not planned that size before. Which plan wins can
-/// change from process to process, and with it the last bits of every transform. Transforming takes
-/// no lock; any number of threads may use one plan on FftBuffers of their own.
+/// Construction searches patiently for the fastest plan, for 10 to 100 ms where the process has not
+/// planned that size before. Which plan wins can change from process to process, and with it the
+/// last bits of every transform. Any number of threads may use one plan on FftBuffers of their own.
 class FftPlan {
  public:
   FftPlan() = default;
-  /// Of `height` rows of `width` samples, or `depth` such slices one behind the other; empty when
-  /// the planner fails.
-  FftPlan(int height, int width) : FftPlan(0, height, width) {}
+  /// Empty when the planner fails.
   FftPlan(int depth, int height, int width);
   FftPlan(FftPlan&& other) noexcept
       : forward_(std::exchange(other.forward_, nullptr)),

@@ -32,6 +32,16 @@ const FilteredStacks::Stack* FilteredStacks::find(const StackMatches& matches, i
   return nullptr;
 }
 
+const FilteredStacks::Stack* FilteredStacks::find(int x, int y, int leftmost,
+                                                  float leastNew) const {
+  for (const Stack& stack : stacks_) {
+    const StackMatches& m = stack.matches;
+    if (stack.depth > 0 && m.x[0] == x && m.y[0] == y)
+      return m.leftmost >= leftmost && leastNew > m.bound ? &stack : nullptr;
+  }
+  return nullptr;
+}
+
 FilteredStacks::Stack& FilteredStacks::replaceOldest(const StackMatches& matches, int depth) {
   Stack& stack = stacks_[oldest_];
   oldest_ = (oldest_ + 1) % kKept;

@@ -25,6 +25,10 @@ class FilteredStacks {
   /// The stack of these blocks, compared with the same second match; null when it is not there.
   const Stack* find(const StackMatches& matches, int depth) const;
 
+  /// The stack of the block at (x, y) that a map from column `leftmost` on gives too, when all its
+  /// costs that are not known yet are at least `leastNew`; null when there is none.
+  const Stack* find(int x, int y, int leftmost, float leastNew) const;
+
   /// The oldest stack, to be replaced by the one of these blocks.
   Stack& replaceOldest(const StackMatches& matches, int depth);
 

@@ -11,26 +11,95 @@ namespace vx {
 
 /// Scratch of one band; one thread at a time.
 struct CNLBase::Worker {
+  /// The costs of a column of the group of four blocks.
+  struct Column {
+    GIMG<float> map[2];
+    BlockPair pair;
+    Tile tile;
+
+    Column(int width, int height) : map{{width, height}, {width, height}} {}
+  };
+
   CNLBase& owner;
-  BlockMatcher matcher[kMostGuides];
+  BlockMatcher matcher;
+  Column columns[2];
+  Column* left = &columns[0];  ///< what was the right one of the tile before
+  Column* right = &columns[1];
   GIMG<float> costMap;
   void* context = nullptr;
 
-  explicit Worker(CNLBase& o) : owner(o), costMap(o.searchWidth, o.searchHeight) {}
+  explicit Worker(CNLBase& o)
+      : owner(o),
+        columns{{o.searchWidth, o.searchHeight}, {o.searchWidth, o.searchHeight}},
+        costMap(o.searchWidth, o.searchHeight) {}
   ~Worker() {
     if (context != nullptr) owner.deleteContext(context);
   }
   Worker(const Worker&) = delete;
   Worker& operator=(const Worker&) = delete;
 
-  bool reserve(const Band& band) {
-    const SearchShape shape = {owner.blockWidth, owner.blockHeight, owner.searchWidth,
-                               owner.searchHeight};
+  bool reserve(GIMG<float>* const* planes, const Band& band) {
+    PlaneView guides[kMostGuides], integrals[kMostGuides];
+    for (int p = 0; p < owner.guideCount; ++p) {
+      guides[p] = PlaneView(*planes[p]);
+      integrals[p] = PlaneView(*owner.ssi_[p]);
+    }
+    if (!matcher.reserve(owner.searchShape(), owner.guideCount, guides, integrals)) return false;
+    for (const Column& c : columns)
+      if (c.map[0].data == nullptr || c.map[1].data == nullptr) return false;
     if (costMap.data == nullptr) return false;
-    for (int p = 0; p < owner.guideCount; ++p)
-      if (!matcher[p].reserve(shape)) return false;
     context = owner.createContext(band);
     return context != nullptr;
+  }
+
+  void search(Column& column, const BlockPair& pair, const Tile& tile) {
+    const PlaneView maps[2] = {PlaneView(column.map[0]), PlaneView(column.map[1])};
+    matcher.search(owner.transform_, pair, maps);
+    column.pair = pair;
+    column.tile = tile;
+  }
+
+  /// How far the tile has moved to the right since the column's maps were made; negative when they
+  /// are of no use for this pair and tile.
+  int shiftOf(const Column& column, const BlockPair& pair, const Tile& tile) const {
+    const Tile& old = column.tile;
+    const bool alike = column.pair == pair && old.y == tile.y && old.width == tile.width &&
+                       old.height == tile.height;
+    const int shift = tile.x - old.x;
+    return alike && shift <= tile.width - owner.blockWidth ? shift : -1;
+  }
+
+  void visit(const BlockPair& pair, int j, const Tile& tile, GIMG<float>& map) {
+    map.roiWidth = tile.width - owner.blockWidth + 1;
+    map.roiHeight = tile.height - owner.blockHeight + 1;
+    const int y = pair.y[j];
+    owner.TFdoABlock(context, pair.x, y, tile.x, tile.y, matcher.energy(pair.x, y), map);
+  }
+
+  void visitGroup(const BlockPair& leftPair, const BlockPair& rightPair, const Tile& tile) {
+    matcher.setTile(owner.transform_, tile);
+    std::swap(left, right);
+    const int shift = shiftOf(*left, leftPair, tile);
+    std::array<float, 2> leastNew{};
+    if (shift < 0)
+      search(*left, leftPair, tile);
+    else
+      leastNew = matcher.extend(shift, leftPair);
+    search(*right, rightPair, tile);
+    for (int j = 0; j < 2; ++j) {
+      const float least = leastNew[static_cast<std::size_t>(j)];
+      if (shift < 0 || !owner.repeatsBlock(context, leftPair.x, leftPair.y[j], tile.x, least)) {
+        if (shift > 0) matcher.slide(shift, j, PlaneView(left->map[j]));
+        visit(leftPair, j, tile, left->map[j]);
+      }
+      // The next tile asks for this map again, and a visit overwrites what it is given.
+      const GIMG<float>& map = right->map[j];
+      prim::primCopy_32f_C1R(map.data, map.step, costMap.data, costMap.step,
+                             tile.width - owner.blockWidth + 1,
+                             tile.height - owner.blockHeight + 1);
+      visit(rightPair, j, tile, costMap);
+    }
+    left->pair = {};  // used up
   }
 };
 
@@ -41,7 +110,7 @@ CNLBase::CNLBase(int blockSize, int searchSize)
       stepY(stepX),
       searchWidth(searchSize),
       searchHeight(searchSize),
-      plan_(searchSize, searchSize) {}
+      transform_(searchShape()) {}
 
 bool CNLBase::prepareSSI(int width, int height, int count) {
   if (count < 1 || count > kMostGuides) return true;
@@ -104,43 +173,28 @@ VXRC CNLBase::proc(GIMG<float>* const* planes, int count) {
         std::min(firstY + doubleStep * (strips - 1), (rows - 1) / doubleStep * doubleStep);
     const Tile last = tileAt(0, lastY, width, height);
     workers[t] = std::make_unique<Worker>(*this);
-    if (!workers[t]->reserve({t, tileAt(0, firstY, width, height).y, last.y + last.height}))
+    if (!workers[t]->reserve(planes, {t, tileAt(0, firstY, width, height).y, last.y + last.height}))
       return kVxrcNoMemory;
   }
   parallelFor(0, kBands, [&](int t) {
-    if (workers[t] != nullptr) walkBand(*workers[t], planes, strips, t);
+    if (workers[t] != nullptr) walkBand(*workers[t], strips, t);
   });
   return kVxrcOk;
 }
 
-void CNLBase::walkBand(Worker& worker, GIMG<float>* const* planes, int strips, int band) {
-  const int width = planes[0]->roiWidth;
-  const int height = planes[0]->roiHeight;
-  PlaneView guides[kMostGuides], integrals[kMostGuides];
-  for (int p = 0; p < guideCount; ++p) {
-    guides[p] = PlaneView(*planes[p]);
-    integrals[p] = PlaneView(*ssi_[p]);
-  }
+void CNLBase::walkBand(Worker& worker, int strips, int band) {
+  const int width = ssi_[0]->width;
+  const int height = ssi_[0]->height;
+  const auto pairAt = [&](int x, int y) {
+    const int right = width - blockWidth;
+    const int low = height - blockHeight;
+    return BlockPair{std::min(x, right), {std::min(y, low), std::min(y + stepY, low)}};
+  };
   for (int s = 0; s < strips; ++s) {
     const int y = 2 * stepY * (s + band * strips);
     if (y >= height - stepY + 1) break;
-    for (int x = 0; x < width - 2 * stepX + 1; x += stepX) {
-      const Tile tile = tileAt(x, y, width, height);
-      for (int p = 0; p < guideCount; ++p)
-        worker.matcher[p].setTile(plan_, guides[p], integrals[p], tile);
-      for (int block = 0; block < 4; ++block) {
-        const int bx = std::min(x + block % 2 * stepX, width - blockWidth);
-        const int by = std::min(y + block / 2 * stepY, height - blockHeight);
-        worker.costMap.roiWidth = tile.width - blockWidth + 1;
-        worker.costMap.roiHeight = tile.height - blockHeight + 1;
-        const PlaneView costs(worker.costMap);
-        float energy = 0.0f;
-        for (int p = 0; p < guideCount; ++p)
-          energy +=
-              worker.matcher[p].addCosts(plan_, guides[p], integrals[p], bx, by, p == 0, costs);
-        TFdoABlock(worker.context, bx, by, tile.x, tile.y, energy, worker.costMap);
-      }
-    }
+    for (int x = 0; x < width - 2 * stepX + 1; x += stepX)
+      worker.visitGroup(pairAt(x, y), pairAt(x + stepX, y), tileAt(x, y, width, height));
   }
 }
 

@@ -15,10 +15,11 @@ namespace vx {
 /// has its own context: a filter that adds up its results per band and joins the bands in order
 /// gives the same result for any number of threads. A strip is two grid steps high; its tiles are
 /// placed every step, each centred on the two by two blocks that share it, and pushed inside at the
-/// edges of the plane. So a row of blocks is visited once, a column twice, from two tiles.
+/// edges of the plane. So a row of blocks is visited once, a column twice, from two tiles, the
+/// second of which adds but a few columns of positions to the map of the first.
 class CNLBase {
  public:
-  static constexpr int kMostGuides = 3;
+  static constexpr int kMostGuides = BlockMatcher::kMostGuides;
   static constexpr int kBands = 4;
 
   /// A band: the rows that its tiles cover.
@@ -38,7 +39,7 @@ class CNLBase {
   virtual ~CNLBase() = default;
 
   /// False when the transforms could not be planned; proc() then answers kVxrcNoMemory.
-  virtual bool ready() const { return !plan_.empty(); }
+  virtual bool ready() const { return !transform_.empty(); }
 
   /// Walks over 1 to 3 guide planes of one size. Costs are summed over the guides. A plane smaller
   /// than a block has none; one smaller than a search tile is searched as far as it goes.
@@ -62,6 +63,14 @@ class CNLBase {
   virtual int TFdoABlock(void* context, int x, int y, int tileX, int tileY, float energy,
                          GIMG<float>& costMap) = 0;
 
+  /// Asked before a block is visited for the second time, from a tile further right of the same
+  /// rows: whether that visit does what the first one did, given that all new positions cost at
+  /// least `leastNew`. If so it has done it again, and TFdoABlock is not called.
+  virtual bool repeatsBlock(void* context, int x, int y, int tileX, float leastNew) {
+    (void)context, (void)x, (void)y, (void)tileX, (void)leastNew;
+    return false;
+  }
+
   /// Called on the thread of proc() for each context after the last block.
   virtual void deleteContext(void* context) = 0;
 
@@ -72,11 +81,12 @@ class CNLBase {
  private:
   struct Worker;
 
+  SearchShape searchShape() const { return {blockWidth, blockHeight, searchWidth, searchHeight}; }
   Tile tileAt(int x, int y, int width, int height) const;
-  void walkBand(Worker& worker, GIMG<float>* const* planes, int strips, int band);
+  void walkBand(Worker& worker, int strips, int band);
 
   std::unique_ptr<GIMG<float>> ssi_[kMostGuides];
-  FftPlan plan_;
+  SearchTransform transform_;
 };
 
 }  // namespace vx

@@ -99,7 +99,7 @@ void CNLImDnCn::joinRow(int y) {
   const int width = outPlanes[0]->roiWidth;
   float* weights = nullptr;
   for (BandSums& sums : sums_) {
-    if (y < sums.top() || y >= sums.bottom()) continue;
+    if (y < sums.top() || y >= sums.reached()) continue;
     float* row = sums.row(planeCount, y);
     if (weights == nullptr) {
       weights = row;
@@ -113,7 +113,7 @@ void CNLImDnCn::joinRow(int y) {
     float* out = PlaneView(*outPlanes[p]).row(y);
     for (int x = 0; x < width; ++x) out[x] = in[x] * kSeed;
     for (BandSums& sums : sums_)
-      if (y >= sums.top() && y < sums.bottom()) prim::primvAdd_32f_I(sums.row(p, y), out, width);
+      if (y >= sums.top() && y < sums.reached()) prim::primvAdd_32f_I(sums.row(p, y), out, width);
     if (weights != nullptr) {
       prim::primvDiv_32f_I(weights, out, width);
     } else {
@@ -147,12 +147,16 @@ int CNLImDnCn::TFdoABlock(void* context, int x, int y, int tileX, int tileY, flo
     filterStack(c, fresh);
     stack = &fresh;
   }
-  c.sums.add(planeCount, c.matches, depth, stack->blockWeight, 0, blockWidth, blockWidth,
-             blockHeight);
-  for (int p = 0; p < planeCount; ++p)
-    c.sums.add(p, c.matches, depth, stack->blocks + std::ptrdiff_t{p} * shape_.stackFloats,
-               shape_.sliceFloats, shape_.blockRowFloats, blockWidth, blockHeight);
+  c.sums.add(shape_, *stack);
   return kVxrcOk;
+}
+
+// In photographs it is so for six blocks of ten.
+bool CNLImDnCn::repeatsBlock(void* context, int x, int y, int tileX, float leastNew) {
+  Context& c = *static_cast<Context*>(context);
+  const FilteredStacks::Stack* stack = c.stacks.find(x, y, tileX, leastNew);
+  if (stack != nullptr) c.sums.add(shape_, *stack);
+  return stack != nullptr;
 }
 
 void CNLImDnCn::filterStack(Context& c, FilteredStacks::Stack& stack) {

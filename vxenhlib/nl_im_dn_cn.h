@@ -58,6 +58,7 @@ class CNLImDnCn : public CNLBase {
   void* createContext(const Band& band) override;
   int TFdoABlock(void* context, int x, int y, int tileX, int tileY, float energy,
                  GIMG<float>& costMap) override;
+  bool repeatsBlock(void* context, int x, int y, int tileX, float leastNew) override;
   void deleteContext(void* context) override;
 
  private:

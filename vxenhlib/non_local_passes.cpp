@@ -1,5 +1,6 @@
 #include "vxenhlib/non_local_passes.h"
 
+#include "frame/parallel.h"
 #include "prim/arith.h"
 #include "prim/geometry.h"
 #include "prim/memory.h"
@@ -45,8 +46,9 @@ bool halfSizePass(CNLImDnCn& filter, GaussPyramid& pyramid, Plane& chroma1, Plan
   Plane half1(w, h), half2(w, h), out1(w, h), out2(w, h), luma(w, h), guide(w, h);
   for (const Plane* image : {&half1, &half2, &out1, &out2, &luma, &guide})
     if (image->data == nullptr) return false;
-  resize(chroma1, half1, 0.5);
-  resize(chroma2, half2, 0.5);
+  Plane* const chroma[] = {&chroma1, &chroma2};
+  Plane* const half[] = {&half1, &half2};
+  parallelFor(0, 2, [&](int c) { resize(*chroma[c], *half[c], 0.5); });
   copy(level, luma);
   add(half1, half2, guide);
   guide.status = prim::primMulC_32f_C1IR(s.chromaGuideGain * 0.5f, guide.data, guide.step, w, h);
@@ -56,8 +58,7 @@ bool halfSizePass(CNLImDnCn& filter, GaussPyramid& pyramid, Plane& chroma1, Plan
   Plane* const in[] = {&luma, &half1, &half2};
   Plane* const out[] = {&level, &out1, &out2};
   if (filter.filterPlanes(2, guides, &luma, nullptr, 3, in, out) != kVxrcOk) return false;
-  resize(out1, chroma1, 2.0);
-  resize(out2, chroma2, 2.0);
+  parallelFor(0, 2, [&](int c) { resize(*out[1 + c], *chroma[c], 2.0); });
   return true;
 }
 

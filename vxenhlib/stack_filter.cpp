@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 
 #include "prim/arith.h"
 #include "prim/geometry.h"
@@ -67,7 +68,7 @@ void StackFilter::load(const PlaneView& plane, const StackMatches& matches) {
       float* to = stack_.data() + std::ptrdiff_t{k} * shape_.sliceFloats;
       for (int y = 0; y < shape_.blockHeight; ++y, to += pitch) {
         const float* from = plane.row(matches.y[k] + y) + matches.x[k];
-        for (int x = 0; x < width; ++x) to[x] = from[x];
+        std::memcpy(to, from, static_cast<std::size_t>(width) * sizeof(float));
         for (int x = width; x < pitch; ++x) to[x] = 0.0f;
       }
     }

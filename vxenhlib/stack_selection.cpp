@@ -1,6 +1,10 @@
 #include "vxenhlib/stack_selection.h"
 
+#include <emmintrin.h>
+
 #include <algorithm>
+#include <bit>
+#include <cstdint>
 #include <cstring>
 #include <limits>
 
@@ -11,6 +15,7 @@ constexpr float kBlanked = 1e20f;
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 
 using Four [[gnu::vector_size(16)]] = float;
+using Indices [[gnu::vector_size(16)]] = int;
 
 Four load(const float* from) {
   Four v;
@@ -18,23 +23,40 @@ Four load(const float* from) {
   return v;
 }
 
+Four smaller(Four a, Four b) { return a < b ? a : b; }
+
 // Infinity for a row without a number below it.
 float leastOf(const float* row, int count) {
   float least = kInfinity;
   int u = 0;
   if (count >= 4) {
     Four best = {kInfinity, kInfinity, kInfinity, kInfinity};
-    for (; u < count - 3; u += 4) {
-      const Four v = load(row + u);
-      best = v < best ? v : best;
-    }
-    const Four v = load(row + count - 4);  // the rest, some elements twice
-    best = v < best ? v : best;
-    for (int i = 0; i < 4; ++i) least = best[i] < least ? best[i] : least;
-    return least;
+    for (; u < count - 3; u += 4) best = smaller(load(row + u), best);
+    best = smaller(load(row + count - 4), best);  // the rest, some elements twice
+    best = smaller(__builtin_shuffle(best, Indices{2, 3, 0, 1}), best);
+    best = smaller(__builtin_shuffle(best, Indices{1, 0, 3, 2}), best);
+    return best[0];
   }
   for (; u < count; ++u) least = row[u] < least ? row[u] : least;
   return least;
+}
+
+// The first element that equals `value`; count when there is none. Where it stands is random, so
+// that a loop that ended there would end in a branch that no processor foresees.
+int firstOf(const float* row, int count, float value) {
+  const __m128 wanted = _mm_set1_ps(value);
+  const auto hits = [&](int u) {
+    return static_cast<std::uint64_t>(_mm_movemask_ps(_mm_cmpeq_ps(_mm_loadu_ps(row + u), wanted)));
+  };
+  int u = 0;
+  for (; count - u >= 4; u += std::min(count - u, 64)) {
+    const int columns = std::min(count - u, 64);
+    std::uint64_t found = hits(u + columns - 4) << (columns - 4);
+    for (int i = 0; i < columns - 4; i += 4) found |= hits(u + i) << i;
+    if (found != 0) return u + std::countr_zero(found);
+  }
+  while (u < count && !(row[u] == value)) ++u;
+  return u;
 }
 
 }  // namespace
@@ -46,17 +68,8 @@ void StackSelection::blank(const PlaneView& costs, int u, int v, int exclusionX,
   const int bottom = std::min(v + exclusionY, costs.height - 1);
   for (int y = top; y <= bottom; ++y) {
     float* row = costs.row(y);
-    float& least = rowLeast_[static_cast<std::size_t>(y)];
-    bool lost = false;
-    for (int x = left; x <= right; ++x) {
-      lost |= row[x] <= least;
-      row[x] = kBlanked;
-    }
-    if (lost) {
-      least = leastOf(row, costs.width);
-    } else if (least > kBlanked) {
-      least = kBlanked;
-    }
+    for (int x = left; x <= right; ++x) row[x] = kBlanked;
+    rowLeast_[static_cast<std::size_t>(y)] = leastOf(row, costs.width);
   }
 }
 
@@ -64,17 +77,11 @@ void StackSelection::blank(const PlaneView& costs, int u, int v, int exclusionX,
 // either: the search goes on to the next row then.
 float StackSelection::takeLeast(const PlaneView& costs, int& u, int& v) const {
   const float* rows = rowLeast_.data();
-  float least = kInfinity;
-  int first = 0;
-  for (int y = 0; y < costs.height; ++y) {
-    if (!(rows[y] < least)) continue;
-    least = rows[y];
-    first = y;
-  }
+  const float least = leastOf(rows, costs.height);
+  const int first = least < kInfinity ? firstOf(rows, costs.height, least) : 0;
   for (v = first; v < costs.height; ++v) {
-    const float* row = costs.row(v);
-    for (u = 0; u < costs.width; ++u)
-      if (row[u] == least) return least;
+    u = firstOf(costs.row(v), costs.width, least);
+    if (u < costs.width) return least;
   }
   u = v = 0;
   return 0.0f;
@@ -92,6 +99,8 @@ int StackSelection::select(const PlaneView& costs, int ownU, int ownV, int tileX
     matches.y[i] = tileY + ownV;
     matches.cost[i] = 0.0f;
   }
+  matches.leftmost = matches.x[0];
+  matches.bound = 0.0f;
   int count = 1;
   while (count < limit) {
     int u = 0;
@@ -101,7 +110,15 @@ int StackSelection::select(const PlaneView& costs, int ownU, int ownV, int tileX
     matches.x[count] = tileX + u;
     matches.y[count] = tileY + v;
     matches.cost[count] = cost;
-    if (cost > threshold) break;
+    const bool refused = cost > threshold;
+    // Which block was refused matters only where it is entry 1.
+    if (refused && count > 1) {
+      matches.bound = threshold;
+      break;
+    }
+    matches.leftmost = std::min(matches.leftmost, matches.x[count]);
+    matches.bound = cost;
+    if (refused) break;
     ++count;
   }
   return count;

@@ -13,6 +13,11 @@ struct StackMatches {
   int x[kMost];
   int y[kMost];
   float cost[kMost];
+
+  /// A map without columns left of this image position, and with more columns whose costs are all
+  /// above `bound`, gives the same choice.
+  int leftmost;
+  float bound;
 };
 
 /// Chooses the blocks of a stack from a map of costs. Keeps the smallest cost of each row, so that

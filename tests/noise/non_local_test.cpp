@@ -16,42 +16,68 @@ using namespace vx::test;
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
 
+// Searched in a tile, and carried on to the ones beside it.
 TEST(NonLocal, costsAreSumsOfSquaredDifferences) {
   const prim::FloatModeGuard floatMode;
   for (const auto& [block, search] : {std::pair(8, 32), {12, 48}, {16, 64}, {5, 21}}) {
     const int w = search + 25, h = search + 14;
     Plane guide[2] = {{w, h}, {w, h}}, sums[2] = {{w, h}, {w, h}};
-    const FftPlan plan(search, search);
-    BlockMatcher matcher[2];
+    PlaneView planes[2], integrals[2];
     for (unsigned p = 0; p < 2; ++p) {
       fillUnits(guide[p], p, 1.0f / 64.0f, 0.3f, 0.2f);
       paint(sums[p], [&](int x, int y) { return at(guide[p], x, y) * at(guide[p], x, y); });
       integrate(PlaneView(sums[p]));
-      ASSERT_TRUE(matcher[p].reserve({block, block, search, search}));
+      planes[p] = PlaneView(guide[p]);
+      integrals[p] = PlaneView(sums[p]);
     }
-    // The last tile is cut by the plane; its blocks were asked for in the first one too.
-    for (const Tile& tile : {Tile{0, 0, search, search}, {25, 14, search, search}, {2, 1, 20, 19}})
-      for (const auto& [dx, dy] : {std::pair(2, 1), {3, 6}, {3, 7}, {4, 6}, {4, 7}}) {
-        const int x = std::max(tile.x, 2) + dx - 2, y = std::max(tile.y, 1) + dy - 1;
-        Plane costs(tile.width - block + 1, tile.height - block + 1);
-        // Rounding of a transform of n samples is some log2(n) units of the norms' product.
-        double norms = 0.0, energy = 0.0, wantedEnergy = 0.0, worst = 0.0;
-        for (int p = 0; p < 2; ++p) {
-          const PlaneView plane(guide[p]), integral(sums[p]);
-          matcher[p].setTile(plan, plane, integral, tile);
-          energy += matcher[p].addCosts(plan, plane, integral, x, y, p == 0, PlaneView(costs));
-          const double own = boxSum(integral, x, y, block, block);
-          wantedEnergy += own;
-          norms += std::sqrt(own * boxSum(integral, tile.x, tile.y, tile.width, tile.height));
+    const SearchShape shape = {block, block, search, search};
+    const SearchTransform transform(shape);
+    BlockMatcher matcher;
+    ASSERT_TRUE(matcher.reserve(shape, 2, planes, integrals));
+    Plane upper(search, search), lower(search, search);
+    const Plane* const costs[2] = {&upper, &lower};
+    const PlaneView maps[2] = {PlaneView(upper), PlaneView(lower)};
+
+    const auto check = [&](const BlockPair& pair, const Tile& tile) {
+      // Rounding of a transform of n samples is some log2(n) units of the norms' product, and both
+      // blocks share one.
+      double norms = 0.0, worst = 0.0;
+      for (int p = 0; p < 2; ++p)
+        norms += std::sqrt((boxSum(integrals[p], pair.x, pair.y[0], block, block) +
+                            boxSum(integrals[p], pair.x, pair.y[1], block, block)) *
+                           boxSum(integrals[p], tile.x, tile.y, tile.width, tile.height));
+      for (int j = 0; j < 2; ++j)
+        for (int v = 0; v <= tile.height - block; ++v)
+          for (int u = 0; u <= tile.width - block; ++u)
+            raise(worst, std::abs(at(*costs[j], u, v) - blockDistance({&guide[0], &guide[1]},
+                                                                      pair.x, pair.y[j], tile.x + u,
+                                                                      tile.y + v, block)));
+      EXPECT_LT(worst, 0x1p-24 * std::log2(search * search) * norms)
+          << block << ", tile at " << tile.x << ", blocks at " << pair.x;
+    };
+    const BlockPair pair = {7, {2, 6}};
+    EXPECT_EQ(matcher.energy(7, 6),
+              boxSum(integrals[0], 7, 6, block, block) + boxSum(integrals[1], 7, 6, block, block));
+    for (Tile tile : {Tile{0, 0, search, search}, {2, 1, 20, 19}, {25, 14, search, search}}) {
+      matcher.setTile(transform, tile);
+      matcher.search(transform, pair, maps);
+      check(pair, tile);
+      for (const int shift : {0, 1, 4, 7}) {
+        if (tile.x + shift + tile.width > w || shift > tile.width - block) break;
+        tile.x += shift;
+        matcher.setTile(transform, tile);
+        const auto least = matcher.extend(shift, pair);
+        for (int j = 0; j < 2; ++j) {
+          matcher.slide(shift, j, maps[j]);
+          float wanted = kInfinity;
+          for (int v = 0; v <= tile.height - block; ++v)
+            for (int u = tile.width - block + 1 - shift; u <= tile.width - block; ++u)
+              wanted = std::min(wanted, at(*costs[j], u, v));
+          EXPECT_EQ(least[static_cast<std::size_t>(j)], wanted) << block << ", by " << shift;
         }
-        for (int v = 0; v < costs.height; ++v)
-          for (int u = 0; u < costs.width; ++u)
-            raise(worst, std::abs(at(costs, u, v) - blockDistance({&guide[0], &guide[1]}, x, y,
-                                                                  tile.x + u, tile.y + v, block)));
-        EXPECT_LT(worst, 0x1p-24 * std::log2(search * search) * norms)
-            << block << ", tile at " << tile.x << ", block at " << x << ", " << y;
-        EXPECT_EQ(energy, wantedEnergy);
+        check(pair, tile);
       }
+    }
   }
 }
 
@@ -75,10 +101,10 @@ TEST(NonLocal, selectionTakesTheFirstSmallestEachTime) {
   std::mt19937 random(5);
   const auto below = [&](int n) { return static_cast<int>(random() % static_cast<unsigned>(n)); };
   StackSelection selection;
-  ASSERT_TRUE(selection.reserve(57));
+  ASSERT_TRUE(selection.reserve(70));
   for (int turn = 0; turn < 4000; ++turn) {
     const bool small = turn % 2 == 0;
-    Plane costs(1 + below(small ? 6 : 57), 1 + below(small ? 6 : 57));
+    Plane costs(1 + below(small ? 6 : 70), 1 + below(small ? 6 : 70));
     const int levels = 1 + below(60), odd = below(4), all = turn % 50;
     paint(costs, [&](int, int) {
       if (all < 2) return all == 0 ? kNan : kInfinity;
