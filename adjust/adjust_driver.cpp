@@ -52,8 +52,8 @@ class TileRows : public RowSink {
 // An odd last column or row is neither read nor written.
 int adjustWhole(const HostImage& host, const AdjustSettings& settings) {
   IMG3<float> image(host.width & ~1, host.height & ~1);
-  if (image.data == nullptr) return kDone;
   if (bytesPerPixel(host.format) == 0) return kUnknownFormat;
+  if (image.data == nullptr) return kDone;
   HostRows rows(host);
   ToneScratch scratch;
   adjustCore(image, settings, rows, rows, scratch);

@@ -20,10 +20,10 @@ namespace vx {
 // v * s + 0.49 * s, just under the middle of the sample's step, so that rounding on the way out
 // gives an untouched sample back; writing multiplies by 1 / s and rounds to nearest, ties to even.
 //
-// Steps are signed bytes, offsets 64 bits wide; 16-bit rows may start at odd addresses. Formats 1
-// and 3 refuse a host row step below 1: nothing is read (the floats then stand for samples of 0) or
-// written. Formats 5 and 6 work with any step. Each function works through blocks that stay in the
-// cache, and allocates nothing.
+// Steps are signed bytes, offsets 64 bits wide; 16-bit rows may start at odd addresses. In formats
+// 1 and 3 the two functions for interleaved floats refuse a host row step below 1: nothing is read
+// (the floats then stand for samples of 0) or written. All others work with any step. Each function
+// works through blocks that stay in the cache, and allocates nothing.
 
 /// A picture in the host's memory; see vxAdjustRgb.
 struct HostImage {

@@ -13,9 +13,9 @@ int unblockQuality(float strength);
 bool unblockActive(const AdjustSettings& settings);
 
 /// Removes block artifacts from samples of value / 256, by way of bytes and vxUnblock, when active.
-/// What comes back is value / 255: the scale of reading is not restored, and the picture gains 0.4 %
-/// where this stage runs. Without memory for the bytes nothing happens; MemoryException of vxUnblock
-/// passes through.
+/// What comes back is value / 255: the scale of reading is not restored, and the picture becomes
+/// 0.4 % brighter where this stage runs. Without memory for the bytes nothing happens;
+/// MemoryException of vxUnblock passes through.
 void removeBlockArtifacts(IMG3<float>& image, const AdjustSettings& settings);
 
 }  // namespace vx

@@ -37,8 +37,9 @@ inline constexpr std::string_view kImages[] = {
     "v",          "rgb"};
 /// Short lists: constants per channel, curves, kernels, results.
 inline constexpr std::string_view kLists[] = {
-    "value",  "level",  "values", "levels",  "kernel", "sum",  "mean",  "min",    "max",   "indexX",
-    "indexY", "result", "hist",   "weights", "low",    "high", "shift", "amount", "least", "gain"};
+    "value", "level", "values", "levels", "kernel", "sum",  "mean",
+    "min",   "max",   "indexX", "indexY", "result", "hist", "weights",
+    "low",   "high",  "shift",  "amount", "least",  "gain", "tpl"};
 
 struct Number {
   std::string_view name;
@@ -53,6 +54,8 @@ inline constexpr Number kNumbers[] = {
     {"top", 8},
     {"left", 8},
     {"count", 9},
+    {"tplWidth", 8},
+    {"tplHeight", 8},
     {"levelCount", 257},
     {"kernelLen", 5},
     {"anchor", 2},

@@ -44,8 +44,8 @@ inline void copyFrame(const float* src, int srcStep, float* dst, int dstStep, in
                          at(dst, dstStep, width - columns, 0), dstStep, columns, height);
 }
 
-/// Calls work(x0, y0, x1, y1) for the tiles that cover columns left..right - 1, rows top..bottom
-/// - 1.
+/// Calls work(x0, y0, x1, y1) for the tiles that cover the columns from left to below right and the
+/// rows from top to below bottom.
 template <class Work>
 void forTiles(int left, int top, int right, int bottom, int tileWidth, int tileHeight,
               const Work& work) {

@@ -65,8 +65,8 @@ class EnhEdge {
   /// Sharpens: with B the Gaussian of the blur sigmas, G the Gaussian of twice those, and the
   /// extremes of the 3x3 neighbourhood,
   ///
-  ///     output = B + (I - B) * (baseGain + adaptiveGain * min(max3 - I, I - min3) / (G(max3 -
-  ///     min3) + rangeFloor))
+  ///     output = B + (I - B) * (baseGain + adaptiveGain * ratio)
+  ///     ratio = min(max3 - I, I - min3) / (G(max3 - min3) + rangeFloor)
   ///
   /// The outer three pixels are the input. Where `scaleX` or `scaleY` differs from 1 by more than
   /// 0.0001, I is the input resampled by cubic interpolation.

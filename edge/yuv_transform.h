@@ -7,8 +7,9 @@ namespace vx {
 /// Rows of interleaved float RGB to rows of the planes Y, U, V of analogue television (ITU-R BT.601
 /// weights):
 ///
-///     Y = 0.299 R + 0.587 G + 0.114 B,  U = -0.147 R - 0.289 G + 0.436 B,  V = 0.615 R - 0.515 G -
-///     0.1 B
+///     Y = 0.299 R + 0.587 G + 0.114 B
+///     U = -0.147 R - 0.289 G + 0.436 B
+///     V = 0.615 R - 0.515 G - 0.1 B
 ///
 /// Computed as chains of products over one channel after the other, each step rounded to single
 /// precision, nothing clipped.

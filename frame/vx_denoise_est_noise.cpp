@@ -21,12 +21,14 @@ VX_EXPORT int vxDenoiseEstNoise(const void* pixels, int format, int rowStep, int
   toLumaChroma(colours, false);
 
   NoiseEstimator estimator;
-  const float luma = 1.4f * estimator.estimate(*planes[0]);
+  const float sigma = estimator.estimate(*planes[0]);
+  // Exact, so that both values are rounded once: chroma is not a share of the rounded luma.
+  const double luma = double{1.4f} * double{sigma};
   *noiseProfile = {.lumaLevel = estimator.meanLevel,
-                   .lumaNoise = luma,
+                   .lumaNoise = static_cast<float>(luma),
                    .lumaReserved = 0.0f,
                    .chromaLevel = estimator.meanLevel,
-                   .chromaNoise = 0.35f * luma,
+                   .chromaNoise = static_cast<float>(luma * double{0.35f}),
                    .chromaReserved = 0.0f};
   return 1;
 }

@@ -1,8 +1,9 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
-#include "jpeg/jpeg_work.h"
+#include "jpeg/huffman_decoder.h"
 
 namespace vx {
 

@@ -1,4 +1,4 @@
-#include "jpeg/jpeg_work.h"
+#include "jpeg/huffman_decoder.h"
 
 namespace vx {
 

@@ -122,8 +122,7 @@ const char* jpegErrorText(int code) noexcept;
 ///
 /// @param block        for the stream; its size decides whether the trip can be made
 /// @param useYcc       nonzero: YCbCr in the stream, else RGB
-/// @param subsampling  0: none, 1: components two and three halved horizontally, other: on both
-/// axes
+/// @param subsampling  0: none, 1: components two and three halved horizontally, other: both ways
 /// @return 1, or 0 on any failure, which leaves the image as it was
 int jpegRoundTrip(std::uint8_t* image, int rowStep, int width, int height, std::uint8_t* block,
                   int blockSize, int useYcc, int subsampling, int quality) noexcept;

@@ -11,9 +11,9 @@
 namespace vx {
 namespace {
 
-class ImageRows final : public JpegRowSource {
+class PixelRows final : public JpegRowSource {
  public:
-  explicit ImageRows(const JpegProperties& p)
+  explicit PixelRows(const JpegProperties& p)
       : image_(p.imageData),
         step_(std::ptrdiff_t{p.imageWidth} * 3 + p.imagePadBytes),
         width_(p.imageWidth),
@@ -116,7 +116,7 @@ int jpegWrite(JpegProperties* properties, int mode) noexcept {
   std::uint8_t* scan = writeHeaders(coding, p);
   try {
     const std::int64_t bytes =
-        jpegEncodeScan(coding, p.imageWidth, p.imageHeight, ImageRows(p), scan, room);
+        jpegEncodeScan(coding, p.imageWidth, p.imageHeight, PixelRows(p), scan, room);
     if (bytes > room) return kJpegBufferTooSmall;
     scan += bytes;
   } catch (const std::bad_alloc&) {

@@ -4,8 +4,11 @@ set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
 library_packages=(g++ cmake ninja-build pkg-config libfftw3-dev libgtest-dev)
-host_packages=(libcli11-dev libvips-dev libexiv2-dev libjpeg62-turbo-dev nlohmann-json3-dev help2man)
+host_packages=(libcli11-dev libvips-dev libexiv2-dev libjpeg62-turbo-dev nlohmann-json3-dev)
 test_packages=(libturbojpeg0-dev) # what tests compare with; without it they are skipped
+
+package_packages=(dpkg-dev file lintian man-db mandoc) # what makes Debian packages and looks at them
+docs_packages=(doxygen)
 
 install_mode=ask # ask, yes (--yes) or no (--no-install)
 
@@ -76,5 +79,25 @@ build_preset() { # PRESET [TARGET...]
     cmake --build --preset "$preset" -j "$(nproc)" "${targets[@]}") >"$log" 2>&1; then
     tail -n 30 "$log" >&2
     stop 1 "the build failed; log: $log"
+  fi
+}
+
+# Unpacks one file of a Debian package without installing it; kept in the build tree
+# as $picture.
+fetch_picture() { # PACKAGE FILE
+  local folder=$root/build/pictures scratch
+  picture=$folder/$2
+  [ -s "$picture" ] && return
+  say "Fetching $2 from the Debian package $1"
+  mkdir -p "$folder"
+  scratch=$(mktemp -d)
+  if (cd "$scratch" && apt-get download -qq "$1" >/dev/null 2>&1 &&
+    dpkg-deb --fsys-tarfile ./*.deb |
+    tar -xf - --wildcards --no-anchored --transform 's|.*/||' "*/$2" && [ -s "$2" ]); then
+    mv "$scratch/$2" "$picture"
+    rm -rf "$scratch"
+  else
+    rm -rf "$scratch"
+    stop 1 "cannot fetch $1 (offline, or apt-get update never ran); give a picture: scripts/demo photo.jpg"
   fi
 }

@@ -1,6 +1,5 @@
 #include "vxenhlib/base_detail_split.h"
 
-#include <algorithm>
 #include <cstring>
 
 #include "prim/arith.h"

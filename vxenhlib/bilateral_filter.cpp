@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <cstring>
 
-#include "prim/arith.h"
-#include "prim/vector.h"
 #include "vxenhlib/grid_splat.h"
 
 namespace vx {
@@ -60,7 +58,7 @@ int BilateralFilter::setupGrid(int width, int height, float newRangeMin, float n
 bool BilateralFilter::allocate() {
   const std::size_t cells = shape().cells();
   return valueGrid_.reserve(cells + kSpareCells) && blur_.reserve(shape()) &&
-         (temporal == 0 || historyGrid_.reserve(cells)) &&
+         (temporal == 0 || history_.reserve(shape())) &&
          rowSums_.reserve(shape().planeCells() + kSpareCells) &&
          bins_.reserve(static_cast<std::size_t>(std::max(imageWidth, 1)));
 }
@@ -69,7 +67,7 @@ void BilateralFilter::releaseGrid() {
   gridWidth = gridHeight = gridDepth = 0;
   valueGrid_.release();
   blur_.release();
-  historyGrid_.release();
+  history_.release();
   rowSums_.release();
   bins_.release();
   reader_ = GridReader();
@@ -143,20 +141,9 @@ void BilateralFilter::endSplat(float temporalBlend) {
   while (gridRow_ < gridHeight) flushGridRow();
   for (std::size_t i = 0; i < kSpareCells; ++i) valueGrid_[cells.cells() + i] = rowSums_[i].value;
 
-  if (temporal != 0) blendHistory(temporalBlend);
+  if (temporal != 0) history_.blend(valueGrid_.data(), cells, temporalBlend, firstFrame != 0);
   reader_.begin(valueGrid_.data(), cells, spatialSample, imageWidth,
                 gridAxis(rangeMin, rangeMax, rangeSample, kReadOffset, true));
-}
-
-void BilateralFilter::blendHistory(float temporalBlend) {
-  const std::size_t count = shape().cells();
-  if (firstFrame == 0) {
-    const float positive = temporalBlend > 0.0f ? temporalBlend : 0.0f;  // NaN becomes 0
-    const float share = positive < 1.0f ? positive : 1.0f;
-    for (std::size_t i = 0; i < count; ++i)
-      valueGrid_[i] = valueGrid_[i] * (1.0f - share) + historyGrid_[i] * share;
-  }
-  std::memcpy(historyGrid_.data(), valueGrid_.data(), count * sizeof(float));
 }
 
 }  // namespace vx

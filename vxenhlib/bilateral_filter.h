@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "vxenhlib/grid_history.h"
 #include "vxenhlib/grid_reader.h"
 #include "vxenhlib/grid_shape.h"
 #include "vxenhlib/sliding_blur.h"
@@ -46,8 +47,7 @@ class BilateralFilter {
   /// Fixes the geometry. Memory is kept when the grid keeps its size and the plane its own.
   ///
   /// @return kVxrcBadSetup for a spatialSample below 2, with nothing changed; kVxrcNoMemory when
-  /// the
-  ///   grid cannot be had, also for a range without cells: the sizes are 0 and filter() answers
+  ///   the grid cannot be had, also for a range without cells: the sizes are 0 and filter() answers
   ///   kVxrcSizeMismatch
   int setupGrid(int width, int height, float rangeMin, float rangeMax, int spatialSample,
                 float rangeSample, int temporal);
@@ -87,10 +87,9 @@ class BilateralFilter {
   GridShape shape() const { return {gridWidth, gridHeight, gridDepth}; }
   bool allocate();
   void flushGridRow();
-  void blendHistory(float temporalBlend);
 
   AlignedArray<float> valueGrid_;  // normalised
-  AlignedArray<float> historyGrid_;
+  GridHistory history_;
   AlignedArray<Sums> rowSums_;  // of the grid row being splatted, and of what bins reach beyond it
   AlignedArray<std::uint8_t> bins_;
   SlidingBlur blur_;

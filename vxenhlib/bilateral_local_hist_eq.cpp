@@ -69,8 +69,7 @@ int BilateralLocalHistEq::setupGrid(int width, int height, float newRangeMin, fl
 bool BilateralLocalHistEq::allocate() {
   const std::size_t cells = shape().cells();
   return histGrid_.reserve(cells + kSpareCells) && scratchGrid_.reserve(cells) &&
-         (temporal == 0 || historyGrid_.reserve(cells)) &&
-         rowCounts_.reserve(shape().planeCells()) &&
+         (temporal == 0 || history_.reserve(shape())) && rowCounts_.reserve(shape().planeCells()) &&
          bins_.reserve(static_cast<std::size_t>(std::max(imageWidth, 1))) &&
          emphasis_.reserve(static_cast<std::size_t>(gridDepth));
 }
@@ -79,7 +78,7 @@ void BilateralLocalHistEq::releaseGrid() {
   gridWidth = gridHeight = gridDepth = 0;
   histGrid_.release();
   scratchGrid_.release();
-  historyGrid_.release();
+  history_.release();
   rowCounts_.release();
   bins_.release();
   emphasis_.release();
@@ -168,20 +167,9 @@ void BilateralLocalHistEq::endCount(float strength, float temporalBlend, float n
     integrateHistograms(gridRow(y) + std::ptrdiff_t{kSpatialPad} * gridDepth,
                         gridWidth - 2 * kSpatialPad, gridDepth, scale);
   });
-  if (temporal != 0) blendHistory(temporalBlend);
+  if (temporal != 0) history_.blend(histGrid_.data(), cells, temporalBlend, firstFrame != 0);
   reader_.begin(histGrid_.data(), cells, spatialSample, imageWidth,
                 gridAxis(rangeMin, rangeMax, rangeSample, kReadOffset, false));
-}
-
-void BilateralLocalHistEq::blendHistory(float temporalBlend) {
-  const std::size_t count = shape().cells();
-  if (firstFrame == 0) {
-    const float positive = temporalBlend > 0.0f ? temporalBlend : 0.0f;  // NaN becomes 0
-    const float share = positive < 1.0f ? positive : 1.0f;
-    for (std::size_t i = 0; i < count; ++i)
-      histGrid_[i] = histGrid_[i] * (1.0f - share) + historyGrid_[i] * share;
-  }
-  std::memcpy(historyGrid_.data(), histGrid_.data(), count * sizeof(float));
 }
 
 }  // namespace vx

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "vxenhlib/grid_history.h"
 #include "vxenhlib/grid_reader.h"
 #include "vxenhlib/grid_shape.h"
 #include "vxenhlib/vxrc.h"
@@ -50,8 +51,7 @@ class BilateralLocalHistEq {
   /// Fixes the geometry and the form of the curves. Memory is kept as in BilateralFilter.
   ///
   /// @return kVxrcBadSetup for a spatialSample below 2, with nothing changed; kVxrcNoMemory when
-  /// the
-  ///   grid cannot be had: the sizes are 0 and equalize() answers kVxrcSizeMismatch
+  ///   the grid cannot be had: the sizes are 0 and equalize() answers kVxrcSizeMismatch
   int setupGrid(int width, int height, float rangeMin, float rangeMax, int spatialSample,
                 float rangeSample, float outLow, float outScale, float peakGain, float peakPosition,
                 int temporal);
@@ -90,11 +90,10 @@ class BilateralLocalHistEq {
   bool allocate();
   void flushGridRow();
   void fillEmphasis();
-  void blendHistory(float temporalBlend);
 
   AlignedArray<float> histGrid_;
   AlignedArray<float> scratchGrid_;
-  AlignedArray<float> historyGrid_;
+  GridHistory history_;
   AlignedArray<std::uint32_t> rowCounts_;  // of the grid row being counted
   AlignedArray<std::uint8_t> bins_;
   AlignedArray<float> emphasis_;

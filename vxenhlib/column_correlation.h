@@ -22,14 +22,15 @@ class ColumnCorrelation {
   void correlate(const PlaneView& plane, int x, int y);
 
   /// The sum of position (u, v) is sums(u)[v].
-  const float* sums(int u) const { return sums_.data() + u * pitch_; }
+  const float* sums(int u) const { return sums_.data() + u * sumsPitch_; }
 
  private:
   int blockWidth_ = 0;
   int blockHeight_ = 0;
   int columns_ = 0;  // of positions
   int rows_ = 0;     // of positions
-  std::ptrdiff_t pitch_ = 0;
+  std::ptrdiff_t regionPitch_ = 0;
+  std::ptrdiff_t sumsPitch_ = 0;
   // All of them column by column, so that the rows of positions lie in vectors.
   AlignedArray<float> region_;
   AlignedArray<float> block_;

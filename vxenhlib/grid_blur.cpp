@@ -21,7 +21,8 @@ void blurGrid(float* grid, float* scratch, const GridShape& shape) {
   parallelFor(0, shape.height, [&](int y) {
     float* from = planeOf(grid, y) + inner;
     replicateBorder_32f(from, step, columns, rows, 1, 1, 1, 1);
-    prim::primFilterGauss_32f_C1R(from, step, planeOf(scratch, y) + inner, step, columns, rows, 33);
+    prim::primFilterGauss_32f_C1R(from, step, planeOf(scratch, y) + inner, step, columns, rows,
+                                  prim::kMask33);
   });
   const auto copyPlane = [&](int from, int to) {
     std::memcpy(planeOf(scratch, to), planeOf(scratch, from), plane * sizeof(float));

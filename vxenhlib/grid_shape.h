@@ -42,10 +42,10 @@ struct GridShape {
 GridShape gridShape(int width, int height, float rangeMin, float rangeMax, int spatialSample,
                     float rangeSample, int deepest);
 
-/// The value axis of a grid: coordinate = (value - rangeMin) * ((rangeMax - rangeMin) /
-/// rangeSample)
-/// + offset. The factor is the span over the step, not one over the step: for a span other than 1
-/// the coordinates stretch by the span.
+/// The value axis of a grid:
+/// coordinate = (value - rangeMin) * ((rangeMax - rangeMin) / rangeSample) + offset. The factor is
+/// the span over the step, not one over the step: for a span other than 1 the coordinates stretch
+/// by the span.
 prim::GridAxis gridAxis(float rangeMin, float rangeMax, float rangeSample, float offset, bool clip);
 
 /// Where each image column falls in a grid: with fx = 1.5 + x / spatialSample, the index of the

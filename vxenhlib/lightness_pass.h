@@ -1,19 +1,16 @@
 #pragma once
 
-#include <vector>
-
-#include "vxenhlib/base_detail_split.h"
 #include "vxenhlib/bilateral_local_hist_eq.h"
-#include "vxenhlib/detail_curve.h"
+#include "vxenhlib/detail_layer.h"
 #include "vxenhlib/lightness_tone.h"
+#include "vxenhlib/tone_curve.h"
 
 namespace vx {
 
 /// One plane on its way through LightnessTone. A histogram, a splat or a maximum over the whole
 /// plane ends a pass; everything between two of them is done band by band, so that the stage around
 /// it can join the ends: collect() for rows as they become ready, from the top down, then
-/// process(), then finish() for rows in any order and
-/// by several threads at a time.
+/// process(), then finish() for rows in any order and by several threads at a time.
 class LightnessPass {
  public:
   /// The plane must stay where it is. Memory of an earlier plane is used again.
@@ -24,8 +21,6 @@ class LightnessPass {
   void finish(int y, int count, int slot);
 
  private:
-  void startSplit();
-
   LightnessTone tone_;
   PlaneView plane_;
   int rows_ = 1;
@@ -34,11 +29,7 @@ class LightnessPass {
   bool useDetail_ = false;
   PowerCurve gammaCurve_{0.0f, 1.0f};
   BilateralLocalHistEq eq_;
-  AlignedArray<float> baseMemory_;
-  PlaneView base_;
-  BaseDetailSplit split_;
-  DetailCurve detailCurve_;
-  PerSlot<float> magnitudes_;  // one row
+  DetailLayer detail_;
 };
 
 }  // namespace vx

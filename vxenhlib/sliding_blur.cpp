@@ -10,7 +10,11 @@ namespace vx {
 bool SlidingBlur::reserve(const GridShape& shape) {
   shape_ = shape;
   stride_ = (shape.planeCells() + 15) / 16 * 16;
-  return planes_.reserve(2 * (kRaw + kBlurred) * stride_);
+  if (!planes_.reserve(2 * (kRaw + kBlurred) * stride_)) return false;
+  // The blur writes the inner cells alone; joinAndDivide() runs over the rims too, then replaces
+  // what it made there.
+  std::fill(planes_.data(), planes_.data() + planes_.size(), 0.0f);
+  return true;
 }
 
 void SlidingBlur::release() { planes_.release(); }

@@ -1,24 +1,12 @@
 #include "vxenhlib/tone_curve.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "prim/lut.h"
 #include "prim/stats.h"
 
 namespace vx {
-namespace {
-
-bool anyComparable(const PlaneView& rows) {
-  for (int y = 0; y < rows.height; ++y) {
-    const float* row = rows.row(y);
-    for (int x = 0; x < rows.width; ++x)
-      if (row[x] == row[x]) return true;
-  }
-  return false;
-}
-
-}  // namespace
-
 PowerCurve::PowerCurve(float top, float exponent) {
   for (int i = 0; i < kPoints; ++i) {
     const auto step = static_cast<float>(i);
@@ -34,17 +22,8 @@ void PowerCurve::apply(const PlaneView& rows) const {
 
 void Peak::add(const PlaneView& rows) {
   float largest = 0.0f;
-  if (prim::primMax_32f_C1R(rows.data, rows.step, rows.width, rows.height, &largest) != 0) return;
-  // 0 also stands for rows of nothing but NaN.
-  if (largest == 0.0f && !anyComparable(rows)) return;
-  if (!any_ || largest > largest_) largest_ = largest;
-  any_ = true;
-}
-
-void Peak::add(const Peak& other) {
-  if (!other.any_) return;
-  if (!any_ || other.largest_ > largest_) largest_ = other.largest_;
-  any_ = true;
+  if (prim::primMax_32f_C1R(rows.data, rows.step, rows.width, rows.height, &largest) == 0)
+    value_ = std::max(value_, largest);
 }
 
 }  // namespace vx

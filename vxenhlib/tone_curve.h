@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+
 #include "vxenhlib/plane_view.h"
 
 namespace vx {
@@ -18,19 +20,17 @@ class PowerCurve {
   float values_[kPoints];
 };
 
-/// The largest value of a plane that is met in parts; NaN never wins.
+/// The largest value of a plane that is met in parts, but not below 0: a curve that ends there or
+/// below changes nothing. NaN never wins.
 class Peak {
  public:
   void add(const PlaneView& rows);
-  void add(const Peak& other);
+  void add(const Peak& other) { value_ = std::max(value_, other.value_); }
 
-  bool any() const { return any_; }
-  /// The largest value so far; 0 when nothing comparable was met.
-  float value() const { return any_ ? largest_ : 0.0f; }
+  float value() const { return value_; }
 
  private:
-  bool any_ = false;
-  float largest_ = 0.0f;
+  float value_ = 0.0f;
 };
 
 }  // namespace vx

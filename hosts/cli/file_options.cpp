@@ -31,7 +31,8 @@ std::string wrapped(std::string_view text, std::size_t width) {
 
 void addInputOptions(CLI::App& app, FileOptions& options) {
   app.add_option("IN", options.inputs,
-                 help("Pictures (JPEG, PNG, TIFF, WebP), or folders whose pictures are taken"));
+                 help("Pictures (JPEG, PNG, TIFF, WebP), or folders whose pictures are taken"))
+      ->option_text("...");
   app.add_option("--max-megapixels", options.maxMegapixels,
                  help("Refuse larger pictures; default 500. Up to 29 bytes of memory per pixel are "
                       "needed at 8 bits"))
@@ -52,14 +53,13 @@ void addOutputOptions(CLI::App& app, FileOptions& options) {
       ->option_text("TEXT")
       ->group(kFiles);
   app.add_option("--format", options.format,
-                 help("jpeg, png, tiff or webp; default by the extension of OUT, else as the "
-                      "picture"))
-      ->option_text("NAME")
+                 help("Of the results; default by the extension of OUT, else as the picture"))
+      ->option_text("jpeg|png|tiff|webp")
       ->group(kFiles);
   app.add_option("--depth", options.depth,
-                 help("Bits per sample of the result, 8 or 16; default as the picture (JPEG and "
-                      "WebP hold 8)"))
-      ->option_text("BITS")
+                 help("Bits per sample of the result; default as the picture (JPEG and WebP hold "
+                      "8)"))
+      ->option_text("8|16")
       ->check(CLI::IsMember({8, 16}))
       ->group(kFiles);
   app.add_option("--quality", options.quality, help("Of JPEG and WebP, 1 to 100; default 92"))

@@ -21,7 +21,7 @@ GLogWriterOutput dropLog(GLogLevelFlags, const GLogField*, gsize, gpointer) {
   return G_LOG_WRITER_HANDLED;
 }
 
-// --help-all is what the manual page is made of: it has groups at the margin become its headings.
+// --help-all has the groups of each command at the margin, as the command's own help has them.
 class HelpFormatter : public CLI::Formatter {
  public:
   std::string make_expanded(const CLI::App* command) const override {

@@ -55,8 +55,9 @@ void UnblockStrip::run(int first, int last) {
   first_ = first;
   last_ = last;
   const bool vertical = plan_.coding.vFactor == 2;
-  // With a vertical filter a row needs the MCUs below it, and those above only for their last rows.
-  const int begin = vertical ? first - 30 : first - 7;
+  // With a vertical filter the first row of an MCU needs the one above it, and the last row the one
+  // below.
+  const int begin = vertical ? first - 16 : first - 7;
   const int lag = vertical ? 1 : 0;
   std::fill_n(sums_.data,
               static_cast<std::size_t>(sums_.step) / 2 * static_cast<std::size_t>(sums_.height),

@@ -18,7 +18,7 @@
 namespace vx {
 namespace {
 
-// Strips repeat the work of seven rows (thirty with vertical subsampling) at their tops, so they
+// Strips repeat the work of seven rows (sixteen with vertical subsampling) at their tops, so they
 // are as high as a fair division among the threads allows.
 int stripCount(const UnblockPixels& pixels, int threads) {
   if (threads == 1 || pixels.rowsOverlap()) return 1;

@@ -71,6 +71,15 @@ TEST(AdjustMemory, everyFailingAllocationIsSurvived) {
   }
 }
 
+TEST(AdjustMemory, onePieceWithoutMemoryStaysAndItsFormatIsLookedAtFirst) {
+  Picture p(1, 40, 30), before(p);
+  for (const auto& [format, result] : {std::pair(1, 1), {2, -2}}) {
+    const Heap heap(0);
+    EXPECT_EQ(adjust(p.bytes.data(), format, p.step, 40, 30, kBrighter), result);
+    EXPECT_TRUE(p.bytes == before.bytes);
+  }
+}
+
 TEST(AdjustMemory, exceptionsOfCallbacksPassWithEverythingReleased) {
   Picture before(1, 2400, 20);
   before.randomise(8, 255);

@@ -34,8 +34,10 @@ TEST(ToneSettings, sharpeningBlurFollowsAmountAndPreview) {
 
 TEST(ToneSettings, radiiTruncateTwiceAndKeepSixPixels) {
   const std::tuple<float, int, int> cases[] = {
-      {3.9f, 1, 6},     {100.0f, 4, 25}, {7.5f, 1, 7}, {15.9f, 2, 7}, {-50.0f, 1, 6},
-      {-50.0f, -1, 50}, {100.0f, 0, 6},  {0.0f, 0, 6}, {kNaN, 1, 6},  {1e30f, 1, INT_MAX}};
+      {3.9f, 1, 6},   {100.0f, 4, 25},     {7.5f, 1, 7},    {15.9f, 2, 7},
+      {-50.0f, 1, 6}, {-50.0f, -1, 50},    {100.0f, 0, 6},  {0.0f, 0, 6},
+      {kNaN, 1, 6},   {1e30f, 1, INT_MAX}, {574.0f, 41, 13}};  // times 1 / 41 in single precision;
+                                                               // divided it would be 14
   for (const auto& [pixels, previewScale, radius] : cases) {
     const auto tone = derive({.previewScale = previewScale, .lumaEqRadius = pixels});
     EXPECT_EQ(tone.lightness.eqSample, radius) << pixels << " " << previewScale;
@@ -57,37 +59,31 @@ TEST(ToneSettings, equalisationAmountSetsStrengthAndClip) {
 
 // Different values everywhere, so that no two fields can be exchanged unseen.
 TEST(ToneSettings, everyOtherFieldHasItsSource) {
+  using S = AdjustSettings;
+  using L = vx::LightnessTone;
+  using T = vx::SaturationTone;
+  constexpr std::pair<float S::*, float L::*> kLightness[] = {
+      {&S::lumaEqPeakGain, &L::eqPeakGain},   {&S::lumaGamma, &L::gamma},
+      {&S::lumaEqTopCut, &L::eqTopCut},       {&S::lumaEqFloor, &L::eqFloor},
+      {&S::lumaDetailRange, &L::detailRange}, {&S::lumaDetailGain, &L::detailGain},
+      {&S::lumaDetailGamma, &L::detailGamma}};
+  constexpr std::pair<float S::*, float T::*> kSaturation[] = {{&S::satEqAmount, &T::eqStrength},
+                                                               {&S::satContrast, &T::contrast},
+                                                               {&S::satGamma, &T::gamma}};
+  S settings{
+      .lumaEqRadius = 21.0f, .lumaDetailRadius = 22.0f, .satEqRadius = 23.0f, .hueShift = 11.5f};
+  float value = 20.5f;
+  for (const auto& [from, to] : kLightness) settings.*from = value += 1.0f;
+  for (const auto& [from, to] : kSaturation) settings.*from = value += 1.0f;
   AdjustToneStage tone;
   tone.saturation.eqBlend = 0.77f;
-  vx::deriveToneSettings({.lumaEqRadius = 21.0f,
-                          .lumaEqPeakGain = 1.5f,
-                          .lumaGamma = 2.5f,
-                          .lumaEqTopCut = 3.5f,
-                          .lumaEqFloor = 4.5f,
-                          .lumaDetailRange = 5.5f,
-                          .lumaDetailRadius = 22.0f,
-                          .lumaDetailGamma = 6.5f,
-                          .lumaDetailGain = 7.5f,
-                          .satEqAmount = 8.5f,
-                          .satEqRadius = 23.0f,
-                          .satContrast = 9.5f,
-                          .satGamma = 10.5f,
-                          .hueShift = 11.5f},
-                         tone);
+  vx::deriveToneSettings(settings, tone);
+  for (const auto& [from, to] : kLightness) EXPECT_EQ(tone.lightness.*to, settings.*from);
+  for (const auto& [from, to] : kSaturation) EXPECT_EQ(tone.saturation.*to, settings.*from);
   EXPECT_EQ(tone.hueShift, 11.5f);
   EXPECT_EQ(tone.lightness.eqSample, 21);
   EXPECT_EQ(tone.lightness.detailSample, 22);
   EXPECT_EQ(tone.saturation.eqSample, 23);
-  EXPECT_EQ(tone.lightness.eqPeakGain, 1.5f);
-  EXPECT_EQ(tone.lightness.gamma, 2.5f);
-  EXPECT_EQ(tone.lightness.eqTopCut, 3.5f);
-  EXPECT_EQ(tone.lightness.eqFloor, 4.5f);
-  EXPECT_EQ(tone.lightness.detailRange, 5.5f);
-  EXPECT_EQ(tone.lightness.detailGamma, 6.5f);
-  EXPECT_EQ(tone.lightness.detailGain, 7.5f);
-  EXPECT_EQ(tone.saturation.eqStrength, 8.5f);
-  EXPECT_EQ(tone.saturation.contrast, 9.5f);
-  EXPECT_EQ(tone.saturation.gamma, 10.5f);
   EXPECT_EQ(tone.saturation.eqBlend, 0.77f) << "not for the settings to decide";
 }
 

@@ -16,7 +16,7 @@ namespace {
 
 using namespace vx::test;
 
-// All different, so that no two can be exchanged unseen.
+// All different, so that no two can be exchanged unseen. The last one has no effect.
 const vx::EdgeSettings kStrong = {.baseGain = 1.5,
                                   .rangeFloor = 0.02,
                                   .blurSigmaX = 1.4,
@@ -29,7 +29,7 @@ const vx::EdgeSettings kStrong = {.baseGain = 1.5,
                                   .alignSigmaX = 2.5,
                                   .alignSigmaY = 1.6,
                                   .alignThreshold = 0.03,
-                                  .edgeReserved = 0};
+                                  .edgeReserved = 5};
 
 int enhance(Picture& p, const vx::EdgeSettings& settings = kStrong) {
   return vx::enhanceEdges(deep(p.format), p.bytes.data(), deep(p.format) ? p.step / 2 : p.step,

@@ -44,15 +44,18 @@ TEST(GaussKernel7, isTheRoundedGaussianOfTheSigmaTruncatedAndLimited) {
   }
   for (const float low : {0.3f, std::nanf(""), -1e30f})
     EXPECT_EQ(vx::gaussKernel7(low), vx::gaussKernel7(0.54f));
+  // Truncated in single precision: in double each of these takes the row beside it.
+  for (const auto& [sigma, same] : {std::pair{0.74f, 0.7f}, {2.04f, 2.1f}, {2.34f, 2.4f}})
+    EXPECT_EQ(vx::gaussKernel7(sigma), vx::gaussKernel7(same)) << sigma;
   EXPECT_EQ(vx::gaussKernel7(1e30f), vx::gaussKernel7(2.5f));
 }
 
 // Images without seven columns or rows have no pixel outside the frame.
 TEST(EnhanceLuma, followsTheOneLineFormula) {
   const std::tuple<int, int, float, float, float> cases[] = {
-      {61, 37, 1.5f, 1.5f, 1000.0f}, {61, 37, 0.8f, 0.3f, 0.4f}, {61, 37, 0.2f, 1.1f, 99.0f},
-      {6, 9, 1.5f, 1.5f, 1000.0f},   {7, 8, 1.5f, 1.5f, 0.0f},   {40, 5, 1.5f, 1.5f, 1000.0f},
-      {1, 1, 1.5f, 1.5f, 1000.0f}};
+      {61, 37, 1.5f, 1.5f, 1000.0f}, {61, 37, 0.8f, 0.3f, 0.4f},  {61, 37, 0.2f, 1.1f, 99.0f},
+      {21, 17, 0.3f, 0.4f, 1000.0f}, {6, 9, 1.5f, 1.5f, 1000.0f}, {7, 8, 1.5f, 1.5f, 0.0f},
+      {40, 5, 1.5f, 1.5f, 1000.0f},  {1, 1, 1.5f, 1.5f, 1000.0f}};
   for (const auto& [w, h, sx, sy, gainLimit] : cases) {
     EdgePlane input(w, h), output;
     fill(input, 1, 1.0f);
@@ -131,22 +134,32 @@ TEST(EnhEdge, resultsDoNotDependOnTheTiles) {
   }
 }
 
-// With both sigmas at 0.45 or less and gains of at most 1 the stage does not run, although a gain
-// below 1 would have had an effect.
-TEST(EnhEdge, gatesAreStrict) {
-  EdgePlane Y(30, 30), U(30, 30), V(30, 30), start(30, 30);
-  fill(Y, 5);
-  fill(U, 6);
-  fill(V, 7);
-  copyImage(Y, start);
-  EnhEdge edge = {0.45f, 0.45f, 0.01f, 1.0, 1.0};
-  edge.baseGain = 0.5f;
-  edge.adaptiveGain = 1.0f;
-  edge.enhanceAll(Y, U, V);
-  EXPECT_TRUE(sameBits(Y, start));
-  edge.blurSigmaX = 0.4501f;
-  edge.enhanceAll(Y, U, V);
-  EXPECT_FALSE(sameBits(Y, start));
+// At their limits the settings of the luminance stage would have an effect, but do not run it.
+TEST(EnhEdge, eachGateIsStrictAndOpensByItself) {
+  const auto changes = [](const auto& set) {
+    EdgePlane planes[3], start(30, 30);
+    fill(start, 5);
+    for (EdgePlane& plane : planes) {
+      plane.resize(30, 30);
+      copyImage(start, plane);
+    }
+    EnhEdge edge = {0.45f, 0.45f, 0.01f, 1.0, 1.0};
+    edge.baseGain = edge.adaptiveGain = 1.0f;
+    edge.chromaBlurX = edge.chromaBlurY = edge.alignSigmaX = edge.alignSigmaY = 0.4f;
+    set(edge);
+    edge.enhanceAll(planes[0], planes[1], planes[2]);
+    return std::pair<bool, bool>(!sameBits(start, planes[0]), !sameBits(start, planes[1]));
+  };
+  EXPECT_EQ(changes([](EnhEdge&) {}), std::pair(false, false));
+  for (const auto field :
+       {&EnhEdge::baseGain, &EnhEdge::adaptiveGain, &EnhEdge::blurSigmaX, &EnhEdge::blurSigmaY})
+    EXPECT_EQ(changes([&](EnhEdge& e) { e.*field = std::nextafter(e.*field, 2.0f); }),
+              std::pair(true, false));
+  for (const auto field :
+       {&EnhEdge::chromaBlurX, &EnhEdge::chromaBlurY, &EnhEdge::alignSigmaX, &EnhEdge::alignSigmaY})
+    EXPECT_EQ(changes([&](EnhEdge& e) { e.*field = 0.6f; }), std::pair(false, true));
+  for (const auto field : {&EnhEdge::chromaShiftX, &EnhEdge::chromaShiftY})
+    EXPECT_EQ(changes([&](EnhEdge& e) { e.*field = -1; }), std::pair(false, true));
 }
 
 TEST(BlurChroma, filtersTheInsideAndKeepsTheEdges) {
@@ -199,19 +212,25 @@ TEST(AlignChroma, takesWhatASlowSearchFinds) {
   overPixels(Y, [&](int x, int y) { Y.row(y)[x] = std::round(Y.row(y)[x] * 8) / 8; });
   fill(U, 22);
   fill(V, 23);
-  for (const auto& [sx, sy] : {std::pair{2.0f, 2.0f}, {2.0f, 0.0f}, {6.7f, 1.0f}, {0.5f, 0.5f}}) {
+  // In double 2.6 and 3.6 would have the radii 2 and 3. A threshold of 0 holds nothing back.
+  const std::tuple<float, float, float> cases[] = {{2.0f, 2.0f, 0.03f},
+                                                   {2.0f, 0.0f, 0.03f},
+                                                   {6.7f, 1.0f, 0.03f},
+                                                   {0.5f, 0.5f, 0.03f},
+                                                   {2.6f, 3.6f, 0.0f}};
+  for (const auto& [sx, sy, threshold] : cases) {
     EnhEdge edge = neutral();
-    edge.alignChroma({sx, sy, 0.03f}, Y, U, V, outU, outV);
+    edge.alignChroma({sx, sy, threshold}, Y, U, V, outU, outV);
     copyImage(Y, blurredY);
     edge.blurChroma(blurredY, sx, sy);
     const int rx = std::min(6, static_cast<int>(sx + 0.4f));
     const int ry = std::min(6, static_cast<int>(sy + 0.4f));
-    overPixels(Y, [&, sx = sx](int x, int y) {
+    overPixels(Y, [&, sx = sx, threshold = threshold](int x, int y) {
       int bestX = x, bestY = y;
       float best = 1e9f;
       const float mine = Y.row(y)[x];
       if (x >= rx && y >= ry && x < 40 - rx && y < 33 - ry && rx + ry > 0 &&
-          !(std::fabs(blurredY.row(y)[x] - mine) < 0.03f)) {
+          !(std::fabs(blurredY.row(y)[x] - mine) < threshold)) {
         for (int j = -ry; j <= ry; ++j)
           for (int i = -rx; i <= rx; ++i) {
             const auto weight =

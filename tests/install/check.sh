@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Installs a build tree into a scratch prefix and uses it as strangers do: through pkg-config and through
-# find_package, from C99 and from C++17; then looks at the symbols and at what came with the program.
+# Installs a build tree as strangers do and uses what came of it: a prefix, the same prefix moved elsewhere,
+# and files staged under DESTDIR; then looks at the symbols and at what came with the program.
 # usage: check.sh BUILD_TREE SCRATCH
 set -euo pipefail
 build=$(realpath "$1") scratch=$(realpath -m "$2")
@@ -8,33 +8,30 @@ here=$(cd "$(dirname "$0")" && pwd)
 rm -rf "$scratch"
 prefix=$scratch/prefix
 cmake --install "$build" --prefix "$prefix"
-library=$(find "$prefix" -name libvxicore26.so)
-folder=$(dirname "$library")
-export LD_LIBRARY_PATH=$folder PKG_CONFIG_PATH=$folder/pkgconfig
+"$here/consumers.sh" "$prefix" "$scratch/consumers"
 
-echo "pkg-config, C99 and C++17"
-# shellcheck disable=SC2046
-cc -std=c99 -Wall -Wextra -pedantic -Werror "$here/consumer.c" $(pkg-config --cflags --libs vxicore26) -o "$scratch/c99"
-# shellcheck disable=SC2046
-c++ -std=c++17 -Wall -Wextra -pedantic -Werror -x c++ "$here/consumer.c" $(pkg-config --cflags --libs vxicore26) -o "$scratch/cpp17"
-"$scratch/c99"
-"$scratch/cpp17"
+echo "moved"
+mv "$prefix" "$scratch/moved"
+prefix=$scratch/moved
+"$here/consumers.sh" "$prefix" "$scratch/consumers"
 
-echo "find_package"
-cmake -S "$here" -B "$scratch/consumer" -DCMAKE_PREFIX_PATH="$prefix" >/dev/null
-cmake --build "$scratch/consumer"
-"$scratch/consumer/consumer"
+echo "DESTDIR"
+DESTDIR=$scratch/stage cmake --install "$build" --prefix /opt/vxicore >/dev/null
+diff <(cd "$prefix" && find . -type f -o -type l | LC_ALL=C sort) \
+  <(cd "$scratch/stage/opt/vxicore" && find . -type f -o -type l | LC_ALL=C sort)
+"$here/consumers.sh" "$scratch/stage/opt/vxicore" "$scratch/consumers"
 
 echo "symbols"
-nm -D --defined-only "$library" | awk '$2 == "T" { sub(/@.*/, "", $3); print $3 }' | LC_ALL=C sort >"$scratch/symbols"
+nm -D --defined-only "$(find "$prefix" -name libvxicore26.so)" |
+  awk '$2 == "T" { sub(/@.*/, "", $3); print $3 }' | LC_ALL=C sort >"$scratch/symbols"
 printf '%s\n' setDebugTrace vxAdjustRgb vxDenoiseEstNoise vxSetupLib vxUnblock vxYUVEdgeRGB | diff "$scratch/symbols" -
 
 if [ -x "$build/vxicore" ]; then
   echo "program"
-  unset LD_LIBRARY_PATH
   "$prefix/bin/vxicore" --version
   "$prefix/bin/vxicore" adjust --preset vivid --save-preset "$scratch/vivid.toml"
-  test -s "$prefix/share/bash-completion/completions/vxicore"
-  ! command -v help2man >/dev/null || test -s "$prefix/share/man/man1/vxicore.1"
+  test -s "$prefix/share/man/man1/vxicore.1"
+  "$here/check_manual.sh" "$prefix/bin/vxicore" "$prefix/share/man/man1/vxicore.1" \
+    "$prefix/share/bash-completion/completions/vxicore"
 fi
 echo "installed well"

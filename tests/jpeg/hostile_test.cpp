@@ -4,9 +4,7 @@
 
 #include <algorithm>
 #include <functional>
-#include <numeric>
 
-#include "jpeg/tables.h"
 #include "tests/jpeg/pictures.h"
 
 namespace {
@@ -210,17 +208,6 @@ TEST(Hostile, codesHaveTheirTexts) {
   EXPECT_STREQ(jpegErrorText(-99), "Reserved");
   for (const int code : {3, -31, -98, -100, 1 << 30})
     EXPECT_STREQ(jpegErrorText(code), "Unknown error code");
-}
-
-TEST(QuantTables, followTheQuality) {
-  EXPECT_EQ(jpegQuantTable(false, 50)[0], 16);
-  EXPECT_EQ(jpegQuantTable(true, 50), jpegQuantTable(true, 0));
-  EXPECT_EQ(jpegQuantTable(false, 15)[0], 53);
-  EXPECT_EQ(jpegQuantTable(true, 1)[63], 255);
-  for (const int quality : {100, 101, 255}) {
-    const JpegQuantTable table = jpegQuantTable(false, quality);
-    EXPECT_EQ(std::accumulate(table.begin(), table.end(), 0), 64);
-  }
 }
 
 }  // namespace

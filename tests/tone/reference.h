@@ -18,10 +18,14 @@ void referenceFilter(Plane& data, const Plane& guide, const Range& range, int sp
 
 struct EqSettings {
   float outLow, outScale, peakGain, peakPosition, strength, clipScale;
+  float rangeStep = 0.01f;
 };
 
-/// BilateralLocalHistEq::equalize with 0.01 per bin over 0 to 1.
+/// BilateralLocalHistEq::equalize over 0 to 1.
 void referenceEqualize(Plane& image, int spatialSample, const EqSettings& settings);
+
+/// LightnessTone::splitBaseDetail.
+void referenceSplit(Plane& plane, Plane& detail, float rangeStep, int spatialSample);
 
 void referenceUnsharp(Plane& plane, float amount, float sigma);
 void referenceStage(IMG3<float>& image, const AdjustToneStage& stage);

@@ -51,18 +51,6 @@ void reshapeDetail(Plane& d, float exponent) {
   each(d, [&](float v, int x, int y) { return v * at(m, x, y); });
 }
 
-void split(Plane& plane, Plane& detail, float r, int s) {
-  Plane guide(plane.width, plane.height);
-  copyImage(plane, detail);
-  copyImage(plane, guide);
-  if (r >= 0.05f) {
-    referenceFilter(guide, plane, {0.0f, 1.0f, r}, s);
-    r *= 0.25f;
-  }
-  referenceFilter(plane, guide, {0.0f, 1.0f, r}, s);
-  subtract(detail, plane);
-}
-
 void lightness(Plane& plane, const LightnessTone& tone) {
   if (tone.eqStrength > 0.01f && tone.eqSample > 3)
     referenceEqualize(
@@ -71,7 +59,7 @@ void lightness(Plane& plane, const LightnessTone& tone) {
   const bool useDetail = tone.detailRange > 0.0001f && (differs(tone.detailGain, 1.0f, 1e-5f) ||
                                                         differs(tone.detailGamma, 1.0f, 1e-4f));
   Plane d(plane.width, plane.height);
-  if (useDetail) split(plane, d, tone.detailRange, tone.detailSample);
+  if (useDetail) referenceSplit(plane, d, tone.detailRange, tone.detailSample);
   const float gamma = tone.gamma;
   if (std::fabs(gamma) > 0.0001f)
     applyCurve(plane, 1.001f, gamma <= 0.0f ? 1.0f - gamma : (4.5f - gamma) / 4.5f);
@@ -96,7 +84,7 @@ void saturationCurve(Plane& plane, const SaturationTone& tone) {
   }
   Plane d(plane.width, plane.height);
   const bool useDetail = tone.detailRange > 0.0001f;
-  if (useDetail) split(plane, d, tone.detailRange, tone.detailSample);
+  if (useDetail) referenceSplit(plane, d, tone.detailRange, tone.detailSample);
   using Points = std::array<float, 5>;
   const float left = (kl - 0.5f), right = (0.5f - kh);
   const Points levels =
@@ -129,6 +117,18 @@ void saturation(Plane& plane, const SaturationTone& tone) {
 }
 
 }  // namespace
+
+void referenceSplit(Plane& plane, Plane& detail, float r, int s) {
+  Plane guide(plane.width, plane.height);
+  copyImage(plane, detail);
+  copyImage(plane, guide);
+  if (r >= 0.05f) {
+    referenceFilter(guide, plane, {0.0f, 1.0f, r}, s);
+    r *= 0.25f;
+  }
+  referenceFilter(plane, guide, {0.0f, 1.0f, r}, s);
+  subtract(detail, plane);
+}
 
 void referenceUnsharp(Plane& plane, float amount, float sigma) {
   if (!differs(amount, 1.0f, 0.001f) || !(sigma > 0.4f)) return;

@@ -35,6 +35,11 @@ const StageCase kCases[] = {
     {"detail removed", [](Stage& s) { s.lightness.detailGain = s.lightness.gamma = 0.0f; }},
     {"no split", [](Stage& s) { s.lightness.detailRange = 0, s.lightness.gamma = -0.6f; }},
     {"nothing on lightness", [](Stage& s) { s.lightness = {}, s.lightness.gamma = 0.0f; }},
+    {"strengths of zero",
+     [](Stage& s) {
+       s.sharpenAmount = s.lightness.detailGamma = s.saturation.contrast = s.saturation.gamma = 0;
+     }},
+    {"not sharpened, not clipped", [](Stage& s) { s.sharpenAmount = 1; }},
     {"softened", [](Stage& s) { s.sharpenAmount = 0.2f, s.sharpenSigma = 3.0f; }},
     {"hue back", [](Stage& s) { s.hueShift = -0.7f; }},
     {"hue beyond a turn", [](Stage& s) { s.hueShift = 1.3f; }},
@@ -48,8 +53,10 @@ TEST(ToneStage, bandsAndThreadsGiveTheBitsOfWholePlanePasses) {
   for (const auto& [name, change, w, h] : kCases) {
     IMG3<float> image(w, h), expected(w, h), actual(w, h);
     fill(image, 11);
-    if (w > 50)  // grey: no saturation, no hue
-      for (int i = 0; i < 3 * w; ++i) image.row(7)[i] = static_cast<float>(i / 3) / 127.0f;
+    for (int i = 0; w > 50 && i < 3 * w; ++i) {
+      image.row(7)[i] = static_cast<float>(i / 3) / 127.0f;  // grey: no saturation, no hue
+      image.row(9)[i] = 2.2f * image.row(9)[i] - 0.4f;       // beyond the range
+    }
     copyImage(image, expected);
     Stage stage = fullSetting();
     change(stage);
@@ -89,7 +96,17 @@ TEST(ToneStage, stepsBeginAtTheirThresholds) {
       {"contrast", [](Stage& s, float v) { s.saturation.contrast = v; }, 1.00009f, 1.00011f},
       {"gamma", [](Stage& s, float v) { s.saturation.gamma = v; }, 1.00009f, 1.00011f},
       {"curve", [](Stage& s, float v) { s.saturation = {}, s.saturation.detailGain = v; }, 1.0f,
-       1.00002f}};
+       1.00002f},
+      {"its slope", [](Stage& s, float v) { s.saturation = {}, s.saturation.contrast = v; },
+       1.000009f, 1.000012f},
+      {"its gamma", [](Stage& s, float v) { s.saturation = {}, s.saturation.gamma = v; }, 1.00009f,
+       1.00011f},
+      {"that of its detail", [](Stage& s, float v) { reshape(s.saturation, 1, 1.2f, 0, 0.1f, v); },
+       1.0009f, 1.0011f},
+      {"of logarithms",
+       [](Stage& s, float v) { s.saturation = {}, reshape(s.saturation, 2, 1, v, 0, 1); }, 0.9e-5f,
+       1.1e-5f}};
+  const Threads one(1);
   for (const auto& [name, set, out, in] : thresholds)
     for (const float value : {out, in}) {
       IMG3<float> actual(40, 30), expected(40, 30);
@@ -103,9 +120,28 @@ TEST(ToneStage, stepsBeginAtTheirThresholds) {
     }
 }
 
+TEST(ToneStage, toolsSplitAPlaneAsTheStageDoes) {
+  for (const float range : {0.05f, 0.0499f}) {
+    Plane base(60, 41), detail(60, 41);
+    fill(base, 17);
+    referenceSplit(base, detail, range, 9);
+    const auto expectSplit = [&](auto tone) {
+      Plane plane(60, 41), rest(60, 41);
+      fill(plane, 17);
+      tone.detailRange = range;
+      tone.detailSample = 9;
+      tone.splitBaseDetail(plane, rest);
+      EXPECT_TRUE(sameBits(base, plane)) << range;
+      EXPECT_TRUE(sameBits(detail, rest)) << range;
+    };
+    expectSplit(LightnessTone());
+    expectSplit(SaturationTone());
+  }
+}
+
 TEST(Unsharp, bandsGiveTheBitsOfWholePlanePasses) {
   for (const auto& [w, h, sigma] :
-       {std::tuple{53, 41, 1.1f}, {1, 9, 1.1f}, {9, 1, 0.41f}, {30, 20, 0.4f}}) {
+       {std::tuple{53, 41, 1.1f}, {1, 9, 1.1f}, {9, 1, 0.4001f}, {30, 20, 0.4f}}) {
     Plane expected(w, h), actual(w, h);
     fill(expected, 16);
     referenceUnsharp(expected, 1.7f, sigma);

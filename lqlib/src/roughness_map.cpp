@@ -1,10 +1,11 @@
+#include "lqlib/src/roughness_map.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <vector>
 
 #include "frame/parallel.h"
 #include "jpeg/samples.h"
-#include "lqlib/src/stream_bound.h"
 
 namespace vx {
 namespace {
