@@ -18,11 +18,12 @@ union Immortal {
 };
 
 // All of it is initialised by the compiler, because the load notification may run before any
-// constructor of the library would.
+// constructor of the library would. Clang takes these strings for no constants; the priority then
+// puts them before the notification.
 constinit std::mutex mutex;
 constinit int traceMask = 1;
-constinit Immortal<std::string> traceDir("/tmp/");
-constinit Immortal<std::string> traceFile("");  // empty until the first setTrace
+[[gnu::init_priority(101)]] Immortal<std::string> traceDir("/tmp/");
+[[gnu::init_priority(101)]] Immortal<std::string> traceFile("");  // empty until the first setTrace
 constinit unsigned recordNumber = 0;
 
 constexpr const char* kFirstFile = "/tmp/vxdlltrace.txt";

@@ -1,12 +1,19 @@
 // Whatever the bytes, the decoder answers with one of its codes, and a refused stream leaves the
-// image as it was. libFuzzer's interface; tests/fuzz/main.cpp runs it without libFuzzer.
+// image as it was. libFuzzer's interface.
 
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <vector>
 
+#include "frame/load.h"
 #include "jpeg/jpeg.h"
+#include "tests/fuzz/inputs.h"
+
+extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
+  vx::attachProcess();
+  return 0;
+}
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   // A copy of its own, so that a sanitizer sees the first byte too many.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <atomic>
 #include <cstddef>
 #include <cstdlib>
 
@@ -16,15 +17,17 @@ class Heap {
     lives_ = true;
     refused_ = refused;
     stays_ = fromThenOn;
-    calls_ = live_ = 0;
-    bytes_ = peak_ = 0;
+    calls_ = 0;
+    live_ = 0;
+    bytes_ = 0;
+    peak_ = 0;
     prim::primMemHooks.allocate = [](std::size_t size) -> void* {
       if (!admits()) return nullptr;
       auto* block = static_cast<std::size_t*>(std::malloc(size + kHeader));
       if (block == nullptr) return nullptr;
       *block = size;
       ++live_;
-      peak_ = std::max(peak_, bytes_ += size);
+      peak_ = std::max(peak_.load(), bytes_ += size);
       return block + kHeader / sizeof(std::size_t);
     };
     prim::primMemHooks.release = [](void* user) {
@@ -56,9 +59,11 @@ class Heap {
  private:
   static constexpr std::size_t kHeader = 64;
   prim::MemHooks saved_ = prim::primMemHooks;
-  static inline int refused_, calls_, live_;
+  // Threads of a team may allocate at once; the peak holds for one thread.
+  static inline int refused_;
   static inline bool lives_, stays_;
-  static inline std::size_t bytes_, peak_;
+  static inline std::atomic<int> calls_, live_;
+  static inline std::atomic<std::size_t> bytes_, peak_;
 };
 
 }  // namespace vx::test

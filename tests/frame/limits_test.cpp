@@ -1,0 +1,126 @@
+// Limits that the system sets: a full disk, an address space that is used up.
+
+#include <gtest/gtest.h>
+#include <malloc.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <functional>
+#include <new>
+#include <string>
+#include <vector>
+
+#include "frame/exceptions.h"
+#include "frame/load.h"
+#include "tests/adjust/host.h"
+
+namespace {
+
+using namespace vx::test;
+namespace fs = std::filesystem;
+
+// The file can be opened but takes no byte, so its records are lost and the calls go on.
+TEST(Limits, aFullDiskCostsOnlyTheTrace) {
+  std::string folder = (fs::temp_directory_path() / "vxfullXXXXXX").string();
+  ASSERT_NE(mkdtemp(folder.data()), nullptr);
+  fs::create_symlink("/dev/full", folder + "/vxtrace_log.txt");
+  Picture p(1, 20, 20), wanted(p);
+  p.randomise(1, 255);
+  wanted = p;
+  const auto run = [](Picture& q) {
+    EXPECT_EQ(vxUnblock(0, q.bytes.data(), 3, q.step, 20, 20, 50, 1, 1, 0), 64);
+    EXPECT_EQ(
+        vxYUVEdgeRGB(0, q.bytes.data(), q.step, 20, 20, 2, 0.01, 1, 1, 1, 0, 0, 0, 0, 0, 0, 0, 0),
+        1);
+  };
+  run(wanted);
+  const auto openFiles = [] {
+    const fs::directory_iterator all("/proc/self/fd");
+    return std::distance(begin(all), end(all));
+  };
+  const auto before = openFiles();
+  EXPECT_EQ(vxSetupLib(1, folder.c_str()), 1) << "it was opened";
+  for (int i = 0; i < 10; ++i) {
+    Picture q = p;
+    run(q);
+    EXPECT_TRUE(q.bytes == wanted.bytes);
+  }
+  EXPECT_EQ(openFiles(), before);
+  setDebugTrace(0, "/tmp/");
+  fs::remove_all(folder);
+}
+
+std::size_t addressSpace() {
+  std::size_t pages = 0;
+  std::FILE* file = std::fopen("/proc/self/statm", "r");
+  if (file == nullptr || std::fscanf(file, "%zu", &pages) != 1) std::abort();
+  std::fclose(file);
+  return pages * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+}
+
+// Runs in a process of its own: gives the call more and more address space until it is done.
+// Before that it must end by -1 or an exception, with the picture as it was. 0 when all was well.
+int growUntilDone(const std::function<bool(Picture&)>& call, int width, int height) {
+  mallopt(M_MMAP_THRESHOLD, 1 << 16);  // fixed: what is released goes back to the system
+  Picture before(1, width, height), p(before);
+  before.randomise(3, 255);
+  p = before;
+  if (!call(p)) return 1;  // the team's threads are there now
+  const Picture wanted = p;
+  const rlim_t start = addressSpace();
+  int refused = 0;
+  constexpr rlim_t kStep = 1 << 20;
+  for (rlim_t extra = 0; extra < 400 * kStep; extra += kStep) {
+    p.bytes = before.bytes;
+    rlimit limit{start + extra, RLIM_INFINITY};
+    if (setrlimit(RLIMIT_AS, &limit) != 0) return 2;
+    bool done = false;
+    try {
+      done = call(p);
+    } catch (const vx::MemoryException&) {
+    } catch (const std::bad_alloc&) {
+    }
+    limit.rlim_cur = RLIM_INFINITY;
+    setrlimit(RLIMIT_AS, &limit);
+    if (!done && p.bytes != before.bytes) return 3;
+    if (p.bytes == wanted.bytes) return refused > 0 ? 0 : 4;
+    ++refused;
+  }
+  return 5;
+}
+
+TEST(Limits, callsSurviveAUsedUpAddressSpace) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  vx::attachProcess();
+  const auto isDone = testing::ExitedWithCode(0);
+  EXPECT_EXIT(
+      std::exit(growUntilDone(
+          [](Picture& p) {
+            return adjust(p, {.lumaEqAmount = 0.4f, .lumaEqRadius = 20.0f, .lumaGamma = 1.0f}) == 1;
+          },
+          2310, 400)),
+      isDone, "");
+  EXPECT_EXIT(
+      std::exit(growUntilDone(
+          [](Picture& p) { return adjust(p, {.lumaGamma = 1.0f, .unblockStrength = 0.4f}) == 1; },
+          700, 300)),
+      isDone, "");
+  EXPECT_EXIT(std::exit(growUntilDone(
+                  [](Picture& p) {
+                    return vxUnblock(0, p.bytes.data(), 3, p.step, p.width, p.height, 60, 1, 4,
+                                     0) == 4;
+                  },
+                  900, 500)),
+              isDone, "");
+  EXPECT_EXIT(std::exit(growUntilDone(
+                  [](Picture& p) {
+                    return vxYUVEdgeRGB(0, p.bytes.data(), p.step, p.width, p.height, 2, 0.01, 1, 1,
+                                        2, 1, 1, 1, 1, 1, 1, 0.02, 0) == 1;
+                  },
+                  700, 500)),
+              isDone, "");
+}
+
+}  // namespace

@@ -1,0 +1,79 @@
+// vxYUVEdgeRGB, whatever its arguments: 1 and only pixels changed, or want of memory and nothing
+// changed. libFuzzer's interface.
+
+#include "frame/exceptions.h"
+#include "tests/fuzz/target.h"
+#include "tests/support/heap.h"
+#include "vxicore26.h"
+
+using namespace vx::test;
+
+extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
+  vx::attachProcess();
+  return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  static GuardedMemory memory(160 * 1024);
+  ByteSource source(data, size);
+  // The stages work on tiles of 128 by 128 or so: one input in eight is wider than one.
+  const bool wide = source.oneIn(8);
+  const int width = wide ? 1 + source.raw<std::uint16_t>() % 600 : source.integer(1, 48);
+  const int height = wide ? 1 + static_cast<int>(source.byte() % 24) : source.integer(1, 40);
+  const int deep = source.oneIn(2) ? source.integer(1, 2) : 0;
+  const int sampleBytes = deep != 0 ? 2 : 1;
+  const bool sized = width >= 1 && height >= 1;
+  const int rowSamples = std::clamp(width, 1, 4096) * 3;
+
+  int step = 0;
+  std::uint8_t* placed = nullptr;
+  const auto place = [&](int samples) {
+    step = samples;
+    if (sized && width <= 4096)
+      placed = memory.place(
+          {std::ptrdiff_t{step} * sampleBytes, 0, std::ptrdiff_t{rowSamples} * sampleBytes, height},
+          source);
+    return placed != nullptr;
+  };
+  if (!place(fuzzStep(source, rowSamples, height))) place(rowSamples);
+  void* const pixels = sized ? placed : memory.forbidden();
+
+  const auto sigma = [&] { return source.oneIn(3) ? 0.0 : source.setting<double>(0, 7); };
+  const auto shift = [&] { return source.oneIn(2) ? 0 : source.integer(-8, 8); };
+  const double baseGain = source.setting<double>(0, 4), floor = source.setting<double>(0, 0.1);
+  const double sigmaX = sigma(), sigmaY = sigma(), gain = source.setting<double>(0, 5);
+  const double blurX = sigma(), blurY = sigma();
+  const int shiftX = shift(), shiftY = shift();
+  const double alignX = sigma(), alignY = sigma(), limit = source.setting<double>(0, 0.2);
+  const int reserved = source.integer(0, 1);
+
+  const bool faults = source.oneIn(8);
+  const int refused = faults ? static_cast<int>(source.byte() % 24) : -1;
+  const Surroundings surroundings(source, faults);
+  memory.forbidTheRest();
+  bool done = false;
+  {
+    const Heap heap(refused, source.oneIn(2));
+    try {
+      surroundings.run([&] {
+        require(
+            vxYUVEdgeRGB(deep, pixels, step, width, height, baseGain, floor, sigmaX, sigmaY, gain,
+                         blurX, blurY, shiftX, shiftY, alignX, alignY, limit, reserved) == 1,
+            "the answer is 1");
+      });
+      done = true;
+    } catch (const vx::MemoryException&) {
+      require(Heap::refusedOne(), "there was memory");
+    }
+    require(Heap::live() == 0, "everything is given back");
+  }
+  memory.check(done);
+  // The limit of 16-bit samples.
+  for (int y = 0; done && placed != nullptr && deep != 0 && y < height; ++y)
+    for (int i = 0; i < rowSamples; ++i) {
+      std::uint16_t sample;
+      std::memcpy(&sample, placed + 2 * (std::ptrdiff_t{step} * y + i), 2);
+      require(sample <= 32767, "16-bit samples end at 32767");
+    }
+  return 0;
+}

@@ -1,0 +1,148 @@
+#pragma once
+
+#include <sys/mman.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <random>
+#include <vector>
+
+#include "tests/fuzz/byte_source.h"
+
+#if defined(__SANITIZE_ADDRESS__)
+#define VX_ADDRESS_SANITIZER
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define VX_ADDRESS_SANITIZER
+#endif
+#endif
+#ifdef VX_ADDRESS_SANITIZER
+#include <sanitizer/asan_interface.h>
+#endif
+
+namespace vx::test {
+
+/// Ends the program, which is how a fuzz target reports a finding.
+inline void require(bool holds, const char* what) {
+  if (holds) return;
+  std::fprintf(stderr, "broken promise: %s\n", what);
+  std::abort();
+}
+
+/// The rows of a host's picture: pixels of three samples each, any distance apart.
+struct Rows {
+  std::ptrdiff_t rowStep;   ///< in bytes, of either sign
+  std::ptrdiff_t first;     ///< lowest byte of a row, relative to its address; 0 or below
+  std::ptrdiff_t rowBytes;  ///< from there
+  int height;
+};
+
+/// The host's memory between two pages that nobody may touch. The rows begin at the first page or
+/// end at the last, as the input says. Under the address sanitizer what lies beside the rows may
+/// not be read either.
+class GuardedMemory {
+ public:
+  static constexpr std::ptrdiff_t kPage = 4096;
+
+  explicit GuardedMemory(std::ptrdiff_t capacity) : size_((capacity + kPage - 1) / kPage * kPage) {
+    void* const block = mmap(nullptr, static_cast<std::size_t>(size_ + 2 * kPage), PROT_NONE,
+                             MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    require(block != MAP_FAILED, "address space for the test");
+    begin_ = static_cast<std::uint8_t*>(block) + kPage;
+    require(mprotect(begin_, static_cast<std::size_t>(size_), PROT_READ | PROT_WRITE) == 0,
+            "memory for the test");
+  }
+  GuardedMemory(const GuardedMemory&) = delete;
+  GuardedMemory& operator=(const GuardedMemory&) = delete;
+  ~GuardedMemory() { munmap(begin_ - kPage, static_cast<std::size_t>(size_ + 2 * kPage)); }
+
+  /// Lays out `rows` with content from the input; null where they do not fit.
+  std::uint8_t* place(const Rows& rows, ByteSource& source) {
+    const __int128 last = static_cast<__int128>(rows.rowStep) * (rows.height - 1);
+    const __int128 low = std::min<__int128>(0, last) + rows.first;
+    const __int128 high = std::max<__int128>(0, last) + rows.first + rows.rowBytes;
+    if (rows.height < 1 || rows.rowBytes < 1 || high - low > size_) return nullptr;
+    std::uint8_t* const at = source.oneIn(2) ? begin_ - static_cast<std::ptrdiff_t>(low)
+                                             : begin_ + size_ - static_cast<std::ptrdiff_t>(high);
+    // All beyond a page around the rows stays as it is, for speed.
+    const auto inside = [&](std::ptrdiff_t i) { return std::clamp<std::ptrdiff_t>(i, 0, size_); };
+    used_ = begin_ + inside(at - begin_ + static_cast<std::ptrdiff_t>(low) - kPage);
+    bytes_ = static_cast<std::size_t>(
+        begin_ + inside(at - begin_ + static_cast<std::ptrdiff_t>(high) + kPage) - used_);
+    fill(source);
+    inRows_.assign(bytes_, 0);
+    apart_ = rows.height == 1 || std::abs(rows.rowStep) >= rows.rowBytes;
+    for (int y = 0; y < rows.height; ++y)
+      std::memset(inRows_.data() + (at - used_) + rows.rowStep * y + rows.first, 1,
+                  static_cast<std::size_t>(rows.rowBytes));
+    return at;
+  }
+
+  /// Some bytes of the rows are none of the picture's; where rows overlap, none are left out.
+  void except(const std::uint8_t* at, std::ptrdiff_t count) {
+    if (!apart_) return;
+    std::memset(inRows_.data() + (at - used_), 0, static_cast<std::size_t>(count));
+  }
+
+  /// Between place() and check(): what is not in a row must not be touched.
+  void forbidTheRest() {
+    before_.assign(used_, used_ + bytes_);
+#ifdef VX_ADDRESS_SANITIZER
+    for (std::size_t i = 0, end; i < bytes_; i = end) {
+      end = i;
+      while (end < bytes_ && inRows_[end] == inRows_[i]) ++end;
+      if (inRows_[i] == 0) ASAN_POISON_MEMORY_REGION(used_ + i, end - i);
+    }
+#endif
+  }
+
+  /// The memory may be read again; ends the program when anything but rows has changed, or anything
+  /// at all where nothing may.
+  void check(bool mayChange) {
+#ifdef VX_ADDRESS_SANITIZER
+    ASAN_UNPOISON_MEMORY_REGION(used_, bytes_);
+#endif
+    if (std::equal(before_.begin(), before_.end(), used_)) return;
+    require(mayChange, "the picture is as it was");
+    for (std::size_t i = 0; i < bytes_; ++i)
+      require(inRows_[i] != 0 || used_[i] == before_[i], "bytes beside the pixels stay");
+  }
+
+  /// An address that must not be touched.
+  void* forbidden() const { return begin_ + size_; }
+
+  /// What stood before the call at an address inside.
+  const std::uint8_t* before(const std::uint8_t* at) const {
+    return &before_[static_cast<std::size_t>(at - used_)];
+  }
+
+ private:
+  void fill(ByteSource& source) {
+    std::minstd_rand random(source.raw<std::uint16_t>() + 1u);
+    const unsigned kind = source.byte() % 4;
+    const auto flat = static_cast<std::uint8_t>(source.byte());
+    unsigned bits = 0;
+    for (std::size_t i = 0; i < bytes_; ++i, bits >>= 8) {
+      if (i % 3 == 0) bits = static_cast<unsigned>(random());  // 24 of its 31 bits are good
+      const unsigned noise = bits & 255u;
+      const auto ramp = static_cast<unsigned>(i / 16 % 256);
+      used_[i] = static_cast<std::uint8_t>(kind == 0   ? flat
+                                           : kind == 1 ? noise
+                                           : kind == 2 ? ramp + noise % 16
+                                                       : (i / 96 % 2 == 0 ? 255u : noise % 4));
+    }
+  }
+
+  std::ptrdiff_t size_;
+  std::uint8_t* begin_;
+  std::uint8_t* used_ = nullptr;  ///< the part that place() laid out
+  std::size_t bytes_ = 0;
+  bool apart_ = true;
+  std::vector<std::uint8_t> inRows_, before_;
+};
+
+}  // namespace vx::test

@@ -1,0 +1,78 @@
+// Spoilt streams of our own encoder.
+
+#include <algorithm>
+#include <cstdlib>
+#include <iterator>
+
+#include "tests/fuzz/inputs.h"
+#include "tests/jpeg/pictures.h"
+
+namespace {
+
+using Stream = std::vector<std::uint8_t>;
+
+std::vector<Stream> makeSeeds() {
+  using namespace vx;
+  std::vector<Stream> seeds;
+  for (const int subsampling : {kJpeg444, kJpeg420, kJpeg422})
+    for (const int color : {kJpegYcc, kJpegRgb}) {
+      test::Rgb picture = test::makePicture(test::Scene::edges, 23 + subsampling, 17);
+      Stream stream(20000);
+      test::Codec codec(picture, stream);
+      codec.p.streamSubsampling = subsampling;
+      codec.p.streamColor = color;
+      if (jpegWrite(&codec.p, kJpegWriteImage) != kJpegOk) std::abort();
+      const std::uint8_t end[] = {0xFF, 0xD9};
+      stream.erase(std::find_end(stream.begin(), stream.end(), end, end + 2) + 2, stream.end());
+      seeds.push_back(stream);
+    }
+  return seeds;
+}
+
+void spoil(Stream& stream, std::mt19937& rng) {
+  static constexpr std::uint8_t kBytes[] = {0, 1, 2, 4, 0x11, 0x44, 0x7F, 0x80, 0xFF};
+  static constexpr std::uint8_t kMarkers[] = {0xC0, 0xC1, 0xC4, 0xD0, 0xD1, 0xD8,
+                                              0xD9, 0xDA, 0xDB, 0xDD, 0xE0, 0xEE};
+  for (unsigned n = 1 + rng() % 4; n > 0 && !stream.empty(); --n) {
+    const std::size_t at = rng() % stream.size();
+    const auto place = stream.begin() + static_cast<std::ptrdiff_t>(at);
+    const auto rest = static_cast<std::ptrdiff_t>(std::min(rng() % 64, stream.size() - at));
+    switch (rng() % 8) {
+      case 0:
+        stream[at] = static_cast<std::uint8_t>(stream[at] ^ 1u << rng() % 8);
+        break;
+      case 1:
+        stream[at] = kBytes[rng() % std::size(kBytes)];
+        break;
+      case 2:
+        stream.resize(at);
+        break;
+      case 3:
+        stream.erase(place, place + rest);
+        break;
+      case 4: {  // a part once more, somewhere else
+        const Stream part(place, place + rest);
+        stream.insert(stream.begin() + static_cast<std::ptrdiff_t>(rng() % stream.size()),
+                      part.begin(), part.end());
+        break;
+      }
+      case 5:
+        stream.insert(place, {0xFF, kMarkers[rng() % std::size(kMarkers)]});
+        break;
+      case 6:  // a restart interval
+        stream.insert(place, {0xFF, 0xDD, 0, 4, 0, static_cast<std::uint8_t>(rng() % 4)});
+        break;
+      default:
+        for (std::ptrdiff_t i = 0; i < rest; ++i) place[i] = static_cast<std::uint8_t>(rng());
+    }
+  }
+}
+
+}  // namespace
+
+std::vector<std::uint8_t> nextInput(std::mt19937& rng) {
+  static const std::vector<Stream> seeds = makeSeeds();
+  Stream stream = seeds[rng() % seeds.size()];
+  spoil(stream, rng);
+  return stream;
+}

@@ -1,0 +1,67 @@
+#pragma once
+
+#include <immintrin.h>
+#include <omp.h>
+
+#include "frame/load.h"
+#include "prim/dispatch.h"
+#include "tests/fuzz/byte_source.h"
+#include "tests/fuzz/guarded_memory.h"
+#include "tests/fuzz/inputs.h"
+
+namespace vx::test {
+
+/// What a host and its machine bring to a call: a processor level, a number of threads, and a
+/// floating-point state that must not matter and must still be there afterwards.
+class Surroundings {
+ public:
+  explicit Surroundings(ByteSource& source, bool oneThread) {
+    prim::primCpuColumn = static_cast<int>(source.byte()) % (prim::lastRunnableColumn() + 1);
+    omp_set_num_threads(!oneThread && source.oneIn(16) ? 2 : 1);
+    // Fresh, flushing, rounding towards zero, rounding upwards with every exception a trap.
+    static constexpr unsigned kStates[] = {0x1F80, 0x9FC0, 0x7F80, 0x4000};
+    state_ = source.oneOf(kStates);
+  }
+  /// Runs `call` under the host's floating-point state.
+  template <class Call>
+  void run(const Call& call) const {
+    const unsigned own = _mm_getcsr();
+    const auto restore = [&] {
+      const unsigned after = _mm_getcsr();
+      _mm_setcsr(own);
+      constexpr unsigned kFlags = 0x3F;  // of exceptions that have happened
+      require((after & ~kFlags) == state_, "the host keeps its floating-point state");
+    };
+    _mm_setcsr(state_);
+    try {
+      call();
+    } catch (...) {
+      restore();
+      throw;
+    }
+    restore();
+  }
+
+ private:
+  unsigned state_;
+};
+
+/// Rows of `rowBytes` one below the other or above, close together, apart or overlapping, or as
+/// far apart as an int can say.
+inline int fuzzStep(ByteSource& source, int rowBytes, int height) {
+  const int slack = static_cast<int>(source.byte() % 23);
+  switch (source.byte() % 8) {
+    case 0:
+      return -rowBytes - slack;
+    case 1:
+      return height == 1 ? source.integer(-9, 9) : slack;
+    case 2:
+      return rowBytes + slack;
+    case 3:
+      return source.integer(-rowBytes, rowBytes);
+    default:
+      return rowBytes + slack % 5;
+  }
+}
+
+}  // namespace vx::test
