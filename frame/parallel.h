@@ -7,7 +7,7 @@
 namespace vx {
 
 /// Runs body(i) for i from `first` to below `last` on the OpenMP team, handed out dynamically one
-/// at a time. Each thread computes under the library's floating-point state. The first exception
+/// at a time in rising order. Each thread computes under the library's floating-point state. The first exception
 /// that a body throws is kept and thrown again on the calling thread after the loop; the bodies
 /// that have not started by then are skipped.
 template <class Body>
@@ -17,7 +17,7 @@ void parallelFor(int first, int last, const Body& body) {
 #pragma omp parallel
   {
     const prim::FloatModeGuard floatMode;
-#pragma omp for schedule(dynamic, 1)
+#pragma omp for schedule(monotonic : dynamic, 1)
     for (int i = first; i < last; ++i) {
       bool skip = false;
 #pragma omp atomic read

@@ -49,11 +49,13 @@ class StageRun {
     lightness.begin(banded(stage_.lightness), lightness_);
     SaturationTone saturationTone = banded(stage_.saturation);
     saturation.begin(saturationTone, saturation_);
-    parallelThenOrdered(
-        height_, rows_, [&](int y, int count, int slot) { toPlanes(y, count, slot); },
-        [&](int y, int count) {
-          sharpen(y, count);
-          saturation.collect(y, count);
+    parallelThenLanes(
+        height_, rows_, 2, [&](int y, int count, int slot) { toPlanes(y, count, slot); },
+        [&](int lane, int y, int count) {
+          if (lane == 0)
+            sharpen(y, count);
+          else
+            saturation.collect(y, count);
         });
     lightness.process();
     saturation.process();

@@ -3,7 +3,11 @@
 #include <omp.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstdint>
+#include <memory>
+#include <new>
+#include <thread>
 
 #include "frame/parallel.h"
 #include "vxenhlib/aligned_array.h"
@@ -54,21 +58,57 @@ void parallelBands(int height, int rows, const Work& work) {
   });
 }
 
-/// Calls shared(y, count, slot) for each band on the team of threads, and ordered(y, count) on this
-/// thread for one band after the other. A thread alone does both for a band while it is in cache. A
-/// team does the one after the other: with a region for every few bands the threads of g++'s
-/// runtime wait actively between them, which cost more time of the processor than the cache saved.
+/// Calls shared(y, count, slot) for each band on the team, and ordered(lane, y, count) for each
+/// lane and band after it, within a lane from the top down; several lanes at once. A lane comes to
+/// a band soon after it has been shared and finds it in a cache. All of it is one parallel region:
+/// with one for every few bands the threads of g++'s runtime wait actively in between. Neither call
+/// may throw: others wait for what it does.
 template <class Shared, class Ordered>
-void parallelThenOrdered(int height, int rows, const Shared& shared, const Ordered& ordered) {
-  if (bandSlots() == 1) {
+void parallelThenLanes(int height, int rows, int lanes, const Shared& shared,
+                       const Ordered& ordered) {
+  constexpr int kBands = 4;  // shared before the lanes come to them
+  using Counters = std::unique_ptr<std::atomic<int>[]>;
+  const auto groupRows =
+      static_cast<int>(std::min(std::int64_t{kBands} * rows, std::int64_t{height}));
+  const int groups = height > 0 ? bandCount(height, groupRows) : 0;
+  Counters sharedBands, finished;
+  if (bandSlots() > 1) {
+    sharedBands.reset(new (std::nothrow) std::atomic<int>[static_cast<std::size_t>(groups)]());
+    finished.reset(new (std::nothrow) std::atomic<int>[static_cast<std::size_t>(lanes)]());
+  }
+  if (sharedBands == nullptr || finished == nullptr) {
     forEachBand(height, rows, [&](int y, int count) {
       shared(y, count, 0);
-      ordered(y, count);
+      for (int lane = 0; lane < lanes; ++lane) ordered(lane, y, count);
     });
     return;
   }
-  parallelBands(height, rows, shared);
-  forEachBand(height, rows, ordered);
+  const auto wait = [](const std::atomic<int>& counter, int value) {
+    while (counter.load(std::memory_order_acquire) < value) std::this_thread::yield();
+  };
+  // Work is handed out in rising order, so that what a piece waits for has begun before it.
+  const int pieces = kBands + lanes;
+  parallelFor(0, groups * pieces, [&](int i) noexcept {
+    const int group = i / pieces;
+    const int piece = i % pieces;
+    const int top = group * groupRows;
+    const int count = std::min(height - top, groupRows);
+    std::atomic<int>& ready = sharedBands[static_cast<std::size_t>(group)];
+    if (piece < kBands) {
+      const std::int64_t first = std::int64_t{piece} * rows;
+      if (first < count)
+        shared(top + static_cast<int>(first), std::min(rows, count - static_cast<int>(first)),
+               omp_get_thread_num());
+      ready.fetch_add(1, std::memory_order_release);
+    } else {
+      const int lane = piece - kBands;
+      std::atomic<int>& done = finished[static_cast<std::size_t>(lane)];
+      wait(ready, kBands);
+      wait(done, group);
+      forEachBand(count, rows, [&](int y, int n) { ordered(lane, top + y, n); });
+      done.store(group + 1, std::memory_order_release);
+    }
+  });
 }
 
 /// Scratch of one kind for each thread of the team.

@@ -40,12 +40,12 @@ void BaseDetailSplit::run(const std::function<void(int y, int count, int slot)>&
   first_.endSplat(0.0f);
   if (twoPasses_) {
     // The plane of the base holds the smoothed guide until the base takes its place.
-    parallelThenOrdered(
-        plane_.height, rows_,
+    parallelThenLanes(
+        plane_.height, rows_, 1,
         [&](int y, int count, int slot) {
           first_.readRows(y, plane_.rows(y, count), base_.rows(y, count), slot);
         },
-        [&](int y, int count) {
+        [&](int, int y, int count) {
           second_.splatRows(y, plane_.rows(y, count), base_.rows(y, count));
         });
     second_.endSplat(0.0f);

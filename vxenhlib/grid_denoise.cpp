@@ -30,19 +30,10 @@ class GridDenoise {
   }
 
   void run() {
-    if (bandSlots() == 1) {
-      forEachBand(height_, rows_, [&](int y, int count) {
-        separate(y, count, 0);
-        for (int c = 0; c < 3; ++c) splat(c, y, count);
-      });
-      for (int c = 0; c < 3; ++c) complete(c);
-    } else {
-      parallelBands(height_, rows_, [&](int y, int count, int slot) { separate(y, count, slot); });
-      parallelFor(0, 3, [&](int c) {
-        forEachBand(height_, rows_, [&](int y, int count) { splat(c, y, count); });
-        complete(c);
-      });
-    }
+    parallelThenLanes(
+        height_, rows_, 3, [&](int y, int count, int slot) { separate(y, count, slot); },
+        [&](int c, int y, int count) { splat(c, y, count); });
+    parallelFor(0, 3, [&](int c) { complete(c); });
     parallelBands(height_, rows_, [&](int y, int count, int slot) { join(y, count, slot); });
   }
 

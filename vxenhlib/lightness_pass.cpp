@@ -54,12 +54,12 @@ void LightnessPass::collect(int y, int count) {
 void LightnessPass::process() {
   if (useEq_) {
     eq_.endCount(tone_.eqStrength, 0.0f, tone_.eqClip);
-    parallelThenOrdered(
-        plane_.height, rows_,
+    parallelThenLanes(
+        plane_.height, rows_, 1,
         [&](int y, int count, int slot) {
           eq_.readRows(y, plane_.rows(y, count), plane_.rows(y, count), slot);
         },
-        [&](int y, int count) {
+        [&](int, int y, int count) {
           if (useDetail_) detail_.collect(y, count);
         });
     eq_.endRead();
