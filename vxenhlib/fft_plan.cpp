@@ -7,6 +7,11 @@ std::mutex& fftPlanner() {
   return planner;
 }
 
+bool fftPlannerHasMemory() {
+  FftBuffer room;
+  return room.reserve(std::size_t{1} << 19);
+}
+
 FftPlan::FftPlan(int depth, int height, int width) {
   FftBuffer buffer;
   const auto floats = static_cast<std::size_t>(depth) * static_cast<std::size_t>(height) *
@@ -15,6 +20,7 @@ FftPlan::FftPlan(int depth, int height, int width) {
   float* samples = buffer.data();
   auto* spectrum = reinterpret_cast<fftwf_complex*>(samples);
   const std::lock_guard lock(fftPlanner());
+  if (!fftPlannerHasMemory()) return;
   forward_ = fftwf_plan_dft_r2c_3d(depth, height, width, samples, spectrum, FFTW_PATIENT);
   inverse_ = fftwf_plan_dft_c2r_3d(depth, height, width, spectrum, samples, FFTW_PATIENT);
 }

@@ -12,6 +12,10 @@ namespace vx {
 /// whole process and is not safe for threads. Transforming takes no lock.
 std::mutex& fftPlanner();
 
+/// Whether planning may begin: FFTW ends the process when its planner finds no memory, so a try with
+/// more than it was seen to need (0.5 MB) comes first. Under fftPlanner().
+bool fftPlannerHasMemory();
+
 /// Floats for transforms, aligned as the plans expect it.
 class FftBuffer {
  public:

@@ -17,6 +17,7 @@ SearchTransform::SearchTransform(const SearchShape& shape) {
                                stride, distance, FFTW_FORWARD, FFTW_PATIENT);
   };
   const std::lock_guard lock(fftPlanner());
+  if (!fftPlannerHasMemory()) return;
   tile_ = fftwf_plan_dft_2d(height, width, data, data, FFTW_FORWARD, FFTW_PATIENT);
   blockRows_ = batch(width, std::min(shape.blockHeight, height), 1, width);
   columns_ = batch(height, width, width, 1);

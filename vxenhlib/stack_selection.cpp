@@ -15,7 +15,6 @@ constexpr float kBlanked = 1e20f;
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 
 using Four [[gnu::vector_size(16)]] = float;
-using Indices [[gnu::vector_size(16)]] = int;
 
 Four load(const float* from) {
   Four v;
@@ -33,8 +32,8 @@ float leastOf(const float* row, int count) {
     Four best = {kInfinity, kInfinity, kInfinity, kInfinity};
     for (; u < count - 3; u += 4) best = smaller(load(row + u), best);
     best = smaller(load(row + count - 4), best);  // the rest, some elements twice
-    best = smaller(__builtin_shuffle(best, Indices{2, 3, 0, 1}), best);
-    best = smaller(__builtin_shuffle(best, Indices{1, 0, 3, 2}), best);
+    best = smaller(__builtin_shufflevector(best, best, 2, 3, 0, 1), best);
+    best = smaller(__builtin_shufflevector(best, best, 1, 0, 3, 2), best);
     return best[0];
   }
   for (; u < count; ++u) least = row[u] < least ? row[u] : least;

@@ -15,6 +15,7 @@
 #include "frame/exceptions.h"
 #include "frame/load.h"
 #include "tests/adjust/host.h"
+#include "vxenhlib/search_transform.h"
 
 namespace {
 
@@ -89,6 +90,23 @@ int growUntilDone(const std::function<bool(Picture&)>& call, int width, int heig
     ++refused;
   }
   return 5;
+}
+
+// 0 when no plan was made. In a process of its own.
+int planWithin(rlim_t extra) {
+  mallopt(M_MMAP_THRESHOLD, 1 << 16);
+  const rlimit limit = {addressSpace() + extra, RLIM_INFINITY};
+  if (setrlimit(RLIMIT_AS, &limit) != 0) return 2;
+  const vx::FftPlan stack(8, 8, 8);
+  const vx::SearchShape shape = {8, 8, 32, 32};
+  return stack.empty() && vx::SearchTransform(shape).empty() ? 0 : 1;
+}
+
+// FFTW's planner itself ends the process when it finds no memory.
+TEST(Limits, plansAreRefusedInAUsedUpAddressSpace) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  for (const rlim_t extra : {0, 1 << 18, 1 << 20})
+    EXPECT_EXIT(std::_Exit(planWithin(extra)), testing::ExitedWithCode(0), "") << extra;
 }
 
 TEST(Limits, callsSurviveAUsedUpAddressSpace) {
