@@ -155,9 +155,16 @@ TEST(NonLocal, selectionTakesTheFirstSmallestEachTime) {
 struct PassCheck {
   Plane source, guide, other, pilot, out[2];
   CNLImDnCn& filter;
+  std::size_t limit;
 
-  PassCheck(CNLImDnCn& f, int w, int h, unsigned seed)
-      : source(w, h), guide(w, h), other(w, h), pilot(w, h), out{{w, h}, {w, h}}, filter(f) {
+  PassCheck(CNLImDnCn& f, int w, int h, unsigned seed, std::size_t stackLimit = 8)
+      : source(w, h),
+        guide(w, h),
+        other(w, h),
+        pilot(w, h),
+        out{{w, h}, {w, h}},
+        filter(f),
+        limit(stackLimit) {
     constexpr float kUnit = 0x1p-11f;
     fillUnits(source, seed, kUnit, 0.025f, 0.02f);
     fillUnits(guide, seed + 1, kUnit, 0.02f, 0.015f);
@@ -175,8 +182,8 @@ struct PassCheck {
     GIMG<float>* const outs[] = {&out[0], &out[1]};
     const int guideCount = withPilot ? 1 : 2;
     EXPECT_EQ(filter.filterPlanes(guideCount, guides, &source, steering, 2, in, outs), kVxrcOk);
-    const NonLocalResult wanted = referencePass(filter, 8, {guides, guides + guideCount}, source,
-                                                steering, {&source, &other});
+    const NonLocalResult wanted = referencePass(filter, limit, {guides, guides + guideCount},
+                                                source, steering, {&source, &other});
     EXPECT_GE(wanted.narrowest, 0x1p-22) << "two blocks as good as each other: take another seed";
     stacks = wanted.stacks;
     double worst = 0.0;
@@ -206,6 +213,19 @@ TEST(NonLocal, aPassIsTheSlowEvaluation) {
     for (const int depth : {1, 2, 4, 8}) EXPECT_GT(stacks[static_cast<std::size_t>(depth)], 0);
     EXPECT_LT(check.run(true, stacks), kPassBound) << step << ", pilot";
     EXPECT_GT(stacks[8], 0);
+  }
+}
+
+TEST(NonLocal, deepStacksAreTheSlowEvaluationToo) {
+  const prim::FloatModeGuard floatMode;
+  for (const int limit : {12, 16}) {
+    CNLImDnCn filter(limit, 2, 8, 32);
+    ASSERT_TRUE(filter.ready());
+    filter.stepX = filter.stepY = 5;
+    PassCheck check(filter, 46, 39, 10, static_cast<std::size_t>(limit));
+    std::vector<int> stacks;
+    EXPECT_LT(check.run(true, stacks), kPassBound) << limit;
+    EXPECT_GT(stacks[static_cast<std::size_t>(limit)], 0);
   }
 }
 
