@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <type_traits>
 
+#include "frame/row_at.h"
 #include "prim/channel.h"
 #include "prim/convert.h"
 
@@ -102,10 +103,6 @@ auto* hostSample(L /*layout*/, Byte* pixels, int rowStep, int x, int y, int samp
 }
 
 /// Address of pixel (x, y) of a float plane whose rows are `step` bytes apart.
-inline float* planePixel(float* plane, int step, int x, int y) {
-  return reinterpret_cast<float*>(reinterpret_cast<std::uint8_t*>(plane) +
-                                  std::ptrdiff_t{step} * y) +
-         x;
-}
+inline float* planePixel(float* plane, int step, int x, int y) { return rowAt(plane, step, y) + x; }
 
 }  // namespace vx

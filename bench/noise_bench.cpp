@@ -3,7 +3,6 @@
 
 #include <benchmark/benchmark.h>
 #include <omp.h>
-#include <time.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -11,6 +10,7 @@
 #include <functional>
 #include <vector>
 
+#include "bench/fastest_turn.h"
 #include "bench/noise_opencv.h"
 #include "bench/noise_picture.h"
 #include "frame/load.h"
@@ -24,32 +24,21 @@
 namespace {
 
 using namespace vx;
+using bench::seconds;
 
-double seconds(clockid_t clock) {
-  timespec now;
-  clock_gettime(clock, &now);
-  return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
-}
-
-// Reports the fastest turn: of the wall clock, and of the time that this process spent on all its
-// threads, which other processes do not lengthen.
+// Runs the loop of a benchmark, and reports the fastest turn, without what prepares it.
 template <class Prepare, class Run>
 void loop(benchmark::State& state, double megapixels, const Prepare& prepare, const Run& run) {
-  double wall = 1e30, cpu = 1e30;
+  bench::FastestTurn fastest;
   prepare();
   run();  // plans the transforms, and touches memory that the machine has not handed out before
   for (auto _ : state) {
     state.PauseTiming();
     prepare();
     state.ResumeTiming();
-    const double wallStart = seconds(CLOCK_MONOTONIC), cpuStart = seconds(CLOCK_PROCESS_CPUTIME_ID);
-    run();
-    wall = std::min(wall, seconds(CLOCK_MONOTONIC) - wallStart);
-    cpu = std::min(cpu, seconds(CLOCK_PROCESS_CPUTIME_ID) - cpuStart);
+    fastest.time(run);
   }
-  state.counters["MP/s"] = megapixels / wall;
-  state.counters["ms/MP"] = 1e3 * wall / megapixels;
-  state.counters["cpu_ms/MP"] = 1e3 * cpu / megapixels;
+  fastest.report(state, megapixels);
 }
 
 void filter(benchmark::State& state, int mode) {

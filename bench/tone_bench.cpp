@@ -5,7 +5,6 @@
 
 #include <benchmark/benchmark.h>
 #include <omp.h>
-#include <time.h>
 
 #include <algorithm>
 #include <cmath>
@@ -18,6 +17,7 @@
 #if defined(VX_BENCH_OPENCV)
 #include "bench/tone_opencv.h"
 #endif
+#include "bench/fastest_turn.h"
 #include "frame/img.h"
 #include "frame/load.h"
 #include "prim/prims.h"
@@ -82,27 +82,13 @@ AdjustToneStage fullSetting() {
   return stage;
 }
 
-double seconds(clockid_t clock) {
-  timespec now;
-  clock_gettime(clock, &now);
-  return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
-}
-
-// Runs the loop of a benchmark, and reports the fastest turn: of the wall clock, and of the time
-// that this process spent on all its threads, which other processes do not lengthen.
+// Runs the loop of a benchmark, and reports the fastest turn.
 template <class Run>
 void loop(benchmark::State& state, double megapixels, const Run& run) {
-  double wall = 1e30, cpu = 1e30;
+  bench::FastestTurn fastest;
   run();  // memory that the machine has not handed out before costs several times as much
-  for (auto _ : state) {
-    const double wallStart = seconds(CLOCK_MONOTONIC), cpuStart = seconds(CLOCK_PROCESS_CPUTIME_ID);
-    run();
-    wall = std::min(wall, seconds(CLOCK_MONOTONIC) - wallStart);
-    cpu = std::min(cpu, seconds(CLOCK_PROCESS_CPUTIME_ID) - cpuStart);
-  }
-  state.counters["MP/s"] = megapixels / wall;
-  state.counters["ms/MP"] = 1e3 * wall / megapixels;
-  state.counters["cpu_ms/MP"] = 1e3 * cpu / megapixels;
+  for (auto _ : state) fastest.time(run);
+  fastest.report(state, megapixels);
 }
 
 // The host's bytes on both sides of the stage.
@@ -252,9 +238,9 @@ void compareWithOpenCv() {
   std::vector<double> best(steps.size(), 1e30);
   for (int turn = 0; turn < 12; ++turn) {
     for (std::size_t i = 0; i < steps.size(); ++i) {
-      const double start = seconds(CLOCK_PROCESS_CPUTIME_ID);
+      const double start = bench::seconds(CLOCK_PROCESS_CPUTIME_ID);
       steps[i].run();
-      best[i] = std::min(best[i], seconds(CLOCK_PROCESS_CPUTIME_ID) - start);
+      best[i] = std::min(best[i], bench::seconds(CLOCK_PROCESS_CPUTIME_ID) - start);
     }
   }
   std::printf("\nOne thread, %d x %d, CPU ms/MP, best of 12 turns\n", size.width, size.height);

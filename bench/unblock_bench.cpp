@@ -7,24 +7,25 @@
 
 #include <benchmark/benchmark.h>
 #include <omp.h>
-#include <sys/resource.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
 #include <random>
 #include <vector>
 
+#include "bench/fastest_turn.h"
 #include "frame/load.h"
-#include "prim/alloc.h"
+#include "tests/support/heap.h"
 #include "vxicore26.h"
 #ifdef VX_TURBOJPEG
 #include "bench/unblock_turbo.h"
 #endif
 
 namespace {
+
+using vx::bench::seconds;
 
 struct Picture {
   int width, height;
@@ -84,45 +85,6 @@ Picture photoOf(std::int64_t megapixels) {
   return out;
 }
 
-double cpuSeconds() {
-  rusage r{};
-  getrusage(RUSAGE_SELF, &r);
-  const auto seconds = [](const timeval& t) {
-    return static_cast<double>(t.tv_sec) + 1e-6 * static_cast<double>(t.tv_usec);
-  };
-  return seconds(r.ru_utime) + seconds(r.ru_stime);
-}
-
-std::size_t g_bytes, g_peak;
-
-// Counts what the library holds.
-class PeakMemory {
- public:
-  PeakMemory() {
-    g_bytes = g_peak = 0;
-    vx::prim::primMemHooks.allocate = [](std::size_t size) -> void* {
-      auto* block = static_cast<std::size_t*>(std::malloc(size + 64));
-      if (block == nullptr) return nullptr;
-      *block = size;
-#pragma omp critical
-      g_peak = std::max(g_peak, g_bytes += size);
-      return block + 8;
-    };
-    vx::prim::primMemHooks.release = [](void* user) {
-      auto* block = static_cast<std::size_t*>(user) - 8;
-#pragma omp critical
-      g_bytes -= *block;
-      std::free(block);
-    };
-  }
-  ~PeakMemory() { vx::prim::primMemHooks = saved_; }
-  PeakMemory(const PeakMemory&) = delete;
-  PeakMemory& operator=(const PeakMemory&) = delete;
-
- private:
-  vx::prim::MemHooks saved_ = vx::prim::primMemHooks;
-};
-
 template <class Work>
 void measure(benchmark::State& state, const Work& work) {
   const Picture original = photoOf(state.range(2));
@@ -131,14 +93,12 @@ void measure(benchmark::State& state, const Work& work) {
   double best = 1e30, bestCpu = 1e30;
   for (auto _ : state) {
     picture.bytes = original.bytes;
-    const double cpu = cpuSeconds();
-    const auto start = std::chrono::steady_clock::now();
+    const double cpuStart = seconds(CLOCK_PROCESS_CPUTIME_ID), start = seconds(CLOCK_MONOTONIC);
     work(picture);
-    const double wall =
-        std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    const double wall = seconds(CLOCK_MONOTONIC) - start;
     state.SetIterationTime(wall);
     best = std::min(best, wall);
-    bestCpu = std::min(bestCpu, cpuSeconds() - cpu);
+    bestCpu = std::min(bestCpu, seconds(CLOCK_PROCESS_CPUTIME_ID) - cpuStart);
   }
   state.counters["MP_per_s"] = megapixels / best;
   state.counters["cpu_ms_per_MP"] = 1e3 * bestCpu / megapixels;
@@ -153,10 +113,10 @@ void unblock(benchmark::State& state) {
   });
   for (const int shiftStep : {1, 8}) {
     Picture p = photoOf(state.range(2));
-    const PeakMemory memory;
+    const vx::test::Heap heap;
     vxUnblock(0, p.bytes.data(), 3, 3 * p.width, p.width, p.height, quality, 1, shiftStep, 0);
     state.counters[shiftStep == 1 ? "peak_MB_per_MP" : "of_1_trip"] =
-        static_cast<double>(g_peak) / p.width / p.height;
+        static_cast<double>(vx::test::Heap::peak()) / p.width / p.height;
   }
   omp_set_num_threads(omp_get_num_procs());
 }

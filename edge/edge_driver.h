@@ -22,7 +22,7 @@ struct EdgeSettings {
 /// Enhances the edges of an interleaved RGB image in place; the work of vxYUVEdgeRGB.
 ///
 /// Computes in float planes (12 bytes a pixel, 24 while chroma is realigned) on the calling thread.
-/// @param deep     0: bytes; otherwise 16-bit samples of 0..32767, read as unsigned
+/// @param deep     16-bit samples of 0..32767, read as unsigned, instead of bytes
 /// @param rowStep  from row to row, in bytes, when deep in samples; may be negative
 /// @return 1
 /// @throws MemoryException with the image untouched

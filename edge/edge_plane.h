@@ -1,21 +1,17 @@
 #pragma once
 
-#include <cstddef>
 #include <utility>
 
 #include "edge/enh_edge.h"
+#include "frame/row_at.h"
 #include "prim/memory.h"
 
 namespace vx {
 
 /// Address of pixel (x, y) of a plane whose rows are `step` bytes apart.
-inline const float* at(const float* data, int step, int x, int y) {
-  return reinterpret_cast<const float*>(reinterpret_cast<const char*>(data) +
-                                        std::ptrdiff_t{step} * y) +
-         x;
-}
-inline float* at(float* data, int step, int x, int y) {
-  return reinterpret_cast<float*>(reinterpret_cast<char*>(data) + std::ptrdiff_t{step} * y) + x;
+template <class T>
+T* at(T* data, int step, int x, int y) {
+  return rowAt(data, step, y) + x;
 }
 inline float* at(const EdgePlane& plane, int x, int y) { return plane.row(y) + x; }
 

@@ -7,9 +7,9 @@
 namespace vx {
 
 /// Runs body(i) for i from `first` to below `last` on the OpenMP team, handed out dynamically one
-/// at a time in rising order. Each thread computes under the library's floating-point state. The first exception
-/// that a body throws is kept and thrown again on the calling thread after the loop; the bodies
-/// that have not started by then are skipped.
+/// at a time in rising order. Each thread computes under the library's floating-point state. The
+/// first exception that a body throws is kept and thrown again on the calling thread after the
+/// loop; the bodies that have not started by then are skipped.
 template <class Body>
 void parallelFor(int first, int last, const Body& body) {
   std::exception_ptr failure;

@@ -207,10 +207,10 @@ typedef int   (*VxProgress)(int position, int total, void* hostContext);
  *                         0.01 skipped); typical 0.1 to 0.3. Cost: 12 bytes per pixel of the
  *                         picture or tile
  * @param unblockStrength  0 to 1; neutral 0 (up to 0.02 skipped); JPEG quality 100 - 85 * strength,
- *                         see vxUnblock; typical 0.3 for files of quality 75, 0.5 for 50 and 0.7 for
- *                         25 or less. Only at previewScale 1. Works on 8 bits, and
- *                         makes the picture 0.4 % brighter: bytes come back as value / 255, not
- *                         / 256. Cost: 53
+ *                         see vxUnblock; typical 0.3 for files of quality 75, 0.5 for 50 and 0.7
+ *                         for 25 or less. Only at previewScale 1. Works on 8 bits, and makes the
+ *                         picture 0.4 % brighter: bytes come back as value / 255, not / 256.
+ *                         Cost: 53
  * @param denoiseMode      0: quick filter with settings from the profile, neutral; other: non-local
  *                         filter, which keeps more detail. Cost: about 100 times that of the quick
  *                         filter, and in a process that has no plans for its transforms yet some

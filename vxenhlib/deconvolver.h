@@ -29,9 +29,9 @@ class Deconvolver {
   /// Fixes kernel size, iterations and the kernel, a Gaussian of sum 1.
   void setKernel(float sigma);
 
-  /// target = source, sharpened, but for a frame of 4, 5, 6 or 8 pixels (sigma below
-  /// 0.65, 1.0, 1.5, and from there on), which keeps the source: too little of the blur is known
-  /// there. Both have one size and do not overlap.
+  /// target = source, sharpened, but for a frame of 4, 5, 6 or 8 pixels (sigma below 0.65, 1.0,
+  /// 1.5, and from there on), which keeps the source: too little of the blur is known there. Both
+  /// have one size and do not overlap.
   ///
   /// @return kVxrcSizeMismatch, or kVxrcNoMemory; the target is a copy of the source then, or
   ///   untouched

@@ -41,8 +41,8 @@ struct GridStep {
 class NoiseFilterRecord {
  public:
   NoiseProfile profile{};
-  /// Made when the non-local passes first need it: planning its transforms takes some tenths of a
-  /// second, which the bilateral passes and small planes are spared.
+  /// Made when the non-local passes first need it: planning its transforms takes some
+  /// seconds, which the bilateral passes and small planes are spared.
   std::unique_ptr<CNLImDnCn> nonLocal;
   float strength = 1.2f;       ///< last strength given to denoise()
   float deviationGain = 1.5f;  ///< last one given to denoise()

@@ -1,9 +1,7 @@
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
-
 #include "frame/img.h"
+#include "frame/row_at.h"
 
 namespace vx {
 
@@ -23,10 +21,7 @@ struct PlaneView {
       : data(plane.data), step(plane.step), width(plane.roiWidth), height(plane.roiHeight) {}
 
   bool empty() const { return data == nullptr || width < 1 || height < 1; }
-  float* row(int y) const {
-    return reinterpret_cast<float*>(reinterpret_cast<std::uint8_t*>(data) +
-                                    std::ptrdiff_t{step} * y);
-  }
+  float* row(int y) const { return rowAt(data, step, y); }
   PlaneView rows(int y, int count) const { return {row(y), step, width, count}; }
 };
 

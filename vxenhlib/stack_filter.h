@@ -70,9 +70,8 @@ class StackFilter {
   /// The local sigma is what source and match 1 (or source and pilot) differ by, at most the noise.
   ///
   /// @param depth        of stackDepth()
-  /// @param blockWeight  the window times depth / (sum of the weights + 1), rows blockWidth apart:
-  /// a
-  ///   cleanly filtered stack counts for more
+  /// @param blockWeight  the window times depth / (sum of the weights + 1), so that a cleanly
+  ///   filtered stack counts for more; rows blockWidth apart
   void weigh(const PlaneView& source, const PlaneView* pilot, const StackMatches& matches,
              int depth, const StackSettings& settings, float* blockWeight);
 

@@ -72,8 +72,7 @@ AdjustCommand::AdjustCommand(CLI::App& program)
        "on, acts on the base alone. 0 is off"},
       {"luma-detail-range", &lumaDetailRange_, 0, 1, kDetail,
        "Height of a lightness step that counts as an edge and stays in the base; 0 turns this "
-       "group "
-       "off. Usual: 0.05 to 0.3"},
+       "group off. Usual: 0.05 to 0.3"},
       {"luma-detail-radius", &lumaDetailRadius_, 0, 4096, kDetail,
        "Size of what counts as detail, in pixels of the full picture; below 6 counts as 6"},
       {"luma-detail-gain", &lumaDetailGain_, 0, 10, kDetail,

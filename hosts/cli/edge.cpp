@@ -23,9 +23,8 @@ EdgeCommand::EdgeCommand(CLI::App& program)
        "Gain of the detail everywhere; below 1 softens. Acts together with a blur. 1 is neutral"},
       {"adaptive-gain", &adaptiveGain_, 0, 20, kSharp,
        "Further gain in the middle of a transition, which falls off towards its ends, so that "
-       "edges "
-       "get steeper without bright and dark seams. Acts together with a blur. Usual: 1 to 4. 0 is "
-       "off"},
+       "edges get steeper without bright and dark seams. Acts together with a blur. Usual: 1 to 4. "
+       "0 is off"},
       {"blur-x", &blurX_, 0, kWidest, kSharp,
        "What counts as detail: less than this blur keeps, horizontally, in pixels. Usual: 0.8 to "
        "2. Up to 0.45 is off"},

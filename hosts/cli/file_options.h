@@ -3,6 +3,7 @@
 
 #include <CLI/CLI.hpp>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace vx::cli {
@@ -30,14 +31,14 @@ void addOutputOptions(CLI::App& app, FileOptions& options);
 /// For subcommands whose settings are radii that can be reduced along with the picture.
 void addPreviewOption(CLI::App& app, FileOptions& options);
 
-/// A space that wrapped() does not break at.
-inline constexpr char kNoBreak = '\x1f';
-
-/// `text` in lines of at most `width` characters, broken at spaces.
-std::string wrapped(std::string_view text, std::size_t width);
-
 /// Columns of the help: names, then descriptions.
 inline constexpr std::size_t kHelpNames = 30;
 inline constexpr std::size_t kHelpWidth = 68;
+
+/// A space that helpText() does not break at.
+inline constexpr char kNoBreak = '\x1f';
+
+/// A description in lines of at most kHelpWidth characters, broken at spaces.
+std::string helpText(std::string_view text);
 
 }  // namespace vx::cli

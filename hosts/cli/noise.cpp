@@ -46,12 +46,11 @@ NoiseCommand::NoiseCommand(CLI::App& program)
   addInputOptions(app(), files_);
   app().add_flag(
       "--json", json_,
-      wrapped(
+      helpText(
           "Print a list with an object per picture: file, the six fields of the "
           "estimate (noise as standard deviation on a scale of 1), whether it is known, and the "
           "strengths that adjust --denoise auto would take. Bytes of a name that are not UTF-8 "
-          "become U+FFFD",
-          kHelpWidth));
+          "become U+FFFD"));
   addExamples(
       "  vxicore noise photo.jpg\n"
       "  vxicore noise holiday/ --json | jq '.[] | select(.lumaNoise > 0.02) | .file'\n",

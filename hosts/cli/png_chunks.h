@@ -8,8 +8,8 @@
 
 namespace vx::cli {
 
-/// Insert one chunk before the pixels, as PNG (third edition) defines it: eXIf
-/// holds the bytes of a TIFF header and its directories, without the "Exif" marker of JPEG.
+/// Each inserts one chunk before the pixels, as PNG (third edition) defines it. An eXIf holds the
+/// bytes of a TIFF header and its directories, without the "Exif" marker of JPEG.
 void insertPngExif(std::vector<std::uint8_t>& file, std::string_view exif);
 /// An uncompressed iTXt "XML:com.adobe.xmp".
 void insertPngXmp(std::vector<std::uint8_t>& file, std::string_view packet);

@@ -7,11 +7,6 @@
 #include "hosts/cli/presets.h"
 
 namespace vx::cli {
-namespace {
-
-std::string help(const std::string& text) { return wrapped(text, kHelpWidth); }
-
-}  // namespace
 
 TreatingCommand::TreatingCommand(CLI::App& program, const std::string& name,
                                  const std::string& summary)
@@ -24,15 +19,15 @@ TreatingCommand::TreatingCommand(CLI::App& program, const std::string& name,
     shipped += (shipped.empty() ? ", or one of the shipped ones by name: " : ", ") + preset;
   app()
       .add_option("--preset", presets_,
-                  help("Settings from a file" + shipped +
-                       ". May be given again; the command line has the last word"))
+                  helpText("Settings from a file" + shipped +
+                           ". May be given again; the command line has the last word"))
       ->option_text("FILE")
       ->expected(1)
       ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
       ->group(group);
   app()
       .add_option("--save-preset", savePreset_,
-                  help("Write the settings in force to this file (with or without pictures)"))
+                  helpText("Write the settings in force to this file (with or without pictures)"))
       ->option_text("FILE")
       ->group(group);
 }
@@ -44,7 +39,7 @@ void TreatingCommand::addSettings(std::vector<Setting> table) {
     std::replace(range.begin(), range.end(), ' ', kNoBreak);
     app()
         .add_option("--" + std::string(setting.name), typed_[setting.name],
-                    help(std::string(setting.help) + ' ' + range))
+                    helpText(std::string(setting.help) + ' ' + range))
         ->option_text(valueName(setting))
         ->group(std::string(setting.group));
   }

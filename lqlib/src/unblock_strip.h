@@ -84,8 +84,8 @@ class UnblockStrip {
   int first_ = 0, last_ = 0, loaded_ = 0;
   ImageBuffer<std::int16_t> samples_;
   ImageBuffer<std::int16_t> reduced_;  ///< ring of the rows of halved components
-  ImageBuffer<std::int16_t> columns_[3]
-                                    [kParities];  ///< of the vertical transform; luma: MCU halves
+  /// Of the vertical transform; in place of parities luma has the halves of an MCU.
+  ImageBuffer<std::int16_t> columns_[3][kParities];
   Decoded decoded_[3];
   ImageBuffer<std::uint8_t> wide_;  ///< two rows at full width
   ImageBuffer<std::uint16_t> sums_;

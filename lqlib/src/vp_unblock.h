@@ -9,9 +9,10 @@ namespace vx {
 /// more, but for its limit of 65535 pixels on an axis; a trip whose stream does not fit counts with
 /// the unchanged picture. The mean is truncated.
 ///
-/// Method: re-application of JPEG at shifted grids (A. Nosratinia, 2001, "Enhancement of JPEG-
-/// compressed images by re-application of JPEG"). Arguments as for vxUnblock; `pixels` may be null
-/// and the sizes below 1: then nothing is done. Results do not depend on the number of threads.
+/// Method: A. Nosratinia, "Enhancement of JPEG-compressed images by re-application of JPEG", 2001.
+///
+/// Arguments as for vxUnblock; `pixels` may be null and the sizes below 1: then nothing is done.
+/// Results do not depend on the number of threads.
 ///
 /// @return the number of round trips
 /// @throw MemoryException before the picture is touched

@@ -95,8 +95,8 @@ float correlatePixel(const float* src, int srcStep, const float* tpl, int tplWid
 
 int primCrossCorr_32f_C1R(const float* src, int srcStep, const float* tpl, int tplWidth,
                           int tplHeight, float* dst, int dstStep, int width, int height) {
-  if (src == nullptr || tpl == nullptr || dst == nullptr) return kStatusNullPtr;
-  if (emptySize(width, height) || emptySize(tplWidth, tplHeight)) return kStatusBadSize;
+  if (const int status = checkImage(width, height, src, tpl, dst)) return status;
+  if (emptySize(tplWidth, tplHeight)) return kStatusBadSize;
   if (srcStep < 4 * (std::int64_t{width} + tplWidth - 1) || shortStep(dstStep, width, 4))
     return kStatusBadStep;
   int x = 0;
@@ -124,9 +124,10 @@ int primSearchRow_32f_C1R(const float* candidate, int candidateStep, const float
                           int bestStep, const float* srcU, int srcUStep, const float* srcV,
                           int srcVStep, float* dstU, int dstUStep, float* dstV, int dstVStep,
                           int width, int height) {
-  if (!candidate || !target || !weights || !best || !srcU || !srcV || !dstU || !dstV)
-    return kStatusNullPtr;
-  if (emptySize(width, height) || count < 1) return kStatusBadSize;
+  if (const int status =
+          checkImage(width, height, candidate, target, weights, best, srcU, srcV, dstU, dstV))
+    return status;
+  if (count < 1) return kStatusBadSize;
   const std::int64_t reach = std::int64_t{width} + count - 1;
   const int wideSteps[] = {candidateStep, srcUStep, srcVStep};
   for (const int step : wideSteps)

@@ -33,11 +33,11 @@ TEST(ToneSettings, sharpeningBlurFollowsAmountAndPreview) {
 }
 
 TEST(ToneSettings, radiiTruncateTwiceAndKeepSixPixels) {
+  // The last: times 1 / 41 in single precision; divided it would be 14.
   const std::tuple<float, int, int> cases[] = {
       {3.9f, 1, 6},   {100.0f, 4, 25},     {7.5f, 1, 7},    {15.9f, 2, 7},
       {-50.0f, 1, 6}, {-50.0f, -1, 50},    {100.0f, 0, 6},  {0.0f, 0, 6},
-      {kNaN, 1, 6},   {1e30f, 1, INT_MAX}, {574.0f, 41, 13}};  // times 1 / 41 in single precision;
-                                                               // divided it would be 14
+      {kNaN, 1, 6},   {1e30f, 1, INT_MAX}, {574.0f, 41, 13}};
   for (const auto& [pixels, previewScale, radius] : cases) {
     const auto tone = derive({.previewScale = previewScale, .lumaEqRadius = pixels});
     EXPECT_EQ(tone.lightness.eqSample, radius) << pixels << " " << previewScale;

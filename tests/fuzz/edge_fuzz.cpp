@@ -16,7 +16,7 @@ extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static GuardedMemory memory(160 * 1024);
   ByteSource source(data, size);
-  // The stages work on tiles of 128 by 128 or so: one input in eight is wider than one.
+  // The stages work on tiles of 256 by 32: one input in eight may be wider than one.
   const bool wide = source.oneIn(8);
   const int width = wide ? 1 + source.raw<std::uint16_t>() % 600 : source.integer(1, 48);
   const int height = wide ? 1 + static_cast<int>(source.byte() % 24) : source.integer(1, 40);

@@ -21,8 +21,8 @@ struct Plan {
   int setting = 0;  ///< every integer that is neither size nor step nor listed below
   Frame frame{};    ///< readable pixels around the sources
   std::map<std::string_view, double> numbers{};
-  std::map<std::string_view, Shape>
-      shapes{};  ///< of images and lists that are not the trial's size
+  /// Of images and lists that are not the trial's size.
+  std::map<std::string_view, Shape> shapes{};
   std::map<std::string_view, std::function<double(int)>> elements{};  ///< values of a list
   std::map<std::string_view, std::shared_ptr<void>> objects{};        ///< no images
   bool ontoSource = false;  ///< the destination is the first image
