@@ -70,9 +70,9 @@
  *
  * Functions report by their results. Null `pixels` and sizes below 1 are no failure: nothing is
  * done. Memory failures inside a stage may leave a function as a C++ exception, which a host in C
- * cannot catch; the picture is then as it was. Not in our hands: the OpenMP runtime ends the
- * process when it cannot start its threads, FFTW when its planner, which only the non-local noise
- * filter uses, finds no memory at all.
+ * cannot catch; the picture is then as it was. The non-local noise filter leaves a picture as it is
+ * where its transforms find no memory. Not in our hands: the OpenMP runtime ends the process when
+ * it cannot start its threads.
  *
  * @section costs Costs
  *
