@@ -64,16 +64,10 @@ void BlockMatcher::setEnergies() {
       const float* bottom = integral.row(y + shape_.blockHeight - 1) + tile_.x;
       const float* top = y > 0 ? integral.row(y - 1) + tile_.x : zeroRow_.data();
       float* energy = energy_.data() + std::ptrdiff_t{v} * shape_.searchWidth;
-      const float first = boxSum(integral, tile_.x, y, shape_.blockWidth, shape_.blockHeight);
-      if (p == 0) {
-        energy[0] = first;
-        for (int u = 1; u < across; ++u)
-          energy[u] = bottom[u + right] - bottom[u - 1] - top[u + right] + top[u - 1];
-      } else {
-        energy[0] += first;
-        for (int u = 1; u < across; ++u)
-          energy[u] += bottom[u + right] - bottom[u - 1] - top[u + right] + top[u - 1];
-      }
+      const auto put = [p](float& sum, float value) { sum = p == 0 ? value : sum + value; };
+      put(energy[0], boxSum(integral, tile_.x, y, shape_.blockWidth, shape_.blockHeight));
+      for (int u = 1; u < across; ++u)
+        put(energy[u], bottom[u + right] - bottom[u - 1] - top[u + right] + top[u - 1]);
     }
   }
 }

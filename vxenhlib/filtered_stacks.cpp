@@ -23,12 +23,14 @@ bool FilteredStacks::reserve(const StackShape& shape, int planes) {
   return true;
 }
 
-const FilteredStacks::Stack* FilteredStacks::find(const StackMatches& matches, int depth) const {
+const FilteredStacks::Stack* FilteredStacks::find(const StackMatches& matches, int depth) {
   const int compared = std::max(depth, 2);  // the second one tells the local noise
-  for (const Stack& stack : stacks_)
+  for (Stack& stack : stacks_)
     if (stack.depth == depth && std::equal(matches.x, matches.x + compared, stack.matches.x) &&
-        std::equal(matches.y, matches.y + compared, stack.matches.y))
+        std::equal(matches.y, matches.y + compared, stack.matches.y)) {
+      stack.matches = matches;
       return &stack;
+    }
   return nullptr;
 }
 
@@ -43,6 +45,9 @@ const FilteredStacks::Stack* FilteredStacks::find(int x, int y, int leftmost,
 }
 
 FilteredStacks::Stack& FilteredStacks::replaceOldest(const StackMatches& matches, int depth) {
+  for (Stack& other : stacks_)
+    if (other.depth > 0 && other.matches.x[0] == matches.x[0] && other.matches.y[0] == matches.y[0])
+      other.depth = 0;
   Stack& stack = stacks_[oldest_];
   oldest_ = (oldest_ + 1) % kKept;
   stack.depth = depth;

@@ -22,14 +22,16 @@ class FilteredStacks {
   /// For stacks of `planes` planes; false when memory is short. Forgets all stacks.
   bool reserve(const StackShape& shape, int planes);
 
-  /// The stack of these blocks, compared with the same second match; null when it is not there.
-  const Stack* find(const StackMatches& matches, int depth) const;
+  /// The stack of these blocks, compared with the same second match, from now on known by this
+  /// choice of them; null when it is not there.
+  const Stack* find(const StackMatches& matches, int depth);
 
-  /// The stack of the block at (x, y) that a map from column `leftmost` on gives too, when all its
-  /// costs that are not known yet are at least `leastNew`; null when there is none.
+  /// The stack chosen last for the block at (x, y), when a map from column `leftmost` on gives it
+  /// too and all its costs that the choice did not see are at least `leastNew`; else null.
   const Stack* find(int x, int y, int leftmost, float leastNew) const;
 
-  /// The oldest stack, to be replaced by the one of these blocks.
+  /// The oldest stack, to be replaced by the one of these blocks. An earlier choice for the same
+  /// block is forgotten: it has not seen what this one has.
   Stack& replaceOldest(const StackMatches& matches, int depth);
 
  private:

@@ -151,6 +151,33 @@ TEST(NonLocal, selectionTakesTheFirstSmallestEachTime) {
   }
 }
 
+// Of two choices for a block the first one has not seen what the second one has.
+TEST(NonLocal, aBlockIsKnownByItsLastChoice) {
+  const StackShape shape(8, 8, 8);
+  StackMatches seesFar{};
+  seesFar.x[0] = seesFar.y[0] = 30;
+  seesFar.leftmost = 20;
+  seesFar.bound = 1.0f;
+  StackMatches seesNear = seesFar, another = seesFar;
+  seesNear.leftmost = 10;
+  another.x[1] = 10;
+  another.leftmost = 10;
+  for (const bool sameBlocks : {true, false}) {
+    FilteredStacks stacks;
+    ASSERT_TRUE(stacks.reserve(shape, 1));
+    stacks.replaceOldest(seesFar, 2);
+    EXPECT_NE(stacks.find(30, 30, 15, 2.0f), nullptr);
+    EXPECT_EQ(stacks.find(30, 30, 15, 1.0f), nullptr);
+    EXPECT_EQ(stacks.find(30, 30, 21, 2.0f), nullptr);
+    if (sameBlocks)
+      EXPECT_NE(stacks.find(seesNear, 2), nullptr);
+    else
+      stacks.replaceOldest(another, 2);
+    EXPECT_EQ(stacks.find(30, 30, 15, 2.0f), nullptr);
+    EXPECT_NE(stacks.find(30, 30, 10, 2.0f), nullptr);
+  }
+}
+
 // A filter of blocks of 8, its planes, and the slow evaluation of the same pass.
 struct PassCheck {
   Plane source, guide, other, pilot, out[2];
