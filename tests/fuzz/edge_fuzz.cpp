@@ -1,17 +1,10 @@
 // vxYUVEdgeRGB, whatever its arguments: 1 and only pixels changed, or want of memory and nothing
 // changed. libFuzzer's interface.
 
-#include "frame/exceptions.h"
 #include "tests/fuzz/target.h"
-#include "tests/support/heap.h"
 #include "vxicore26.h"
 
 using namespace vx::test;
-
-extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
-  vx::attachProcess();
-  return 0;
-}
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static GuardedMemory memory(160 * 1024);
@@ -51,22 +44,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const int refused = faults ? static_cast<int>(source.byte() % 24) : -1;
   const Surroundings surroundings(source, faults);
   memory.forbidTheRest();
-  bool done = false;
-  {
-    const Heap heap(refused, source.oneIn(2));
-    try {
-      surroundings.run([&] {
-        require(
-            vxYUVEdgeRGB(deep, pixels, step, width, height, baseGain, floor, sigmaX, sigmaY, gain,
+  const bool done = endsOrLacksMemory(surroundings, refused, source.oneIn(2), [&] {
+    require(vxYUVEdgeRGB(deep, pixels, step, width, height, baseGain, floor, sigmaX, sigmaY, gain,
                          blurX, blurY, shiftX, shiftY, alignX, alignY, limit, reserved) == 1,
             "the answer is 1");
-      });
-      done = true;
-    } catch (const vx::MemoryException&) {
-      require(Heap::refusedOne(), "there was memory");
-    }
-    require(Heap::live() == 0, "everything is given back");
-  }
+  });
   memory.check(done);
   // The limit of 16-bit samples.
   for (int y = 0; done && placed != nullptr && deep != 0 && y < height; ++y)

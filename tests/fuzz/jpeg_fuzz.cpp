@@ -10,11 +10,6 @@
 #include "jpeg/jpeg.h"
 #include "tests/fuzz/inputs.h"
 
-extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
-  vx::attachProcess();
-  return 0;
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   // A copy of its own, so that a sanitizer sees the first byte too many.
   std::vector<std::uint8_t> stream(data, data + size);

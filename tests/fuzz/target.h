@@ -3,11 +3,13 @@
 #include <immintrin.h>
 #include <omp.h>
 
+#include "frame/exceptions.h"
 #include "frame/load.h"
 #include "prim/dispatch.h"
 #include "tests/fuzz/byte_source.h"
 #include "tests/fuzz/guarded_memory.h"
 #include "tests/fuzz/inputs.h"
+#include "tests/support/heap.h"
 
 #ifdef __SANITIZE_THREAD__
 #define VX_ONE_THREAD true
@@ -70,6 +72,25 @@ inline int fuzzStep(ByteSource& source, int rowBytes, int height) {
     default:
       return rowBytes + slack % 5;
   }
+}
+
+/// Makes the call with the allocation of that number refused (none: -1), or also all after it.
+/// False when the call ended for want of memory; nothing may be left behind in either case.
+template <class Call>
+bool endsOrLacksMemory(const Surroundings& surroundings, int refused, bool onwards,
+                       const Call& call) {
+  bool done = false;
+  {
+    const Heap heap(refused, onwards);
+    try {
+      surroundings.run(call);
+      done = true;
+    } catch (const MemoryException&) {
+      require(Heap::refusedOne(), "there was memory");
+    }
+    require(Heap::live() == 0, "everything is given back");
+  }
+  return done;
 }
 
 }  // namespace vx::test

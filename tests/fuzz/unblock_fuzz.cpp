@@ -1,17 +1,10 @@
 // vxUnblock, whatever its arguments: the number of round trips and only samples changed, or want of
 // memory and nothing changed. libFuzzer's interface.
 
-#include "frame/exceptions.h"
 #include "tests/fuzz/target.h"
-#include "tests/support/heap.h"
 #include "vxicore26.h"
 
 using namespace vx::test;
-
-extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
-  vx::attachProcess();
-  return 0;
-}
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static GuardedMemory memory(128 * 1024);
@@ -60,22 +53,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const int refused = faults ? static_cast<int>(source.byte() % 48) : -1;
   const Surroundings surroundings(source, faults);
   memory.forbidTheRest();
-  bool done = false;
-  {
-    const Heap heap(refused, source.oneIn(2));
-    try {
-      surroundings.run([&] {
-        const int perAxis = (8 + std::clamp(shiftStep, 1, 8) - 1) / std::clamp(shiftStep, 1, 8);
-        require(vxUnblock(deep, pixels, pixelStep, rowStep, width, height, quality, mode, shiftStep,
-                          reserved) == perAxis * perAxis,
-                "the answer is the number of round trips");
-      });
-      done = true;
-    } catch (const vx::MemoryException&) {
-      require(Heap::refusedOne(), "there was memory");
-    }
-    require(Heap::live() == 0, "everything is given back");
-  }
+  const bool done = endsOrLacksMemory(surroundings, refused, source.oneIn(2), [&] {
+    const int perAxis = (8 + std::clamp(shiftStep, 1, 8) - 1) / std::clamp(shiftStep, 1, 8);
+    require(vxUnblock(deep, pixels, pixelStep, rowStep, width, height, quality, mode, shiftStep,
+                      reserved) == perAxis * perAxis,
+            "the answer is the number of round trips");
+  });
   memory.check(done);
   return 0;
 }
