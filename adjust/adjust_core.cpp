@@ -3,7 +3,7 @@
 #include "adjust/noise_stage.h"
 #include "adjust/tone_settings.h"
 #include "adjust/unblock_stage.h"
-#include "vxenhlib/adjust_tone_stage.h"
+#include "vxenhlib/tone/adjust_tone_stage.h"
 
 namespace vx {
 

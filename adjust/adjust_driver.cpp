@@ -7,7 +7,7 @@
 #include "adjust/adjust_core.h"
 #include "adjust/plan_tiles.h"
 #include "adjust/tile_blend.h"
-#include "vxenhlib/tone_scratch.h"
+#include "vxenhlib/tone/tone_scratch.h"
 
 namespace vx {
 namespace {

@@ -1,12 +1,12 @@
 #include "adjust/noise_stage.h"
 
+#include "frame/bands.h"
+#include "frame/plane_view.h"
 #include "prim/arith.h"
 #include "prim/channel.h"
 #include "prim/memory.h"
-#include "vxenhlib/bands.h"
-#include "vxenhlib/grid_denoise.h"
-#include "vxenhlib/luma_chroma.h"
-#include "vxenhlib/plane_view.h"
+#include "vxenhlib/noise/grid_denoise.h"
+#include "vxenhlib/noise/luma_chroma.h"
 
 namespace vx {
 namespace {

@@ -4,7 +4,7 @@
 
 #include "adjust/adjust_settings.h"
 #include "frame/img.h"
-#include "vxenhlib/noise_filter_record.h"
+#include "vxenhlib/noise/noise_filter_record.h"
 
 namespace vx {
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "adjust/adjust_settings.h"
-#include "vxenhlib/adjust_tone_stage.h"
+#include "vxenhlib/tone/adjust_tone_stage.h"
 
 namespace vx {
 

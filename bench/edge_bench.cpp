@@ -9,7 +9,7 @@
 #include "bench/edge_opencv.h"
 #include "edge/edge_driver.h"
 #include "edge/enh_edge.h"
-#include "frame/load.h"
+#include "frame/exports/load.h"
 
 namespace {
 

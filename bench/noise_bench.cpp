@@ -13,13 +13,13 @@
 #include "bench/fastest_turn.h"
 #include "bench/noise_opencv.h"
 #include "bench/noise_picture.h"
-#include "frame/load.h"
+#include "frame/exports/load.h"
 #include "prim/float_mode.h"
 #include "tests/support/heap.h"
-#include "vxenhlib/band_sums.h"
-#include "vxenhlib/block_matcher.h"
-#include "vxenhlib/filtered_stacks.h"
-#include "vxenhlib/noise_filter_record.h"
+#include "vxenhlib/noise/noise_filter_record.h"
+#include "vxenhlib/nonlocal/band_sums.h"
+#include "vxenhlib/nonlocal/block_matcher.h"
+#include "vxenhlib/nonlocal/filtered_stacks.h"
 
 namespace {
 

@@ -15,7 +15,7 @@
 #include <vector>
 
 #include "bench/noise_picture.h"
-#include "frame/load.h"
+#include "frame/exports/load.h"
 #include "prim/float_mode.h"
 
 namespace {

@@ -16,7 +16,7 @@
 #include <vector>
 
 #include "bench/prim_operands.h"
-#include "frame/load.h"
+#include "frame/exports/load.h"
 #include "prim/dispatch.h"
 #include "prim/float_mode.h"
 

@@ -18,15 +18,15 @@
 #include "bench/tone_opencv.h"
 #endif
 #include "bench/fastest_turn.h"
+#include "frame/bands.h"
+#include "frame/exports/load.h"
 #include "frame/img.h"
-#include "frame/load.h"
 #include "prim/prims.h"
-#include "vxenhlib/adjust_tone_stage.h"
-#include "vxenhlib/bands.h"
-#include "vxenhlib/bilateral_local_hist_eq.h"
-#include "vxenhlib/tone_curve.h"
-#include "vxenhlib/tone_scratch.h"
-#include "vxenhlib/unsharp_mask.h"
+#include "vxenhlib/grid/bilateral_local_hist_eq.h"
+#include "vxenhlib/tone/adjust_tone_stage.h"
+#include "vxenhlib/tone/tone_curve.h"
+#include "vxenhlib/tone/tone_scratch.h"
+#include "vxenhlib/tone/unsharp_mask.h"
 
 namespace {
 

@@ -16,7 +16,7 @@
 #include <vector>
 
 #include "bench/fastest_turn.h"
-#include "frame/load.h"
+#include "frame/exports/load.h"
 #include "tests/support/heap.h"
 #include "vxicore26.h"
 #ifdef VX_TURBOJPEG

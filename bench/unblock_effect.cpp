@@ -26,7 +26,7 @@
 #include "adjust/unblock_stage.h"
 #include "bench/picture_quality.h"
 #include "bench/read_picture.h"
-#include "frame/load.h"
+#include "frame/exports/load.h"
 #include "vxicore26.h"
 
 namespace {

@@ -92,29 +92,29 @@ extern "C" {
  * has no pointers: hosts may copy it, store it with the picture, or fill it by themselves.
  */
 typedef struct NoiseProfile {
-    /** @var lumaLevel
-     *  mean brightness; that of white is 1 / 1.402
-     *  @var lumaNoise
-     *  standard deviation of the luma, white being 1; above 1 nothing could be measured
-     *  @var lumaReserved
-     *  0 */
-    float lumaLevel, lumaNoise, lumaReserved;
-    /** @var chromaLevel
-     *  as lumaLevel
-     *  @var chromaNoise
-     *  standard deviation of the chroma
-     *  @var chromaReserved
-     *  0 */
-    float chromaLevel, chromaNoise, chromaReserved;
+  /** @var lumaLevel
+   *  mean brightness; that of white is 1 / 1.402
+   *  @var lumaNoise
+   *  standard deviation of the luma, white being 1; above 1 nothing could be measured
+   *  @var lumaReserved
+   *  0 */
+  float lumaLevel, lumaNoise, lumaReserved;
+  /** @var chromaLevel
+   *  as lumaLevel
+   *  @var chromaNoise
+   *  standard deviation of the chroma
+   *  @var chromaReserved
+   *  0 */
+  float chromaLevel, chromaNoise, chromaReserved;
 } NoiseProfile;
 
 /** Allocates `size` bytes aligned to at least 4; returns null when it cannot. */
 typedef void* (*VxHostAlloc)(size_t size, void* hostContext);
 /** Releases what VxHostAlloc gave; must not throw. */
-typedef void  (*VxHostFree)(void* block, void* hostContext);
+typedef void (*VxHostFree)(void* block, void* hostContext);
 /** Takes a report: `position` of `total` (100; with very many tiles `position` may pass it).
  *  Returns 0 to cancel the call, anything else to go on. */
-typedef int   (*VxProgress)(int position, int total, void* hostContext);
+typedef int (*VxProgress)(int position, int total, void* hostContext);
 
 /**
  * Enhances a picture in place. Pictures of what the settings do: @ref settings.
@@ -223,12 +223,12 @@ typedef int   (*VxProgress)(int position, int total, void* hostContext);
 int vxAdjustRgb(void* pixels, int format, int rowStep, int width, int height, int previewScale,
                 VxHostAlloc hostAlloc, VxHostFree hostFree, VxProgress progress, void* hostContext,
                 float lumaEqAmount, float lumaEqRadius, float lumaEqPeakGain, float lumaGamma,
-                float lumaEqTopCut, float lumaEqFloor,
-                float lumaDetailRange, float lumaDetailRadius, float lumaDetailGamma, float lumaDetailGain,
-                float sharpenAmount,
-                float satEqAmount, float satEqRadius, float satContrast, float satGamma, float hueShift,
-                float denoiseStrength, const NoiseProfile* noiseProfile, float grainRestore,
-                float unblockStrength, int denoiseMode);
+                float lumaEqTopCut, float lumaEqFloor, float lumaDetailRange,
+                float lumaDetailRadius, float lumaDetailGamma, float lumaDetailGain,
+                float sharpenAmount, float satEqAmount, float satEqRadius, float satContrast,
+                float satGamma, float hueShift, float denoiseStrength,
+                const NoiseProfile* noiseProfile, float grainRestore, float unblockStrength,
+                int denoiseMode);
 
 /**
  * Removes the block artifacts of JPEG: the mean of JPEG round trips at shifted block grids.
@@ -319,8 +319,8 @@ int vxDenoiseEstNoise(const void* pixels, int format, int rowStep, int width, in
  * @param edgeReserved    without effect
  * @return 1. A NaN that the settings provoke becomes the top of the range
  */
-int vxYUVEdgeRGB(int deep, void* pixels, int rowStep, int width, int height,
-                 double baseGain, double rangeFloor, double blurSigmaX, double blurSigmaY, double adaptiveGain,
+int vxYUVEdgeRGB(int deep, void* pixels, int rowStep, int width, int height, double baseGain,
+                 double rangeFloor, double blurSigmaX, double blurSigmaY, double adaptiveGain,
                  double chromaBlurX, double chromaBlurY, int chromaShiftX, int chromaShiftY,
                  double alignSigmaX, double alignSigmaY, double alignThreshold, int edgeReserved);
 
@@ -334,7 +334,7 @@ int vxYUVEdgeRGB(int deep, void* pixels, int rowStep, int width, int height,
  * @return 1 when the file could be written; 0 when bit 0 is clear, the file cannot be opened, or
  *         the mask is negative, which changes nothing
  */
-int  vxSetupLib(int mask, const char* folder);
+int vxSetupLib(int mask, const char* folder);
 
 /**
  * vxSetupLib without a result, and for negative masks too.

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <cstring>
 
-#include "vxenhlib/plane_view.h"
+#include "frame/plane_view.h"
 
 namespace vx {
 namespace {

@@ -6,13 +6,13 @@
 #include <memory>
 #include <string>
 
-#include "hosts/cli/adjust.h"
-#include "hosts/cli/cancel.h"
-#include "hosts/cli/edge.h"
-#include "hosts/cli/error.h"
-#include "hosts/cli/metadata.h"
-#include "hosts/cli/noise.h"
-#include "hosts/cli/unblock.h"
+#include "hosts/cli/commands/adjust.h"
+#include "hosts/cli/commands/edge.h"
+#include "hosts/cli/commands/noise.h"
+#include "hosts/cli/commands/unblock.h"
+#include "hosts/cli/console/cancel.h"
+#include "hosts/cli/console/error.h"
+#include "hosts/cli/pictures/metadata.h"
 
 namespace vx::cli {
 namespace {

@@ -13,9 +13,9 @@
 #include <vector>
 
 #include "frame/exceptions.h"
-#include "frame/load.h"
+#include "frame/exports/load.h"
 #include "tests/adjust/host.h"
-#include "vxenhlib/search_transform.h"
+#include "vxenhlib/nonlocal/search_transform.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "frame/trace.h"
+#include "frame/exports/trace.h"
 
 #include <gtest/gtest.h>
 
@@ -9,7 +9,7 @@
 #include <thread>
 #include <vector>
 
-#include "frame/load.h"
+#include "frame/exports/load.h"
 #include "vxicore26.h"
 
 namespace {

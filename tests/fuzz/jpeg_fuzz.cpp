@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <vector>
 
-#include "frame/load.h"
+#include "frame/exports/load.h"
 #include "jpeg/jpeg.h"
 #include "tests/fuzz/inputs.h"
 

@@ -4,7 +4,7 @@
 #include <omp.h>
 
 #include "frame/exceptions.h"
-#include "frame/load.h"
+#include "frame/exports/load.h"
 #include "prim/dispatch.h"
 #include "tests/fuzz/byte_source.h"
 #include "tests/fuzz/guarded_memory.h"

@@ -1,6 +1,6 @@
 #include <random>
 
-#include "hosts/cli/jpeg_quality.h"
+#include "hosts/cli/pictures/jpeg_quality.h"
 #include "tests/host/host_test.h"
 
 namespace vx::host_test {

@@ -1,4 +1,4 @@
-#include "vxenhlib/deconvolver.h"
+#include "vxenhlib/noise/deconvolver.h"
 
 #include <gtest/gtest.h>
 

@@ -12,7 +12,7 @@
 #include "tests/support/images.h"
 #include "tests/support/picture.h"
 #include "tests/support/variants.h"
-#include "vxenhlib/noise_estimator.h"
+#include "vxenhlib/noise/noise_estimator.h"
 #include "vxicore26.h"
 
 namespace {

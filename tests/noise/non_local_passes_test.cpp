@@ -6,9 +6,9 @@
 
 #include "prim/float_mode.h"
 #include "prim/prims.h"
-#include "tests/noise/reference_non_local.h"
+#include "tests/nonlocal/reference_non_local.h"
 #include "tests/support/heap.h"
-#include "vxenhlib/noise_filter_record.h"
+#include "vxenhlib/noise/noise_filter_record.h"
 #include "vxicore26.h"
 
 // Stands in front of the transform library's allocator for the whole program.

@@ -5,9 +5,9 @@
 
 #include "prim/float_mode.h"
 #include "prim/prims.h"
-#include "tests/noise/reference_non_local.h"
-#include "vxenhlib/gauss_pyramid.h"
-#include "vxenhlib/noise_filter_record.h"
+#include "tests/nonlocal/reference_non_local.h"
+#include "vxenhlib/noise/gauss_pyramid.h"
+#include "vxenhlib/noise/noise_filter_record.h"
 
 namespace {
 

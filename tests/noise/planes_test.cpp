@@ -4,8 +4,8 @@
 
 #include "prim/float_mode.h"
 #include "tests/support/images.h"
-#include "vxenhlib/gauss_pyramid.h"
-#include "vxenhlib/luma_chroma.h"
+#include "vxenhlib/noise/gauss_pyramid.h"
+#include "vxenhlib/noise/luma_chroma.h"
 
 namespace {
 

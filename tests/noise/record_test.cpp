@@ -4,8 +4,8 @@
 
 #include "adjust/noise_stage.h"
 #include "prim/float_mode.h"
-#include "tests/tone/reference.h"
-#include "vxenhlib/luma_chroma.h"
+#include "tests/grid/reference.h"
+#include "vxenhlib/noise/luma_chroma.h"
 
 namespace {
 

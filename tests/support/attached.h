@@ -1,6 +1,6 @@
 #pragma once
 
-#include "frame/load.h"
+#include "frame/exports/load.h"
 
 namespace vx::test {
 

@@ -4,11 +4,12 @@
 #include <climits>
 #include <limits>
 
+#include "tests/grid/reference.h"
 #include "tests/support/heap.h"
 #include "tests/tone/reference.h"
-#include "vxenhlib/bilateral_filter.h"
-#include "vxenhlib/bilateral_local_hist_eq.h"
-#include "vxenhlib/unsharp_mask.h"
+#include "vxenhlib/grid/bilateral_filter.h"
+#include "vxenhlib/grid/bilateral_local_hist_eq.h"
+#include "vxenhlib/tone/unsharp_mask.h"
 
 namespace {
 

@@ -5,24 +5,9 @@
 
 #include "prim/float_mode.h"
 #include "tests/support/images.h"
-#include "vxenhlib/adjust_tone_stage.h"
+#include "vxenhlib/tone/adjust_tone_stage.h"
 
 namespace vx::test {
-
-struct Range {
-  float low, high, step;
-};
-
-/// BilateralFilter::filter.
-void referenceFilter(Plane& data, const Plane& guide, const Range& range, int spatialSample);
-
-struct EqSettings {
-  float outLow, outScale, peakGain, peakPosition, strength, clipScale;
-  float rangeStep = 0.01f;
-};
-
-/// BilateralLocalHistEq::equalize over 0 to 1.
-void referenceEqualize(Plane& image, int spatialSample, const EqSettings& settings);
 
 /// LightnessTone::splitBaseDetail.
 void referenceSplit(Plane& plane, Plane& detail, float rangeStep, int spatialSample);

@@ -2,6 +2,7 @@
 #include <array>
 
 #include "prim/prims.h"
+#include "tests/grid/reference.h"
 #include "tests/tone/reference.h"
 
 namespace vx::test {

@@ -2,8 +2,8 @@
 #include <tuple>
 
 #include "tests/tone/reference.h"
-#include "vxenhlib/tone_scratch.h"
-#include "vxenhlib/unsharp_mask.h"
+#include "vxenhlib/tone/tone_scratch.h"
+#include "vxenhlib/tone/unsharp_mask.h"
 
 namespace {
 

@@ -1,0 +1,51 @@
+// One subcommand of the program.
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <string>
+
+#include "hosts/cli/console/error.h"
+
+namespace vx::cli {
+
+class Command {
+ public:
+  Command(const Command&) = delete;
+  Command& operator=(const Command&) = delete;
+  virtual ~Command() = default;
+
+  bool chosen() const { return app_->parsed(); }
+  /// Returns the exit code. Throws UsageError.
+  virtual int run() = 0;
+
+ protected:
+  Command(CLI::App& program, const std::string& name, const std::string& summary)
+      : name_(name), app_(program.add_subcommand(name, summary)) {}
+
+  /// Example command lines, two spaces before and a line break after each, and a closing line.
+  void addExamples(const std::string& examples, const std::string& closing) {
+    app_->footer("Examples:\n" + examples + "\n" + closing + "\n" + kExitCodesHelp);
+  }
+
+  const std::string& name() const { return name_; }
+  CLI::App& app() const { return *app_; }
+
+ private:
+  std::string name_;
+  CLI::App* app_;
+};
+
+inline constexpr const char* kNoMemory = "not enough memory to enhance a picture of this size";
+
+/// The result of a call of the library, which lets nothing out but a failed allocation; that
+/// becomes a FileError.
+template <typename Call>
+int callLibrary(const Call& call) {
+  try {
+    return call();
+  } catch (...) {
+    throw FileError(kNoMemory);
+  }
+}
+
+}  // namespace vx::cli

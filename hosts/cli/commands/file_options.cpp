@@ -1,0 +1,86 @@
+#include "hosts/cli/commands/file_options.h"
+
+#include <algorithm>
+
+namespace vx::cli {
+namespace {
+
+constexpr const char* kFiles = "Pictures in and out";
+
+}  // namespace
+
+std::string helpText(std::string_view text) {
+  std::string result;
+  std::size_t column = 0;
+  while (!text.empty()) {
+    const std::string_view word = text.substr(0, text.find(' '));
+    if (column > 0) {
+      const bool fits = column + 1 + word.size() <= kHelpWidth;
+      result += fits ? ' ' : '\n';
+      column = fits ? column + 1 : 0;
+    }
+    result += word;
+    column += word.size();
+    text.remove_prefix(std::min(word.size() + 1, text.size()));
+  }
+  std::replace(result.begin(), result.end(), kNoBreak, ' ');
+  return result;
+}
+
+void addInputOptions(CLI::App& app, FileOptions& options) {
+  app.add_option("IN", options.inputs,
+                 helpText("Pictures (JPEG, PNG, TIFF, WebP), or folders whose pictures are taken"))
+      ->option_text("...");
+  app.add_option(
+         "--max-megapixels", options.maxMegapixels,
+         helpText("Refuse larger pictures; default 500. Up to 29 bytes of memory per pixel are "
+                  "needed at 8 bits"))
+      ->option_text("M")
+      ->check(CLI::Range(0.000001, kMostMegapixels))
+      ->group(kFiles);
+}
+
+void addOutputOptions(CLI::App& app, FileOptions& options) {
+  app.add_option("-o,--output", options.output,
+                 helpText("File to write, or folder for the results (made if missing when several "
+                          "pictures come in or OUT ends in /)"))
+      ->option_text("OUT")
+      ->group(kFiles);
+  app.add_option(
+         "--suffix", options.suffix,
+         helpText("Put behind the name of each result; without -o results stay beside their "
+                  "pictures"))
+      ->option_text("TEXT")
+      ->group(kFiles);
+  app.add_option("--format", options.format,
+                 helpText("Of the results; default by the extension of OUT, else as the picture"))
+      ->option_text("jpeg|png|tiff|webp")
+      ->group(kFiles);
+  app.add_option(
+         "--depth", options.depth,
+         helpText("Bits per sample of the result; default as the picture (JPEG and WebP hold "
+                  "8)"))
+      ->option_text("8|16")
+      ->check(CLI::IsMember({8, 16}))
+      ->group(kFiles);
+  app.add_option("--quality", options.quality, helpText("Of JPEG and WebP, 1 to 100; default 92"))
+      ->option_text("Q")
+      ->check(CLI::Range(1, 100))
+      ->group(kFiles);
+  app.add_flag("--force", options.force, helpText("Replace files that exist"))->group(kFiles);
+  app.add_flag("-v,--verbose", options.verbose,
+               helpText("Tell settings, sizes, seconds, memory and metadata of each picture"))
+      ->group(kFiles);
+}
+
+void addPreviewOption(CLI::App& app, FileOptions& options) {
+  app.add_option(
+         "--preview-scale", options.previewScale,
+         helpText("Reduce the picture by this whole number, 1 to 64, and the radii with it: "
+                  "shows what the full result will look like; default 1"))
+      ->option_text("N")
+      ->check(CLI::Range(1, 64))
+      ->group(kFiles);
+}
+
+}  // namespace vx::cli

@@ -1,0 +1,45 @@
+// What the subcommands that make better pictures share: files in and out, presets, and an option
+// for each of their settings.
+#pragma once
+
+#include <map>
+#include <string_view>
+#include <vector>
+
+#include "hosts/cli/commands/batch.h"
+#include "hosts/cli/commands/command.h"
+#include "hosts/cli/commands/settings.h"
+
+namespace vx::cli {
+
+/// A derived class holds the settings, hands their table to addSettings() in its constructor, and
+/// does the work in treat().
+class TreatingCommand : public Command {
+ public:
+  int run() override;
+
+ protected:
+  TreatingCommand(CLI::App& program, const std::string& name, const std::string& summary);
+
+  void addPreviewOption() { cli::addPreviewOption(app(), files_); }
+  void addSettings(std::vector<Setting> table);
+
+  int previewScale() const { return files_.previewScale; }
+
+ private:
+  /// Changes the raster in place; what the user should know goes to the picture's notes. Throws
+  /// FileError or Cancelled.
+  virtual void treat(const std::filesystem::path& input, Picture& picture, Progress& progress) = 0;
+  /// Bytes per pixel that the library takes beside the raster, for the settings in force.
+  virtual int libraryBytes() const = 0;
+
+  void applySettings();
+
+  FileOptions files_;
+  std::vector<std::string> presets_;
+  std::string savePreset_;
+  std::vector<Setting> table_;
+  std::map<std::string_view, std::string> typed_;  // by the name of the setting
+};
+
+}  // namespace vx::cli

@@ -1,0 +1,56 @@
+// A picture file in memory: its pixels as the library wants them, and what its file said about
+// them.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "hosts/cli/console/progress.h"
+#include "hosts/cli/pictures/formats.h"
+#include "hosts/cli/pictures/raster.h"
+
+namespace vx::cli {
+
+struct Picture {
+  Format format;    // of the file it came from
+  int sourceDepth;  // 8 or 16
+  int colours;      // 1 (grey) or 3, of the file that will be written
+  Raster raster;
+  double xResolution, yResolution;  // pixels per millimetre
+  std::vector<std::uint8_t> icc;    // empty: none
+  // What libvips found; Exiv2 0.27 does not read it from every PNG.
+  std::vector<std::uint8_t> exif, xmp;
+  std::vector<std::pair<std::string, std::string>> pngTexts;
+  std::vector<std::string> notes;  // what was converted on the way in, one line each
+};
+
+/// What the output asks of the reading.
+struct ReadOptions {
+  Format output;
+  int depth = 0;  // of the output: 8, 16, or 0 for the input's as far as the output format goes
+  int previewScale = 1;
+  double maxMegapixels = 500;
+  int libraryBytes = 0;  // per pixel, that the library will take beside the raster
+  // Of an axis of more pixels only that many, of its centre, are kept, though all are read; 0: all.
+  int centre = 0;
+};
+
+/// Bits per sample of the file to be written.
+int outputDepth(const ReadOptions& options, int sourceDepth);
+
+/// Reads the whole picture, reduced by `previewScale` (an axis becomes its ceil(size / scale)).
+/// JPEG, PNG, TIFF and WebP with 8 or 16-bit grey, RGB or CMYK; grey becomes three equal colours,
+/// CMYK goes to sRGB by its profile. Throws FileError for anything else, and for what the output
+/// cannot hold; Cancelled on a signal.
+Picture readPicture(const std::filesystem::path& path, const ReadOptions& options,
+                    Progress& progress);
+
+/// The bytes of a file that shows the picture, with its ICC profile, resolution and (PNG) texts.
+/// EXIF, XMP and IPTC are not there yet. Throws FileError, Cancelled.
+std::vector<std::uint8_t> encodePicture(const Picture& picture, Format format, int depth,
+                                        int quality, Progress& progress);
+
+}  // namespace vx::cli

@@ -1,0 +1,261 @@
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <new>
+#include <vips/vips8>
+
+#include "hosts/cli/console/cancel.h"
+#include "hosts/cli/console/error.h"
+#include "hosts/cli/pictures/picture.h"
+#include "hosts/cli/pictures/vips_error.h"
+
+namespace vx::cli {
+namespace {
+
+using vips::VImage;
+
+// A damaged or truncated file is refused rather than filled up with grey.
+VImage load(const std::filesystem::path& path, Format format, int jpegShrink) {
+  vips::VOption* options =
+      VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL)->set("fail_on", VIPS_FAIL_ON_ERROR);
+  switch (format) {
+    case Format::kJpeg:
+      return VImage::jpegload(path.c_str(), options->set("shrink", jpegShrink));
+    case Format::kPng:
+      return VImage::pngload(path.c_str(), options);
+    case Format::kTiff:
+      return VImage::tiffload(path.c_str(), options);
+    case Format::kWebp:
+      return VImage::webpload(path.c_str(), options);
+  }
+  throw FileError("unknown format");
+}
+
+int headerInt(const VImage& image, const char* name, int otherwise) {
+  return image.get_typeof(name) == G_TYPE_INT ? image.get_int(name) : otherwise;
+}
+
+std::vector<std::uint8_t> headerBlob(const VImage& image, const char* name) {
+  if (image.get_typeof(name) != VIPS_TYPE_BLOB) return {};
+  std::size_t size = 0;
+  const auto* bytes = static_cast<const std::uint8_t*>(image.get_blob(name, &size));
+  return {bytes, bytes + size};
+}
+
+void refuseSeveralPictures(const VImage& image) {
+  const int pages = headerInt(image, VIPS_META_N_PAGES, 1);
+  if (pages > 1) {
+    throw FileError("holds " + std::to_string(pages) +
+                    " pages or frames; only single pictures are handled");
+  }
+  if (headerInt(image, VIPS_META_N_SUBIFDS, 0) > 0) {
+    throw FileError("holds further pictures inside (a raw file or a pyramid); not handled");
+  }
+}
+
+// Colour channels without alpha; throws for what is not a plain 8 or 16-bit photograph.
+int colourChannels(const VImage& image) {
+  const VipsBandFormat samples = image.format();
+  if (samples != VIPS_FORMAT_UCHAR && samples != VIPS_FORMAT_USHORT) {
+    throw FileError(std::string("has ") + vips_enum_nick(VIPS_TYPE_BAND_FORMAT, samples) +
+                    " samples; only unsigned 8 and 16-bit ones are handled");
+  }
+  int colours = 0;
+  switch (image.interpretation()) {
+    case VIPS_INTERPRETATION_B_W:
+    case VIPS_INTERPRETATION_GREY16:
+      colours = 1;
+      break;
+    case VIPS_INTERPRETATION_sRGB:
+    case VIPS_INTERPRETATION_RGB:
+    case VIPS_INTERPRETATION_RGB16:
+      colours = 3;
+      break;
+    case VIPS_INTERPRETATION_CMYK:
+      colours = 4;
+      break;
+    default:
+      throw FileError(std::string("has colours in ") +
+                      vips_enum_nick(VIPS_TYPE_INTERPRETATION, image.interpretation()) +
+                      "; only grey, RGB and CMYK are handled");
+  }
+  const int extra = image.bands() - colours;
+  if (extra < 0 || extra > (colours == 4 ? 0 : 1)) {
+    throw FileError("has " + std::to_string(image.bands()) + " channels; not handled");
+  }
+  return colours;
+}
+
+// The part of an axis that is kept.
+struct Span {
+  int start, size;
+};
+
+// Placed as vxDenoiseEstNoise places the part that it looks at.
+Span keptSpan(int size, int centre) {
+  if (centre == 0 || size <= centre) return {0, size};
+  return {(size - centre) / 4 * 2, centre};
+}
+
+// What the work will hold at once: the raster, its alpha, and the planes of the library.
+void refuseTooLarge(int width, int height, int sampleBytes, const ReadOptions& options) {
+  const double pixels = static_cast<double>(width) * height;
+  const double kept = static_cast<double>(keptSpan(width, options.centre).size) *
+                      keptSpan(height, options.centre).size;
+  const double needed = kept * (4.0 * sampleBytes + options.libraryBytes);
+  char text[160];
+  if (pixels > options.maxMegapixels * 1e6) {
+    std::snprintf(text, sizeof text,
+                  "has %.1f megapixels and would need about %.1f GB of memory; --max-megapixels %g "
+                  "is the limit",
+                  pixels / 1e6, needed / 1e9, options.maxMegapixels);
+    throw FileError(text);
+  }
+  const double memory =
+      static_cast<double>(sysconf(_SC_PHYS_PAGES)) * static_cast<double>(sysconf(_SC_PAGESIZE));
+  if (needed > memory) {
+    std::snprintf(
+        text, sizeof text,
+        "has %.1f megapixels and would need about %.1f GB of memory; this machine has %.1f",
+        pixels / 1e6, needed / 1e9, memory / 1e9);
+    throw FileError(text);
+  }
+  const FormatTraits& output = traits(options.output);
+  if (std::max(width, height) > output.maxAxis) {
+    throw FileError("is " + std::to_string(width) + " x " + std::to_string(height) + " pixels; " +
+                    std::string(output.name) + " output goes up to " +
+                    std::to_string(output.maxAxis) + " on an axis");
+  }
+}
+
+// Where the rows of a file go; called by libvips in order, top to bottom.
+struct Sink {
+  Raster& raster;
+  Progress& progress;
+  int depth, colours;
+  Span columns, rows;  // of the file, that the raster holds
+  int height;          // of the file
+};
+
+int takeArea(VipsRegion* region, VipsRect* area, void* context) {
+  auto& sink = *static_cast<Sink*>(context);
+  if (cancelRequested()) return -1;
+  const int bottom = area->top + area->height;
+  const int left = std::max(area->left, sink.columns.start);
+  const int right = std::min(area->left + area->width, sink.columns.start + sink.columns.size);
+  for (int y = std::max(area->top, sink.rows.start);
+       left < right && y < std::min(bottom, sink.rows.start + sink.rows.size); ++y) {
+    sink.raster.takeRow(VIPS_REGION_ADDR(region, left, y), sink.depth, sink.colours,
+                        left - sink.columns.start, y - sink.rows.start, right - left);
+  }
+  sink.progress.update(static_cast<int>(100LL * bottom / sink.height));
+  return 0;
+}
+
+std::vector<std::pair<std::string, std::string>> pngTexts(const VImage& image) {
+  std::vector<std::pair<std::string, std::string>> texts;
+  gchar** fields = vips_image_get_fields(image.get_image());
+  for (gchar** at = fields; at && *at; ++at) {
+    const std::string field = *at;
+    // XMP and the profiles that older programs put into texts travel as metadata.
+    if (!field.starts_with("png-comment-") ||
+        field.find("XML:com.adobe.xmp") != std::string::npos ||
+        field.find("Raw profile type") != std::string::npos) {
+      continue;
+    }
+    texts.emplace_back(field, image.get_string(field.c_str()));
+  }
+  g_strfreev(fields);
+  return texts;
+}
+
+VImage cmykToSrgb(const VImage& image, std::vector<std::string>& notes) {
+  const bool embedded = image.get_typeof(VIPS_META_ICC_NAME) == VIPS_TYPE_BLOB;
+  notes.emplace_back(embedded ? "CMYK converted to sRGB by the profile in the file"
+                              : "CMYK converted to sRGB by a generic profile (the file has none)");
+  return image.icc_transform("srgb",
+                             VImage::option()
+                                 ->set("embedded", true)
+                                 ->set("input_profile", "cmyk")
+                                 ->set("intent", VIPS_INTENT_RELATIVE)
+                                 ->set("depth", image.format() == VIPS_FORMAT_USHORT ? 16 : 8));
+}
+
+Picture read(const std::filesystem::path& path, const ReadOptions& options, Progress& progress) {
+  const Format format = formatByContent(path);
+  const int scale = options.previewScale;
+  VImage image = load(path, format, 1);
+  // The JPEG decoder reduces for little, but drops blocks that are not whole: where it is exact
+  // only.
+  const bool inDecoder = format == Format::kJpeg && (scale == 2 || scale == 4 || scale == 8) &&
+                         image.width() % scale == 0 && image.height() % scale == 0;
+  if (inDecoder) image = load(path, format, scale);
+  refuseSeveralPictures(image);
+  int colours = colourChannels(image);
+  const int sampleBytes = image.format() == VIPS_FORMAT_USHORT ? 2 : 1;
+
+  std::vector<std::string> notes;
+  if (image.get_typeof("palette-bit-depth") == G_TYPE_INT) {
+    notes.emplace_back("palette colours become full colours");
+  }
+  if (colours == 4) {
+    image = cmykToSrgb(image, notes);
+    colours = 3;
+  }
+  if (scale > 1 && !inDecoder) {
+    image = image.shrink(scale, scale, VImage::option()->set("ceil", true)).cast(image.format());
+  }
+  const bool alpha = image.bands() > colours;
+  refuseTooLarge(image.width(), image.height(), sampleBytes, options);
+
+  const int depth = 8 * sampleBytes;
+  const Span columns = keptSpan(image.width(), options.centre);
+  const Span rows = keptSpan(image.height(), options.centre);
+  Picture picture{.format = format,
+                  .sourceDepth = depth,
+                  .colours = colours,
+                  .raster = Raster(columns.size, rows.size,
+                                   std::max(depth, outputDepth(options, depth)), alpha ? depth : 0),
+                  .xResolution = image.xres(),
+                  .yResolution = image.yres(),
+                  .icc = headerBlob(image, VIPS_META_ICC_NAME),
+                  .exif = headerBlob(image, VIPS_META_EXIF_NAME),
+                  .xmp = headerBlob(image, VIPS_META_XMP_NAME),
+                  .pngTexts = pngTexts(image),
+                  .notes = std::move(notes)};
+  Sink sink{picture.raster, progress, depth, colours, columns, rows, image.height()};
+  if (vips_sink_disc(image.get_image(), takeArea, &sink) != 0) {
+    throwIfCancelled();
+    throw vipsError("cannot read");
+  }
+  if (alpha && !traits(options.output).alpha) {
+    if (!picture.raster.opaque()) {
+      throw FileError("has transparency, which " + std::string(traits(options.output).name) +
+                      " cannot hold; write PNG, TIFF or WebP");
+    }
+  }
+  picture.raster.pad();
+  return picture;
+}
+
+}  // namespace
+
+int outputDepth(const ReadOptions& options, int sourceDepth) {
+  return std::min(options.depth != 0 ? options.depth : sourceDepth,
+                  traits(options.output).maxDepth);
+}
+
+Picture readPicture(const std::filesystem::path& path, const ReadOptions& options,
+                    Progress& progress) {
+  try {
+    return read(path, options, progress);
+  } catch (const vips::VError&) {
+    throw vipsError("cannot read");
+  } catch (const std::bad_alloc&) {
+    throw FileError("not enough memory for a picture of this size");
+  }
+}
+
+}  // namespace vx::cli

@@ -1,0 +1,108 @@
+#include <cstring>
+#include <new>
+#include <vips/vips8>
+
+#include "hosts/cli/console/cancel.h"
+#include "hosts/cli/console/error.h"
+#include "hosts/cli/pictures/picture.h"
+#include "hosts/cli/pictures/vips_error.h"
+
+namespace vx::cli {
+namespace {
+
+using vips::VImage;
+
+struct Source {
+  const Picture& picture;
+  Progress& progress;
+  int depth;
+  bool alpha;
+};
+
+int giveArea(VipsRegion* region, void*, void* context, void*, gboolean*) {
+  const auto& source = *static_cast<const Source*>(context);
+  if (cancelRequested()) {
+    vips_error("vxicore", "cancelled");
+    return -1;
+  }
+  const VipsRect& area = region->valid;
+  for (int y = area.top; y < area.top + area.height; ++y) {
+    source.picture.raster.giveRow(VIPS_REGION_ADDR(region, area.left, y), source.depth,
+                                  source.picture.colours, source.alpha, area.left, y, area.width);
+  }
+  return 0;
+}
+
+void showPercent(VipsImage*, VipsProgress* state, Progress* progress) {
+  progress->update(state->percent);
+}
+
+// An image whose pixels are made from the raster as they are asked for: no second copy in the depth
+// of the file.
+VImage describe(Source& source) {
+  const Picture& picture = source.picture;
+  const bool deep = source.depth == 16;
+  VipsImage* raw = vips_image_new();
+  VImage image(raw);
+  VipsInterpretation colours = deep ? VIPS_INTERPRETATION_RGB16 : VIPS_INTERPRETATION_sRGB;
+  if (picture.colours == 1) {
+    colours = deep ? VIPS_INTERPRETATION_GREY16 : VIPS_INTERPRETATION_B_W;
+  }
+  vips_image_init_fields(raw, picture.raster.width(), picture.raster.height(),
+                         picture.colours + (source.alpha ? 1 : 0),
+                         deep ? VIPS_FORMAT_USHORT : VIPS_FORMAT_UCHAR, VIPS_CODING_NONE, colours,
+                         picture.xResolution, picture.yResolution);
+  if (vips_image_pipelinev(raw, VIPS_DEMAND_STYLE_THINSTRIP, nullptr) != 0 ||
+      vips_image_generate(raw, nullptr, giveArea, nullptr, &source, nullptr) != 0) {
+    throw vipsError("cannot write");
+  }
+  if (!picture.icc.empty()) {
+    vips_image_set_blob_copy(raw, VIPS_META_ICC_NAME, picture.icc.data(), picture.icc.size());
+  }
+  for (const auto& [name, text] : picture.pngTexts) image.set(name.c_str(), text.c_str());
+  vips_image_set_progress(raw, TRUE);
+  g_signal_connect(raw, "eval", G_CALLBACK(showPercent), &source.progress);
+  return image;
+}
+
+VipsBlob* save(const VImage& image, Format format, int depth, int quality) {
+  switch (format) {
+    case Format::kJpeg:
+      return image.jpegsave_buffer(
+          VImage::option()->set("Q", quality)->set("optimize_coding", true));
+    case Format::kPng:
+      return image.pngsave_buffer(VImage::option()->set("bitdepth", depth));
+    case Format::kTiff: {
+      // Classic TIFF addresses 4 GB.
+      const double bytes = static_cast<double>(VIPS_IMAGE_SIZEOF_IMAGE(image.get_image()));
+      return image.tiffsave_buffer(VImage::option()->set("bigtiff", bytes > 3.9e9));
+    }
+    case Format::kWebp:
+      return image.webpsave_buffer(VImage::option()->set("Q", quality));
+  }
+  throw FileError("unknown format");
+}
+
+}  // namespace
+
+std::vector<std::uint8_t> encodePicture(const Picture& picture, Format format, int depth,
+                                        int quality, Progress& progress) {
+  Source source{picture, progress, depth, picture.raster.alphaDepth() > 0 && traits(format).alpha};
+  try {
+    const VImage image = describe(source);
+    VipsBlob* blob = save(image, format, depth, quality);
+    std::size_t size = 0;
+    const auto* bytes = static_cast<const std::uint8_t*>(vips_blob_get(blob, &size));
+    std::vector<std::uint8_t> result(bytes, bytes + size);
+    vips_area_unref(VIPS_AREA(blob));
+    throwIfCancelled();
+    return result;
+  } catch (const vips::VError&) {
+    throwIfCancelled();
+    throw vipsError("cannot write");
+  } catch (const std::bad_alloc&) {
+    throw FileError("not enough memory to write a picture of this size");
+  }
+}
+
+}  // namespace vx::cli

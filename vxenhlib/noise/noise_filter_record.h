@@ -1,0 +1,102 @@
+#pragma once
+
+#include <memory>
+
+#include "frame/img.h"
+#include "vxenhlib/grid/bilateral_filter.h"
+#include "vxenhlib/nonlocal/nl_im_dn_cn.h"
+#include "vxenhlib/vxrc.h"
+#include "vxicore26.h"
+
+namespace vx {
+
+/// What the non-local filter compares: square blocks of blockSize pixels on a grid of blockStep,
+/// each with all positions of a square tile of searchSize, at most stackLimit alike in one stack.
+struct BlockGeometry {
+  int stackLimit = 0;
+  int blockSize = 0;
+  int blockStep = 4;
+  int searchSize = 0;
+};
+
+/// One grid of the bilateral filter: pixels and value steps per cell, and the values it covers.
+struct GridStep {
+  int sample;
+  float range;
+  float low, high;
+
+  /// Fixes the geometry of a filter for planes of that size. False when there is no grid to be had:
+  /// the pass is left out then.
+  bool setUp(BilateralFilter& filter, int width, int height) const {
+    return filter.setupGrid(width, height, low, high, sample, range, 0) == kVxrcOk;
+  }
+};
+
+/// The state of the noise filter between the settings and its passes.
+///
+/// Two engines work one after the other where both are on; the settings of the pipeline switch on
+/// one. The bilateral passes smooth luma and chroma on coarse grids. The non-local passes filter
+/// stacks of similar blocks: all planes at half size, then the detail of the luma at full size,
+/// then the luma again, guided by the result so far.
+class NoiseFilterRecord {
+ public:
+  NoiseProfile profile{};
+  /// Made when the non-local passes first need it: planning its transforms takes some
+  /// seconds, which the bilateral passes and small planes are spared.
+  std::unique_ptr<CNLImDnCn> nonLocal;
+  float strength = 1.2f;       ///< last strength given to denoise()
+  float deviationGain = 1.5f;  ///< last one given to denoise()
+  float kneeRatio = 3.0f;      ///< last one given to denoise()
+  BlockGeometry geometry;
+  bool twoStage = true;   ///< strong factors, and the last, guided pass
+  bool tierFlag = false;  ///< selects rows of the table of geometries
+  // Where a sample is positive, the bilateral filter of that plane group runs with these two
+  // values, whatever amount denoise() is given.
+  float lumaSample = -1.0f;
+  float lumaRange = -1.0f;
+  float chromaSample = -1.0f;
+  float chromaRange = -1.0f;
+
+  NoiseFilterRecord() = default;
+  NoiseFilterRecord(const NoiseFilterRecord&) = delete;
+  NoiseFilterRecord& operator=(const NoiseFilterRecord&) = delete;
+
+  /// Takes the profile and chooses the geometry by its luma noise, in dark pictures scaled up to
+  /// mid-grey: the stronger the noise, the larger the blocks. Returns 0.
+  int configure(const NoiseProfile& newProfile, bool newTierFlag, bool newTwoStage);
+
+  /// False for planes narrower or lower than the search tile: denoise() refuses them.
+  bool accepts(int width, int height) const {
+    return width >= geometry.searchSize && height >= geometry.searchSize;
+  }
+
+  /// Filters a luma and two chroma planes (the centred form of toLumaChroma) in place.
+  ///
+  /// @param planes           luma, chroma 1, chroma 2, of one size
+  /// @param floorWeight      smallest weight that the transform filter leaves
+  /// @param newStrength      of the non-local passes, which run above 0.009
+  /// @param detailShare      multiplies the strength of the full-size passes
+  /// @param newKneeRatio,newDeviationGain  of the transform filter
+  /// @param chromaGuideGain  weight of chroma in the block search of the half-size pass
+  /// @param sharpen          deconvolution of the luma, runs above 0.01
+  /// @param lumaBilateral,chromaBilateral  amounts of the bilateral passes, which run above 0.01
+  /// @return kVxrcBadArgument for a luma plane narrower or lower than the search tile,
+  ///   kVxrcSizeMismatch for planes of different sizes, kVxrcNoMemory for one without memory; with
+  ///   nothing changed. 0 else; a pass that cannot have its memory is left out
+  int denoise(GIMG<float>* const planes[3], float floorWeight, float newStrength, float detailShare,
+              float newKneeRatio, float newDeviationGain, float chromaGuideGain, float sharpen,
+              float lumaBilateral, float chromaBilateral);
+
+  /// The grids of the two bilateral passes; a sample of 0 is a pass that does not run.
+  GridStep lumaGrid(float amount) const;
+  GridStep chromaGrid(float amount) const;
+
+ private:
+  bool prepareNonLocal();
+  void sharpenLuma(GIMG<float>& luma, float sigma);
+};
+
+/// The row of the table for a luma noise `n` at mid-grey.
+BlockGeometry chooseGeometry(bool twoStage, bool tierFlag, float n);
+
+}  // namespace vx

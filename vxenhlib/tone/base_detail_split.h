@@ -1,0 +1,47 @@
+#pragma once
+
+#include <functional>
+
+#include "frame/plane_view.h"
+#include "vxenhlib/grid/bilateral_filter.h"
+
+namespace vx {
+
+/// Splits a plane into a base layer, smooth but for its edges, and the detail on top of it:
+/// detail = plane - base.
+///
+/// A range step of 0.05 or more takes two passes of the bilateral grid: the first smooths the guide
+/// of the second, whose range cell is four times finer, so that the edges come from a clean guide
+/// while the cell stays narrow. Below that one pass, guided by the plane itself.
+///
+/// Runs in steps: begin(), collect() from the top row down, run(). The plane itself is left alone;
+/// who wants the detail subtracts, and may do so where it is used.
+class BaseDetailSplit {
+ public:
+  /// @param base   as large as the plane; also work space of the passes
+  /// @return false when memory is short; the plane is not to be split then
+  bool begin(const PlaneView& plane, const PlaneView& base, float rangeStep, int spatialStep,
+             int bandHeight);
+
+  /// Takes rows y to y + count - 1 of the plane into the first grid.
+  void collect(int y, int count);
+
+  /// Makes the base, and calls done(y, count, slot) for each band that has it, on the team of
+  /// threads; the band is still in cache.
+  void run(const std::function<void(int y, int count, int slot)>& done);
+
+ private:
+  PlaneView plane_;
+  PlaneView base_;
+  int rows_ = 0;
+  bool twoPasses_ = false;
+  BilateralFilter first_;
+  BilateralFilter second_;  // of the second pass
+};
+
+/// The split of whole planes, with the base in the place of the plane; without memory the plane
+/// stays and the detail is 0.
+void splitBaseDetail(const PlaneView& plane, const PlaneView& detail, float rangeStep,
+                     int spatialStep, int bandHeight);
+
+}  // namespace vx

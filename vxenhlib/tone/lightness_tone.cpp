@@ -1,0 +1,25 @@
+#include "vxenhlib/tone/lightness_tone.h"
+
+#include "frame/bands.h"
+#include "vxenhlib/tone/base_detail_split.h"
+#include "vxenhlib/tone/lightness_pass.h"
+
+namespace vx {
+
+int LightnessTone::apply(GIMG<float>& image) const {
+  const PlaneView plane(image);
+  if (plane.empty()) return 0;
+  const int rows = bandRows(bandHeight, plane.width, plane.height);
+  LightnessPass pass;
+  pass.begin(*this, plane);
+  forEachBand(plane.height, rows, [&](int y, int count) { pass.collect(y, count); });
+  pass.process();
+  forEachBand(plane.height, rows, [&](int y, int count) { pass.finish(y, count, 0); });
+  return 0;
+}
+
+void LightnessTone::splitBaseDetail(GIMG<float>& plane, GIMG<float>& detail) const {
+  vx::splitBaseDetail(PlaneView(plane), PlaneView(detail), detailRange, detailSample, bandHeight);
+}
+
+}  // namespace vx

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "vxenhlib/grid/bilateral_local_hist_eq.h"
+#include "vxenhlib/tone/saturation_tone.h"
+#include "vxenhlib/tone/tone_curve.h"
+
+namespace vx {
+
+/// One plane on its way through SaturationTone, in the same steps as LightnessPass.
+class SaturationPass {
+ public:
+  /// Tone and plane must stay where they are. Memory of an earlier plane is used again.
+  void begin(SaturationTone& tone, const PlaneView& plane);
+
+  void collect(int y, int count);
+  void process();
+  void finish(int y, int count);
+
+ private:
+  void gain(const PlaneView& rows, Peak& peak) const;
+
+  SaturationTone* tone_ = nullptr;
+  PlaneView plane_;
+  int rows_ = 1;
+  bool useEq_ = false;
+  bool useGamma_ = false;
+  BilateralLocalHistEq eq_;
+  Peak peak_;
+  PowerCurve gammaCurve_{0.0f, 1.0f};
+};
+
+}  // namespace vx
