@@ -1,10 +1,7 @@
 #include "adjust/noise_stage.h"
 
 #include "frame/bands.h"
-#include "frame/plane_view.h"
-#include "prim/arith.h"
-#include "prim/channel.h"
-#include "prim/memory.h"
+#include "frame/plane_ops.h"
 #include "vxenhlib/noise/grid_denoise.h"
 #include "vxenhlib/noise/luma_chroma.h"
 
@@ -21,18 +18,6 @@ struct Rows {
     for (int c = 0; c < 3; ++c) plane[c] = PlaneView(*planes[c]).rows(y, count);
   }
 };
-
-void takeRows(const IMG3<float>& image, int y, Rows& rows) {
-  for (int c = 0; c < 3; ++c) {
-    const PlaneView& to = rows.plane[c];
-    prim::primCopy_32f_C3C1R(image.row(y) + c, image.step, to.data, to.step, to.width, to.height);
-  }
-}
-
-void putRows(const PlaneView& from, IMG3<float>& image, int y, int channel) {
-  prim::primCopy_32f_C1C3R(from.data, from.step, image.row(y) + channel, image.step, from.width,
-                           from.height);
-}
 
 }  // namespace
 
@@ -87,13 +72,14 @@ bool NoiseStage::filterPlanes(IMG3<float>& image, NoiseFilterRecord& record, flo
                               bool grain) {
   const int w = image.roiWidth;
   const int h = image.roiHeight;
+  const RgbRows pixels(image);
   const int bandHeight = bandRows(0, w, h);
   PerSlot<float> scratch;
   if (!scratch.reserve(static_cast<std::size_t>(bandHeight) * static_cast<std::size_t>(w)))
     return false;
   parallelBands(h, bandHeight, [&](int y, int count, int) {
-    Rows rows(removed_, y, count);
-    takeRows(image, y, rows);
+    const Rows rows(removed_, y, count);
+    for (int c = 0; c < 3; ++c) takeChannel(pixels.rows(y, count), c, rows.plane[c]);
     toLumaChroma(rows.plane, true);
   });
 
@@ -101,17 +87,14 @@ bool NoiseStage::filterPlanes(IMG3<float>& image, NoiseFilterRecord& record, flo
   record.denoise(planes, 0.01f, strength, 1.0f, 3.0f, 1.5f, 1.0f, 0.0f, 0.0f, 0.0f);
 
   parallelBands(h, bandHeight, [&](int y, int count, int slot) {
-    Rows rows(removed_, y, count);
+    const Rows rows(removed_, y, count);
     fromLumaChroma(rows.plane, true);
     const PlaneView before(scratch.at(slot), w * static_cast<int>(sizeof(float)), w, count);
     for (int c = 0; c < 3; ++c) {
       const PlaneView& plane = rows.plane[c];
-      if (grain)
-        prim::primCopy_32f_C3C1R(image.row(y) + c, image.step, before.data, before.step, w, count);
-      putRows(plane, image, y, c);
-      if (grain)
-        prim::primSub_32f_C1R(plane.data, plane.step, before.data, before.step, plane.data,
-                              plane.step, w, count);
+      if (grain) takeChannel(pixels.rows(y, count), c, before);
+      putChannel(plane, pixels.rows(y, count), c);
+      if (grain) sub(before, plane, plane);
     }
   });
   return true;
@@ -121,6 +104,7 @@ void NoiseStage::restoreGrain(IMG3<float>& image, const AdjustSettings& settings
   if (!hasGrain()) return;
   const int w = image.roiWidth;
   const int h = image.roiHeight;
+  const RgbRows pixels(image);
   const int bandHeight = bandRows(0, w, h);
   PerSlot<float> scratch;
   if (scratch.reserve(static_cast<std::size_t>(bandHeight) * static_cast<std::size_t>(w))) {
@@ -128,10 +112,10 @@ void NoiseStage::restoreGrain(IMG3<float>& image, const AdjustSettings& settings
       const PlaneView sum(scratch.at(slot), w * static_cast<int>(sizeof(float)), w, count);
       for (int c = 0; c < 3; ++c) {
         const PlaneView grain = PlaneView(*removed_[c]).rows(y, count);
-        prim::primCopy_32f_C3C1R(image.row(y) + c, image.step, sum.data, sum.step, w, count);
-        prim::primMulC_32f_C1IR(settings.grainRestore, grain.data, grain.step, w, count);
-        prim::primAdd_32f_C1IR(grain.data, grain.step, sum.data, sum.step, w, count);
-        putRows(sum, image, y, c);
+        takeChannel(pixels.rows(y, count), c, sum);
+        scale(settings.grainRestore, grain);
+        add(grain, sum);
+        putChannel(sum, pixels.rows(y, count), c);
       }
     });
   }

@@ -1,17 +1,15 @@
 #include "frame/picture_rows.h"
 
-#include "prim/memory.h"
+#include "frame/plane_ops.h"
 
 namespace vx {
 
 void ImageRows::take(int y, const RgbRows& to) {
-  if (to.data == rows_.row(y)) return;
-  prim::primCopy_32f_C3R(rows_.row(y), rows_.step, to.data, to.step, to.width, to.height);
+  if (to.data != rows_.row(y)) copy(rows_.rows(y, to.height), to);
 }
 
 void ImageRows::give(int y, const RgbRows& from) {
-  if (from.data == rows_.row(y)) return;
-  prim::primCopy_32f_C3R(from.data, from.step, rows_.row(y), rows_.step, from.width, from.height);
+  if (from.data != rows_.row(y)) copy(from, rows_.rows(y, from.height));
 }
 
 }  // namespace vx

@@ -1,27 +1,8 @@
 #pragma once
 
-#include "frame/img.h"
-#include "frame/row_at.h"
+#include "frame/plane_view.h"
 
 namespace vx {
-
-/// Rows of interleaved RGB floats inside memory that somebody else owns.
-struct RgbRows {
-  float* data = nullptr;
-  int step = 0;   ///< bytes from one row to the next
-  int width = 0;  ///< pixels
-  int height = 0;
-
-  RgbRows() = default;
-  RgbRows(float* start, int rowStep, int w, int h)
-      : data(start), step(rowStep), width(w), height(h) {}
-  /// The region of interest; an image without memory gives rows without memory.
-  explicit RgbRows(const IMG3<float>& image)
-      : data(image.data), step(image.step), width(image.roiWidth), height(image.roiHeight) {}
-
-  float* row(int y) const { return rowAt(data, step, y); }
-  RgbRows rows(int y, int count) const { return {row(y), step, width, count}; }
-};
 
 /// Where the rows of a picture come from, a few at a time, so that a stage can take them up while
 /// they are in the cache. Threads of a team take different rows at a time.
@@ -39,7 +20,7 @@ class RowSink {
  public:
   virtual ~RowSink() = default;
 
-  /// Receives the rows from y on; may spoil the memory that they are in.
+  /// Receives the rows from y on; may overwrite the memory that they are in.
   virtual void give(int y, const RgbRows& from) = 0;
 };
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "prim/arith.h"
+#include "frame/plane_ops.h"
 #include "prim/memory.h"
 #include "prim/pyramid.h"
 
@@ -14,11 +14,6 @@ constexpr int kSingle = 13;  // data type of the buffer queries
 int paddedSize(int size, int levels) {
   const int unit = 1 << levels;
   return (size + unit - 1) & -unit;
-}
-
-void subtract(const GIMG<float>& subtrahend, GIMG<float>& from) {
-  from.status = prim::primSub_32f_C1IR(subtrahend.data, subtrahend.step, from.data, from.step,
-                                       from.width, from.height);
 }
 
 }  // namespace
@@ -75,7 +70,7 @@ int GaussPyramid::build(const GIMG<float>& image, int newLevels, bool newLaplaci
     GIMG<float> expanded(upper.width, upper.height);
     prim::primPyrUp_Gauss5x5_32f_C1R(lower.data, lower.step, expanded.data, expanded.step,
                                      lower.width, lower.height, upBuffer_.data());
-    subtract(expanded, upper);
+    upper.status = sub(expanded, upper);
   }
   return kVxrcOk;
 }
@@ -85,11 +80,10 @@ int GaussPyramid::takeDetail(int index, GIMG<float>& detail) {
   GIMG<float>& upper = *level[index];
   GIMG<float>& lower = *level[index + 1];
   if (detail.width != upper.width || detail.height != upper.height) return kVxrcSizeMismatch;
-  prim::primCopy_32f_C1R(upper.data, upper.step, detail.data, detail.step, upper.width,
-                         upper.height);
+  copy(upper, detail);
   upper.status = prim::primPyrUp_Gauss5x5_32f_C1R(lower.data, lower.step, upper.data, upper.step,
                                                   lower.width, lower.height, upBuffer_.data());
-  subtract(upper, detail);
+  detail.status = sub(upper, detail);
   return kVxrcOk;
 }
 

@@ -1,7 +1,7 @@
 #include "vxenhlib/noise/noise_filter_record.h"
 
+#include "frame/plane_ops.h"
 #include "frame/to_int.h"
-#include "prim/memory.h"
 #include "vxenhlib/noise/deconvolver.h"
 #include "vxenhlib/noise/non_local_passes.h"
 
@@ -145,8 +145,7 @@ int NoiseFilterRecord::denoise(GIMG<float>* const planes[3], float floorWeight, 
 void NoiseFilterRecord::sharpenLuma(GIMG<float>& luma, float sigma) {
   GIMG<float> sharp(luma.roiWidth, luma.roiHeight);
   if (Deconvolver().deconvolve(luma, sharp, sigma) != kVxrcOk) return;
-  luma.status = prim::primCopy_32f_C1R(sharp.data, sharp.step, luma.data, luma.step, luma.roiWidth,
-                                       luma.roiHeight);
+  luma.status = copy(sharp, luma);
 }
 
 }  // namespace vx
