@@ -128,7 +128,7 @@ void wholeChain(benchmark::State& state) {
   const auto bytes = makePicture(size);
   auto result = bytes;
   AdjustToneStage stage = fullSetting();
-  stage.bandHeight = state.range(2) < 0 ? size.height : static_cast<int>(state.range(2));
+  const int bandHeight = state.range(2) < 0 ? size.height : static_cast<int>(state.range(2));
   ByteRows rows(bytes, result, size.width);
   const auto kept = std::make_unique<ToneScratch>();
   const bool fresh = state.range(3) != 0;
@@ -137,9 +137,9 @@ void wholeChain(benchmark::State& state) {
     if (fresh) {
       IMG3<float> own(size.width, size.height);
       ToneScratch scratch;
-      stage.apply(own, rows, rows, scratch);
+      stage.apply(own, rows, rows, scratch, bandHeight);
     } else {
-      stage.apply(image, rows, rows, *kept);
+      stage.apply(image, rows, rows, *kept, bandHeight);
     }
     benchmark::DoNotOptimize(result.data());
   });

@@ -53,12 +53,11 @@ TEST(GridFilter, everyPixelIsThatOfTheReference) {
       SCOPED_TRACE(::testing::Message() << w << "x" << h << ", " << range.step << ", " << rows
                                         << " rows, " << threads << " threads");
       const Threads team(threads);
-      filter.bandHeight = rows;
       copyImage(plane, actual);
-      ASSERT_EQ(filter.filter(actual, guide, 0.0f), kVxrcOk);
+      ASSERT_EQ(filter.filter(actual, guide, 0.0f, rows), kVxrcOk);
       EXPECT_TRUE(sameBits(expected, actual));
       copyImage(plane, actual);
-      ASSERT_EQ(filter.filter(actual, actual, 0.0f), kVxrcOk);
+      ASSERT_EQ(filter.filter(actual, actual, 0.0f, rows), kVxrcOk);
       EXPECT_TRUE(sameBits(expectedSelf, actual)) << "guided by itself";
     }
   }
@@ -144,9 +143,8 @@ TEST(LocalEq, everyPixelIsThatOfTheReference) {
               kVxrcOk);
     for (const auto& [rows, threads] : kRuns) {
       const Threads team(threads);
-      eq.bandHeight = rows;
       copyImage(image, actual);
-      ASSERT_EQ(eq.equalize(actual, s.strength, 0.0f, s.clipScale), kVxrcOk);
+      ASSERT_EQ(eq.equalize(actual, s.strength, 0.0f, s.clipScale, rows), kVxrcOk);
       EXPECT_TRUE(sameBits(expected, actual))
           << w << "x" << h << ", " << rows << " rows, " << threads << " threads";
     }

@@ -24,27 +24,12 @@ using Pair [[gnu::vector_size(8), gnu::may_alias]] = float;
 
 int BilateralFilter::setupGrid(int width, int height, float newRangeMin, float newRangeMax,
                                int newSpatialSample, float newRangeSample, int newTemporal) {
-  if (newSpatialSample < 2) return kVxrcBadSetup;
-  const bool resized = width != imageWidth || height != imageHeight;
-  imageWidth = width;
-  imageHeight = height;
-  rangeMin = newRangeMin;
-  rangeMax = newRangeMax;
-  spatialSample = newSpatialSample;
-  rangeSample = newRangeSample;
-  firstFrame = 1;
-  const GridShape wanted =
-      gridShape(width, height, rangeMin, rangeMax, spatialSample, rangeSample, kDeepest);
-  if (wanted != shape() || newTemporal != temporal || resized || gridWidth == 0) {
+  const SetUp setUp = fixGeometry(width, height, newRangeMin, newRangeMax, newSpatialSample,
+                                  newRangeSample, newTemporal, kDeepest);
+  if (setUp == SetUp::kRefused) return kVxrcBadSetup;
+  if (setUp == SetUp::kRenewed && !allocate()) {
     releaseGrid();
-    temporal = newTemporal;
-    gridWidth = wanted.width;
-    gridHeight = wanted.height;
-    gridDepth = wanted.depth;
-    if (gridWidth == 0 || !allocate()) {
-      releaseGrid();
-      return kVxrcNoMemory;
-    }
+    return kVxrcNoMemory;
   }
   splatAxis_ = gridAxis(rangeMin, rangeMax, rangeSample, kSplatOffset, true);
   // The coordinate is monotone, so the ends of the range tell whether any bin leaves its column.
@@ -56,47 +41,49 @@ int BilateralFilter::setupGrid(int width, int height, float newRangeMin, float n
 }
 
 bool BilateralFilter::allocate() {
+  releaseArrays();
   const std::size_t cells = shape().cells();
-  return valueGrid_.reserve(cells + kSpareCells) && blur_.reserve(shape()) &&
-         (temporal == 0 || history_.reserve(shape())) &&
-         rowSums_.reserve(shape().planeCells() + kSpareCells) &&
+  return gridWidth > 0 && valueGrid_.reserve(cells + kSpareCells) && blur_.reserve(shape()) &&
+         reserveHistory() && rowSums_.reserve(shape().planeCells() + kSpareCells) &&
          bins_.reserve(static_cast<std::size_t>(std::max(imageWidth, 1)));
 }
 
-void BilateralFilter::releaseGrid() {
-  gridWidth = gridHeight = gridDepth = 0;
+void BilateralFilter::releaseArrays() {
   valueGrid_.release();
   blur_.release();
-  history_.release();
   rowSums_.release();
   bins_.release();
-  reader_ = GridReader();
 }
 
-int BilateralFilter::filter(GIMG<float>& data, GIMG<float>& guide, float temporalBlend) {
+void BilateralFilter::releaseGrid() {
+  releaseShared();
+  releaseArrays();
+}
+
+int BilateralFilter::filter(GIMG<float>& data, GIMG<float>& guide, float temporalBlend, int rows) {
   const PlaneView values(data);
   const PlaneView keys(guide);
   if (gridWidth == 0 || values.width != keys.width || values.height != keys.height ||
       values.width != imageWidth || values.height != imageHeight)
     return kVxrcSizeMismatch;
   if (values.empty() || keys.empty()) return kVxrcOk;
-  if (!startSplat()) return kVxrcNoMemory;
-  const int rows = bandRows(bandHeight, imageWidth, imageHeight);
-  forEachBand(imageHeight, rows,
-              [&](int y, int count) { splatRows(y, values.rows(y, count), keys.rows(y, count)); });
-  endSplat(temporalBlend);
-  parallelBands(imageHeight, rows, [&](int y, int count, int slot) {
-    readRows(y, keys.rows(y, count), values.rows(y, count), slot);
+  if (!begin()) return kVxrcNoMemory;
+  const int bandHeight = bandRows(rows, imageWidth, imageHeight);
+  forEachBand(imageHeight, bandHeight,
+              [&](int y, int count) { collect(y, values.rows(y, count), keys.rows(y, count)); });
+  process(temporalBlend);
+  parallelBands(imageHeight, bandHeight, [&](int y, int count, int slot) {
+    finish(y, keys.rows(y, count), values.rows(y, count), slot);
   });
-  endRead();
+  end();
   return kVxrcOk;
 }
 
-bool BilateralFilter::startSplat() {
-  if (gridWidth == 0 || !reader_.reserve(imageWidth, shape())) return false;
+bool BilateralFilter::begin() {
+  if (!beginRound()) return false;
   std::fill(rowSums_.data(), rowSums_.data() + shape().planeCells() + kSpareCells,
             Sums{0.0f, kEmptyWeight});
-  blur_.start();
+  blur_.begin();
   gridRow_ = 0;
   while (gridRow_ < kSpatialPad + 1) flushGridRow();
   return true;
@@ -120,7 +107,8 @@ void BilateralFilter::flushGridRow() {
   ++gridRow_;
 }
 
-void BilateralFilter::splatRows(int y, const PlaneView& values, const PlaneView& guide) {
+void BilateralFilter::collect(int y, const PlaneView& values, const PlaneView& guide) {
+  order_.collect();
   Sums* firstColumn = rowSums_.data() + std::ptrdiff_t{kSpatialPad + 1} * gridDepth;
   for (int i = 0; i < values.height; ++i) {
     if (kSpatialPad + 1 + (y + i) / spatialSample != gridRow_) flushGridRow();
@@ -134,16 +122,14 @@ void BilateralFilter::splatRows(int y, const PlaneView& values, const PlaneView&
   }
 }
 
-void BilateralFilter::endSplat(float temporalBlend) {
-  const GridShape cells = shape();
+void BilateralFilter::process(float temporalBlend) {
+  order_.process();
   flushGridRow();
   // The two grid rows after the last hold only what bins reached beyond it.
   while (gridRow_ < gridHeight) flushGridRow();
-  for (std::size_t i = 0; i < kSpareCells; ++i) valueGrid_[cells.cells() + i] = rowSums_[i].value;
-
-  if (temporal != 0) history_.blend(valueGrid_.data(), cells, temporalBlend, firstFrame != 0);
-  reader_.begin(valueGrid_.data(), cells, spatialSample, imageWidth,
-                gridAxis(rangeMin, rangeMax, rangeSample, kReadOffset, true));
+  const std::size_t cells = shape().cells();
+  for (std::size_t i = 0; i < kSpareCells; ++i) valueGrid_[cells + i] = rowSums_[i].value;
+  beginRead(valueGrid_.data(), temporalBlend, kReadOffset, true);
 }
 
 }  // namespace vx

@@ -2,11 +2,8 @@
 
 #include <cstdint>
 
-#include "vxenhlib/grid/grid_history.h"
-#include "vxenhlib/grid/grid_reader.h"
-#include "vxenhlib/grid/grid_shape.h"
+#include "vxenhlib/grid/bilateral_grid.h"
 #include "vxenhlib/grid/sliding_blur.h"
-#include "vxenhlib/vxrc.h"
 
 namespace vx {
 
@@ -23,26 +20,13 @@ namespace vx {
 /// falls into the layer of cells that the blur overwrites: a flat plane of exactly 1.0 does not
 /// come back, one below does.
 ///
+/// Guide values are clipped to rangeMin..rangeMax, and gridDepth is at most 260: bins end at 255.
+///
 /// Belongs to one thread, which splats, blurs the grid row by row while it grows, and opens the
 /// parallel loop of the read.
-class BilateralFilter {
+class BilateralFilter : public BilateralGrid {
  public:
-  int gridWidth = 0;   ///< cells along x, padding included; 0 without a grid
-  int gridHeight = 0;  ///< cells along y
-  int gridDepth = 0;   ///< cells along the value, at most 260: bins end at 255
-  int imageWidth = 0;
-  int imageHeight = 0;
-  float rangeMin = 0.0f;  ///< guide values are clipped to rangeMin..rangeMax
-  float rangeMax = 0.0f;
-  int spatialSample = 0;     ///< pixels per cell along x and along y
-  float rangeSample = 0.0f;  ///< guide values per cell
-  int temporal = 0;          ///< nonzero: the grid is blended with that of the last call
-  int firstFrame = 1;        ///< nonzero until the first filter() after setupGrid() has finished
-  int bandHeight = 0;        ///< rows that filter() takes at a time; 0: by the width
-
   BilateralFilter() = default;
-  BilateralFilter(const BilateralFilter&) = delete;
-  BilateralFilter& operator=(const BilateralFilter&) = delete;
 
   /// Fixes the geometry. Memory is kept when the grid keeps its size and the plane its own.
   ///
@@ -55,28 +39,22 @@ class BilateralFilter {
   /// Replaces `data` by its smoothed version. With `temporal`, temporalBlend (0..1) is the share of
   /// the grid that the last call left.
   ///
+  /// @param rows   of a band; 0: by the width. No result depends on it
   /// @return kVxrcSizeMismatch when the planes differ in size from each other or from the set-up,
   ///   kVxrcNoMemory; nothing is changed then
-  int filter(GIMG<float>& data, GIMG<float>& guide, float temporalBlend);
+  int filter(GIMG<float>& data, GIMG<float>& guide, float temporalBlend, int rows = 0);
 
   /// Frees all memory. The next setupGrid() allocates afresh.
   void releaseGrid();
 
-  // The steps of filter(), for stages that do other work on the same rows while they are in cache:
-  // startSplat(), splatRows() from the top row down, endSplat(), then readRows() for any rows.
+  // The steps of filter(), for stages that do other work on the same rows while they are in cache.
 
-  /// True when a splat may follow.
-  bool startSplat();
+  /// False without a grid, or when memory is short.
+  bool begin();
   /// Adds rows y to y + values.height - 1 of the plane to the grid. The guide has the same size.
-  void splatRows(int y, const PlaneView& values, const PlaneView& guide);
+  void collect(int y, const PlaneView& values, const PlaneView& guide);
   /// Completes the grid, which is blurred and normalised by then.
-  void endSplat(float temporalBlend);
-  /// out = the result for row `y`; `out` may be `guide`.
-  void readRows(int y, const PlaneView& guide, const PlaneView& out, int slot) {
-    reader_.readRows(y, guide, out, slot);
-  }
-  /// Ends a filter() made of steps.
-  void endRead() { firstFrame = 0; }
+  void process(float temporalBlend);
 
  private:
   struct Sums {
@@ -84,19 +62,17 @@ class BilateralFilter {
     float weight;
   };
 
-  GridShape shape() const { return {gridWidth, gridHeight, gridDepth}; }
   bool allocate();
+  void releaseArrays();
   void flushGridRow();
 
   AlignedArray<float> valueGrid_;  // normalised
-  GridHistory history_;
   AlignedArray<Sums> rowSums_;  // of the grid row being splatted, and of what bins reach beyond it
   AlignedArray<std::uint8_t> bins_;
   SlidingBlur blur_;
   prim::GridAxis splatAxis_{};
   bool columnsApart_ = false;
   int gridRow_ = 0;
-  GridReader reader_;
 };
 
 }  // namespace vx

@@ -33,33 +33,18 @@ int BilateralLocalHistEq::setupGrid(int width, int height, float newRangeMin, fl
                                     int newSpatialSample, float newRangeSample, float newOutLow,
                                     float newOutScale, float newPeakGain, float newPeakPosition,
                                     int newTemporal) {
-  if (newSpatialSample < 2) return kVxrcBadSetup;
-  const bool resized = width != imageWidth || height != imageHeight;
-  imageWidth = width;
-  imageHeight = height;
-  rangeMin = newRangeMin;
-  rangeMax = newRangeMax;
-  spatialSample = newSpatialSample;
-  rangeSample = newRangeSample;
+  // Bins are bytes here too, but the mean, the emphasis and the sums of a histogram run over all of
+  // its bins, however many: the depth is not cut.
+  const SetUp setUp = fixGeometry(width, height, newRangeMin, newRangeMax, newSpatialSample,
+                                  newRangeSample, newTemporal, INT_MAX);
+  if (setUp == SetUp::kRefused) return kVxrcBadSetup;
   outLow = newOutLow;
   outScale = newOutScale;
   peakGain = newPeakGain;
   peakPosition = newPeakPosition;
-  firstFrame = 1;
-  // Bins are bytes here too, but the mean, the emphasis and the sums of a histogram run over all of
-  // its bins, however many: the depth is not cut.
-  const GridShape wanted =
-      gridShape(width, height, rangeMin, rangeMax, spatialSample, rangeSample, INT_MAX);
-  if (wanted != shape() || newTemporal != temporal || resized || gridWidth == 0) {
+  if (setUp == SetUp::kRenewed && !allocate()) {
     releaseGrid();
-    temporal = newTemporal;
-    gridWidth = wanted.width;
-    gridHeight = wanted.height;
-    gridDepth = wanted.depth;
-    if (gridWidth == 0 || !allocate()) {
-      releaseGrid();
-      return kVxrcNoMemory;
-    }
+    return kVxrcNoMemory;
   }
   countAxis_ = gridAxis(rangeMin, rangeMax, rangeSample, kCountOffset, false);
   countAxis_.topCell = static_cast<std::uint8_t>((gridDepth - 1) % 256);
@@ -67,43 +52,46 @@ int BilateralLocalHistEq::setupGrid(int width, int height, float newRangeMin, fl
 }
 
 bool BilateralLocalHistEq::allocate() {
+  releaseArrays();
   const std::size_t cells = shape().cells();
-  return histGrid_.reserve(cells + kSpareCells) && scratchGrid_.reserve(cells) &&
-         (temporal == 0 || history_.reserve(shape())) && rowCounts_.reserve(shape().planeCells()) &&
+  return gridWidth > 0 && histGrid_.reserve(cells + kSpareCells) && scratchGrid_.reserve(cells) &&
+         reserveHistory() && rowCounts_.reserve(shape().planeCells()) &&
          bins_.reserve(static_cast<std::size_t>(std::max(imageWidth, 1))) &&
          emphasis_.reserve(static_cast<std::size_t>(gridDepth));
 }
 
-void BilateralLocalHistEq::releaseGrid() {
-  gridWidth = gridHeight = gridDepth = 0;
+void BilateralLocalHistEq::releaseArrays() {
   histGrid_.release();
   scratchGrid_.release();
-  history_.release();
   rowCounts_.release();
   bins_.release();
   emphasis_.release();
-  reader_ = GridReader();
+}
+
+void BilateralLocalHistEq::releaseGrid() {
+  releaseShared();
+  releaseArrays();
 }
 
 int BilateralLocalHistEq::equalize(GIMG<float>& image, float strength, float temporalBlend,
-                                   float newClipScale) {
+                                   float newClipScale, int rows) {
   const PlaneView plane(image);
   if (gridWidth == 0 || plane.width != imageWidth || plane.height != imageHeight)
     return kVxrcSizeMismatch;
   if (plane.empty()) return kVxrcOk;
-  if (!startCount()) return kVxrcNoMemory;
-  const int rows = bandRows(bandHeight, imageWidth, imageHeight);
-  forEachBand(imageHeight, rows, [&](int y, int count) { countRows(y, plane.rows(y, count)); });
-  endCount(strength, temporalBlend, newClipScale);
-  parallelBands(imageHeight, rows, [&](int y, int count, int slot) {
-    readRows(y, plane.rows(y, count), plane.rows(y, count), slot);
+  if (!begin()) return kVxrcNoMemory;
+  const int bandHeight = bandRows(rows, imageWidth, imageHeight);
+  forEachBand(imageHeight, bandHeight, [&](int y, int count) { collect(y, plane.rows(y, count)); });
+  process(strength, temporalBlend, newClipScale);
+  parallelBands(imageHeight, bandHeight, [&](int y, int count, int slot) {
+    finish(y, plane.rows(y, count), plane.rows(y, count), slot);
   });
-  endRead();
+  end();
   return kVxrcOk;
 }
 
-bool BilateralLocalHistEq::startCount() {
-  if (gridWidth == 0 || !reader_.reserve(imageWidth, shape())) return false;
+bool BilateralLocalHistEq::begin() {
+  if (!beginRound()) return false;
   const std::size_t plane = shape().planeCells();
   gridRow_ = kSpatialPad + 1;
   std::fill(histGrid_.data(), histGrid_.data() + plane * static_cast<std::size_t>(gridRow_),
@@ -121,7 +109,8 @@ void BilateralLocalHistEq::flushGridRow() {
   ++gridRow_;
 }
 
-void BilateralLocalHistEq::countRows(int y, const PlaneView& image) {
+void BilateralLocalHistEq::collect(int y, const PlaneView& image) {
+  order_.collect();
   std::uint32_t* firstColumn = rowCounts_.data() + std::ptrdiff_t{kSpatialPad + 1} * gridDepth;
   for (int i = 0; i < image.height; ++i) {
     if (kSpatialPad + 1 + (y + i) / spatialSample != gridRow_) flushGridRow();
@@ -144,7 +133,8 @@ void BilateralLocalHistEq::fillEmphasis() {
   }
 }
 
-void BilateralLocalHistEq::endCount(float strength, float temporalBlend, float newClipScale) {
+void BilateralLocalHistEq::process(float strength, float temporalBlend, float newClipScale) {
+  order_.process();
   clipScale = newClipScale;
   const GridShape cells = shape();
   const std::size_t plane = cells.planeCells();
@@ -167,9 +157,7 @@ void BilateralLocalHistEq::endCount(float strength, float temporalBlend, float n
     integrateHistograms(gridRow(y) + std::ptrdiff_t{kSpatialPad} * gridDepth,
                         gridWidth - 2 * kSpatialPad, gridDepth, scale);
   });
-  if (temporal != 0) history_.blend(histGrid_.data(), cells, temporalBlend, firstFrame != 0);
-  reader_.begin(histGrid_.data(), cells, spatialSample, imageWidth,
-                gridAxis(rangeMin, rangeMax, rangeSample, kReadOffset, false));
+  beginRead(histGrid_.data(), temporalBlend, kReadOffset, false);
 }
 
 }  // namespace vx

@@ -2,10 +2,7 @@
 
 #include <cstdint>
 
-#include "vxenhlib/grid/grid_history.h"
-#include "vxenhlib/grid/grid_reader.h"
-#include "vxenhlib/grid/grid_shape.h"
-#include "vxenhlib/vxrc.h"
+#include "vxenhlib/grid/bilateral_grid.h"
 
 namespace vx {
 
@@ -22,17 +19,8 @@ namespace vx {
 /// curve of the next column; callers clip first.
 ///
 /// Belongs to one thread, which opens the parallel loops; the counting stays on it.
-class BilateralLocalHistEq {
+class BilateralLocalHistEq : public BilateralGrid {
  public:
-  int gridWidth = 0;   ///< cells along x, padding included; 0 without a grid
-  int gridHeight = 0;  ///< cells along y
-  int gridDepth = 0;   ///< bins of a histogram, padding included
-  int imageWidth = 0;
-  int imageHeight = 0;
-  float rangeMin = 0.0f;
-  float rangeMax = 0.0f;
-  int spatialSample = 0;      ///< pixels per cell along x and along y
-  float rangeSample = 0.0f;   ///< values per bin
   float clipScale = 1.0f;     ///< share of the clip limit, of the last equalize()
   float peakGain = 0.0f;      ///< above 0: bins near peakPosition count more; below 0: less
   float peakPosition = 0.5f;  ///< centre of the emphasis, as a share of gridDepth
@@ -40,13 +28,8 @@ class BilateralLocalHistEq {
   float outScale = 0.95f;     ///< scale of a curve above outLow
   float peakWidth = 0.3f;     ///< width of the emphasis, as a share of the way to the range's end
   float clipFactor = 12.0f;   ///< clip limit in multiples of the mean bin
-  int temporal = 0;           ///< nonzero: the curves are blended with those of the last call
-  int firstFrame = 1;         ///< nonzero until the first equalize() after setupGrid() has finished
-  int bandHeight = 0;         ///< rows that equalize() takes at a time; 0: by the width
 
   BilateralLocalHistEq() = default;
-  BilateralLocalHistEq(const BilateralLocalHistEq&) = delete;
-  BilateralLocalHistEq& operator=(const BilateralLocalHistEq&) = delete;
 
   /// Fixes the geometry and the form of the curves. Memory is kept as in BilateralFilter.
   ///
@@ -61,45 +44,38 @@ class BilateralLocalHistEq {
   /// @param strength       0 leaves the plane almost as it was, 1 equalises fully
   /// @param temporalBlend  with `temporal`, the share (0..1) of the curves that the last call left
   /// @param newClipScale   0 makes every histogram flat, 1 cuts off nothing above clipFactor means
+  /// @param rows           of a band; 0: by the width. No result depends on it
   /// @return kVxrcSizeMismatch when the size is not that of the set-up, kVxrcNoMemory; nothing is
   ///   changed then
-  int equalize(GIMG<float>& image, float strength, float temporalBlend, float newClipScale);
+  int equalize(GIMG<float>& image, float strength, float temporalBlend, float newClipScale,
+               int rows = 0);
 
   /// Frees all memory. The next setupGrid() allocates afresh.
   void releaseGrid();
 
   // The steps of equalize(), for stages that do other work on the same rows while they are in
-  // cache: startCount(), countRows() from the top row down, endCount(), then readRows() for any
-  // rows.
+  // cache.
 
-  /// True when a count may follow.
-  bool startCount();
+  /// False without a grid, or when memory is short.
+  bool begin();
   /// Counts rows y to y + image.height - 1.
-  void countRows(int y, const PlaneView& image);
+  void collect(int y, const PlaneView& image);
   /// Makes the curves.
-  void endCount(float strength, float temporalBlend, float newClipScale);
-  /// out = the result for row `y`; `out` may be `image`.
-  void readRows(int y, const PlaneView& image, const PlaneView& out, int slot) {
-    reader_.readRows(y, image, out, slot);
-  }
-  /// Ends an equalize() made of steps.
-  void endRead() { firstFrame = 0; }
+  void process(float strength, float temporalBlend, float newClipScale);
 
  private:
-  GridShape shape() const { return {gridWidth, gridHeight, gridDepth}; }
   bool allocate();
+  void releaseArrays();
   void flushGridRow();
   void fillEmphasis();
 
   AlignedArray<float> histGrid_;
   AlignedArray<float> scratchGrid_;
-  GridHistory history_;
   AlignedArray<std::uint32_t> rowCounts_;  // of the grid row being counted
   AlignedArray<std::uint8_t> bins_;
   AlignedArray<float> emphasis_;
   prim::GridAxis countAxis_{};
   int gridRow_ = 0;
-  GridReader reader_;
 };
 
 }  // namespace vx

@@ -17,7 +17,7 @@ class SlidingBlur {
   /// For grids of at least five planes; false when memory is short.
   bool reserve(const GridShape& shape);
   /// Begins with plane 0.
-  void start() { next_ = 0; }
+  void begin() { next_ = 0; }
 
   /// Where the sums of the next plane go. The weights are above 0.
   float* values() const { return raw(next_, 0); }

@@ -1,9 +1,7 @@
 #include "vxenhlib/noise/grid_denoise.h"
 
 #include "frame/bands.h"
-#include "prim/arith.h"
-#include "prim/channel.h"
-#include "prim/memory.h"
+#include "frame/plane_ops.h"
 #include "vxenhlib/noise/luma_chroma.h"
 
 namespace vx {
@@ -11,11 +9,11 @@ namespace {
 
 class GridDenoise {
  public:
-  GridDenoise(IMG3<float>& image, GIMG<float>* const* removed)
+  GridDenoise(const RgbRows& image, GIMG<float>* const* removed)
       : image_(image),
         removed_(removed),
-        width_(image.roiWidth),
-        height_(image.roiHeight),
+        width_(image_.width),
+        height_(image_.height),
         rows_(bandRows(0, width_, height_)) {
     for (int c = 0; c < 3; ++c)
       planes_[c] = PlaneView(image.data + std::ptrdiff_t{c} * width_, image.step, width_, height_);
@@ -25,7 +23,7 @@ class GridDenoise {
     const auto pixels = static_cast<std::size_t>(width_) * static_cast<std::size_t>(rows_);
     if (!scratch_.reserve(3 * pixels)) return false;
     for (int c = 0; c < 3; ++c)
-      on_[c] = (c == 0 ? luma : chroma).setUp(grids_[c], width_, height_) && grids_[c].startSplat();
+      on_[c] = (c == 0 ? luma : chroma).setUp(grids_[c], width_, height_) && grids_[c].begin();
     return true;
   }
 
@@ -35,6 +33,8 @@ class GridDenoise {
         [&](int c, int y, int count) { splat(c, y, count); });
     parallelFor(0, 3, [&](int c) { complete(c); });
     parallelBands(height_, rows_, [&](int y, int count, int slot) { join(y, count, slot); });
+    for (int c = 0; c < 3; ++c)
+      if (on_[c]) grids_[c].end();
   }
 
  private:
@@ -53,52 +53,39 @@ class GridDenoise {
   void separate(int y, int count, int slot) {
     const Rows rows = scratch(count, slot);
     for (int c = 0; c < 3; ++c) {
-      const PlaneView& to = rows.plane[c];
-      prim::primCopy_32f_C3C1R(image_.row(y) + c, image_.step, to.data, to.step, width_, count);
-      if (removed_ != nullptr) {
-        const PlaneView before = PlaneView(*removed_[c]).rows(y, count);
-        prim::primCopy_32f_C1R(to.data, to.step, before.data, before.step, width_, count);
-      }
+      takeChannel(image_.rows(y, count), c, rows.plane[c]);
+      if (removed_ != nullptr) copy(rows.plane[c], PlaneView(*removed_[c]).rows(y, count));
     }
     toLumaChroma(rows.plane, true);
-    for (int c = 0; c < 3; ++c)
-      prim::primCopy_32f_C1R(rows.plane[c].data, rows.plane[c].step, planes_[c].row(y), image_.step,
-                             width_, count);
+    for (int c = 0; c < 3; ++c) copy(rows.plane[c], planes_[c].rows(y, count));
   }
 
   void splat(int c, int y, int count) {
     const PlaneView rows = planes_[c].rows(y, count);
-    if (on_[c]) grids_[c].splatRows(y, rows, rows);
+    if (on_[c]) grids_[c].collect(y, rows, rows);
   }
 
   void complete(int c) {
-    if (on_[c]) grids_[c].endSplat(0.0f);
+    if (on_[c]) grids_[c].process(0.0f);
   }
 
   void join(int y, int count, int slot) {
     const Rows rows = scratch(count, slot);
     for (int c = 0; c < 3; ++c) {
       const PlaneView from = planes_[c].rows(y, count);
-      const PlaneView& to = rows.plane[c];
-      if (on_[c]) {
-        grids_[c].readRows(y, from, to, slot);
-      } else {
-        prim::primCopy_32f_C1R(from.data, from.step, to.data, to.step, width_, count);
-      }
+      if (on_[c])
+        grids_[c].finish(y, from, rows.plane[c], slot);
+      else
+        copy(from, rows.plane[c]);
     }
     fromLumaChroma(rows.plane, true);
     for (int c = 0; c < 3; ++c) {
-      const PlaneView& after = rows.plane[c];
-      prim::primCopy_32f_C1C3R(after.data, after.step, image_.row(y) + c, image_.step, width_,
-                               count);
-      if (removed_ != nullptr) {
-        const PlaneView grain = PlaneView(*removed_[c]).rows(y, count);
-        prim::primSub_32f_C1IR(after.data, after.step, grain.data, grain.step, width_, count);
-      }
+      putChannel(rows.plane[c], image_.rows(y, count), c);
+      if (removed_ != nullptr) sub(rows.plane[c], PlaneView(*removed_[c]).rows(y, count));
     }
   }
 
-  IMG3<float>& image_;
+  RgbRows image_;
   GIMG<float>* const* removed_;
   int width_;
   int height_;

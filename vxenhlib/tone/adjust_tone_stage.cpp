@@ -3,8 +3,8 @@
 #include <cmath>
 
 #include "frame/bands.h"
+#include "frame/plane_ops.h"
 #include "prim/colour.h"
-#include "prim/memory.h"
 #include "prim/tone.h"
 #include "vxenhlib/tone/tone_scratch.h"
 
@@ -19,7 +19,7 @@ void clipToOne(const PlaneView& p) {
 class StageRun {
  public:
   StageRun(AdjustToneStage& stage, const IMG3<float>& image, RowSource& from, RowSink& to,
-           ToneScratch& scratch)
+           ToneScratch& scratch, int rows)
       : stage_(stage),
         from_(from),
         to_(to),
@@ -30,7 +30,7 @@ class StageRun {
         width_(image.roiWidth),
         height_(image.roiHeight),
         step_(image.step),
-        rows_(bandRows(stage.bandHeight, width_, height_)) {}
+        rows_(bandRows(rows, width_, height_)) {}
 
   bool begin() {
     const auto pixels = static_cast<std::size_t>(width_) * static_cast<std::size_t>(rows_);
@@ -46,9 +46,8 @@ class StageRun {
   void run() {
     LightnessPass& lightness = scratch_.lightness;
     SaturationPass& saturation = scratch_.saturation;
-    lightness.begin(banded(stage_.lightness), lightness_);
-    SaturationTone saturationTone = banded(stage_.saturation);
-    saturation.begin(saturationTone, saturation_);
+    lightness.begin(stage_.lightness, lightness_, rows_);
+    saturation.begin(stage_.saturation, saturation_, rows_);
     parallelThenLanes(
         height_, rows_, 2, [&](int y, int count, int slot) { toPlanes(y, count, slot); },
         [&](int lane, int y, int count) {
@@ -64,16 +63,11 @@ class StageRun {
       saturation.finish(y, count);
       toPixels(y, count, slot);
     });
+    lightness.end();
+    saturation.end();
   }
 
  private:
-  template <class Tone>
-  Tone banded(const Tone& tone) const {
-    Tone copy = tone;
-    if (copy.bandHeight < 1) copy.bandHeight = rows_;
-    return copy;
-  }
-
   void toPlanes(int y, int count, int slot) {
     const RgbRows pixels = pixelRows(count, slot);
     from_.take(y, pixels);
@@ -85,8 +79,7 @@ class StageRun {
     int first = y;
     int ready = count;
     if (unsharpRows_) {
-      const PlaneView in = scratch_.unsharp.input(count);
-      prim::primCopy_32f_C1R(lightness_.row(y), step_, in.data, in.step, width_, count);
+      copy(lightness_.rows(y, count), scratch_.unsharp.input(count));
       ready = scratch_.unsharp.advance(lightness_, &first);
     }
     if (ready < 1) return;
@@ -128,16 +121,17 @@ class StageRun {
 
 }  // namespace
 
-int AdjustToneStage::apply(IMG3<float>& image) {
-  ImageRows rows(image);
+int AdjustToneStage::apply(IMG3<float>& image, int rows) {
+  ImageRows pixels(image);
   ToneScratch scratch;
-  return apply(image, rows, rows, scratch);
+  return apply(image, pixels, pixels, scratch, rows);
 }
 
-int AdjustToneStage::apply(IMG3<float>& work, RowSource& from, RowSink& to, ToneScratch& scratch) {
+int AdjustToneStage::apply(IMG3<float>& work, RowSource& from, RowSink& to, ToneScratch& scratch,
+                           int rows) {
   const RgbRows all(work);
-  if (all.data == nullptr || all.width < 1 || all.height < 1) return 0;
-  StageRun run(*this, work, from, to, scratch);
+  if (all.empty()) return 0;
+  StageRun run(*this, work, from, to, scratch, rows);
   if (run.begin()) {
     run.run();
   } else {

@@ -24,17 +24,18 @@ class AdjustToneStage {
   float hueShift = 0.0f;       ///< turns; off within 1e-7 of 0. A shift beyond one turn is clipped
   LightnessTone lightness;
   SaturationTone saturation;
-  int bandHeight = 0;  ///< rows taken at a time; 0: by the width. No result depends on it
 
   AdjustToneStage() { saturation.mode = 0; }
 
   /// Replaces the image, RGB in 0 to 1 before and after. Returns 0. Without memory for a band the
   /// image stays as it is; a step without memory is left out.
-  int apply(IMG3<float>& image);
+  ///
+  /// @param rows   of a band; 0: by the width. No result depends on it
+  int apply(IMG3<float>& image, int rows = 0);
 
   /// The same for a picture that comes and goes row by row: no pass over memory only to bring it in
   /// or out. `work` has the picture's size, and is lost.
-  int apply(IMG3<float>& work, RowSource& from, RowSink& to, ToneScratch& scratch);
+  int apply(IMG3<float>& work, RowSource& from, RowSink& to, ToneScratch& scratch, int rows = 0);
 };
 
 }  // namespace vx

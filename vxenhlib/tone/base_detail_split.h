@@ -14,21 +14,22 @@ namespace vx {
 /// of the second, whose range cell is four times finer, so that the edges come from a clean guide
 /// while the cell stays narrow. Below that one pass, guided by the plane itself.
 ///
-/// Runs in steps: begin(), collect() from the top row down, run(). The plane itself is left alone;
-/// who wants the detail subtracts, and may do so where it is used.
+/// Runs in the steps of StepOrder, the last of which process() takes itself. The plane is left
+/// alone; whoever wants the detail subtracts, and may do so where it is used.
 class BaseDetailSplit {
  public:
   /// @param base   as large as the plane; also work space of the passes
+  /// @param rows   of a band, 1 or more
   /// @return false when memory is short; the plane is not to be split then
   bool begin(const PlaneView& plane, const PlaneView& base, float rangeStep, int spatialStep,
-             int bandHeight);
+             int rows);
 
   /// Takes rows y to y + count - 1 of the plane into the first grid.
   void collect(int y, int count);
 
   /// Makes the base, and calls done(y, count, slot) for each band that has it, on the team of
   /// threads; the band is still in cache.
-  void run(const std::function<void(int y, int count, int slot)>& done);
+  void process(const std::function<void(int y, int count, int slot)>& done);
 
  private:
   PlaneView plane_;
@@ -42,6 +43,6 @@ class BaseDetailSplit {
 /// The split of whole planes, with the base in the place of the plane; without memory the plane
 /// stays and the detail is 0.
 void splitBaseDetail(const PlaneView& plane, const PlaneView& detail, float rangeStep,
-                     int spatialStep, int bandHeight);
+                     int spatialStep);
 
 }  // namespace vx

@@ -1,9 +1,10 @@
 #include "vxenhlib/tone/detail_layer.h"
 
+#include <cassert>
 #include <climits>
 #include <vector>
 
-#include "prim/arith.h"
+#include "frame/plane_ops.h"
 #include "prim/tone.h"
 
 namespace vx {
@@ -19,27 +20,30 @@ PlaneView band(const PerSlot<float>& memory, int slot, const PlaneView& like) {
 
 }  // namespace
 
-bool DetailLayer::begin(const PlaneView& plane, float rangeStep, int spatialStep, int bandHeight) {
+bool DetailLayer::begin(const PlaneView& plane, float rangeStep, int spatialStep, int rows) {
   const auto width = static_cast<std::size_t>(plane.width);
   if (plane.width > INT_MAX / 4 ||
       !baseMemory_.reserve(width * static_cast<std::size_t>(plane.height)))
     return false;
   plane_ = plane;
   base_ = {baseMemory_.data(), plane.width * 4, plane.width, plane.height};
-  const std::size_t pixels =
-      width * static_cast<std::size_t>(bandRows(bandHeight, plane.width, plane.height));
-  return split_.begin(plane, base_, rangeStep, spatialStep, bandHeight) &&
-         detail_.reserve(pixels) && size_.reserve(pixels);
+  const std::size_t pixels = width * static_cast<std::size_t>(rows);
+  rows_ = rows;
+  order_.begin();
+  return split_.begin(plane, base_, rangeStep, spatialStep, rows) && detail_.reserve(pixels) &&
+         size_.reserve(pixels);
 }
 
-void DetailLayer::makeBase() {
-  split_.run([](int, int, int) {});
+void DetailLayer::process() {
+  order_.process();
+  split_.process([](int, int, int) {});
   curved_ = false;
 }
 
-void DetailLayer::makeBase(float exponent) {
+void DetailLayer::process(float exponent) {
+  order_.process();
   std::vector<Peak> peaks(static_cast<std::size_t>(bandSlots()));
-  split_.run([&](int y, int count, int slot) {
+  split_.process([&](int y, int count, int slot) {
     for (int i = y; i < y + count; ++i) {
       const PlaneView plane = plane_.rows(i, 1);
       const PlaneView size = band(size_, slot, plane);
@@ -55,12 +59,12 @@ void DetailLayer::makeBase(float exponent) {
 }
 
 void DetailLayer::part(int y, int count, int slot) const {
+  assert(count <= rows_);
   const PlaneView plane = plane_.rows(y, count);
   const PlaneView base = base_.rows(y, count);
   const PlaneView detail = band(detail_, slot, plane);
   if (!curved_) {
-    prim::primSub_32f_C1R(base.data, base.step, plane.data, plane.step, detail.data, detail.step,
-                          plane.width, count);
+    sub(plane, base, detail);
     return;
   }
   const PlaneView size = band(size_, slot, plane);
@@ -75,9 +79,8 @@ void DetailLayer::join(float gain, int y, int count, int slot) const {
   const PlaneView base = base_.rows(y, count);
   const PlaneView detail = band(detail_, slot, plane);
   if (!curved_) {
-    prim::primMulC_32f_C1IR(gain, detail.data, detail.step, plane.width, count);
-    prim::primAdd_32f_C1R(detail.data, detail.step, base.data, base.step, plane.data, plane.step,
-                          plane.width, count);
+    scale(gain, detail);
+    add(detail, base, plane);
     return;
   }
   const PlaneView size = band(size_, slot, plane);

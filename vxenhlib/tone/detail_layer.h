@@ -2,6 +2,7 @@
 
 #include "frame/bands.h"
 #include "frame/plane_view.h"
+#include "frame/step_order.h"
 #include "vxenhlib/tone/base_detail_split.h"
 #include "vxenhlib/tone/tone_curve.h"
 
@@ -12,34 +13,48 @@ namespace vx {
 /// curve relative to the strongest detail of the image, which keeps its size: with M = |D| + 1e-12
 /// and m the largest M, D = (D / M) * curve(M).
 ///
-/// Runs in steps: begin(), collect() from the top row down, makeBase(), then part() and join() for
-/// each band of rows, by several threads at a time.
+/// Runs in the steps of StepOrder.
 class DetailLayer {
  public:
   /// The plane must stay where it is. Memory of an earlier plane is used again.
   ///
+  /// @param rows   most rows of a band, 1 or more
   /// @return false when memory is short; the plane is not to be split then
-  bool begin(const PlaneView& plane, float rangeStep, int spatialStep, int bandHeight);
+  bool begin(const PlaneView& plane, float rangeStep, int spatialStep, int rows);
 
   /// Takes rows y to y + count - 1 of the plane.
-  void collect(int y, int count) { split_.collect(y, count); }
+  void collect(int y, int count) {
+    order_.collect();
+    split_.collect(y, count);
+  }
 
   /// Makes the base, on the team of threads; the detail keeps its form.
-  void makeBase();
+  void process();
   /// The same, with a power curve for the detail.
-  void makeBase(float exponent);
+  void process(float exponent);
 
-  /// Rows of the base, free to be changed after their part().
-  PlaneView base(int y, int count) const { return base_.rows(y, count); }
-  void part(int y, int count, int slot) const;
-  /// plane = base + gain * D, with the D of the slot's last part().
-  void join(float gain, int y, int count, int slot) const;
+  /// plane = changed base + gain * D in rows y to y + count - 1. D is taken before the base is
+  /// handed to changeBase(rows).
+  template <class Change>
+  void finish(int y, int count, int slot, float gain, const Change& changeBase) const {
+    order_.finish();
+    part(y, count, slot);
+    changeBase(base_.rows(y, count));
+    join(gain, y, count, slot);
+  }
+
+  void end() { order_.end(); }
 
  private:
+  void part(int y, int count, int slot) const;
+  void join(float gain, int y, int count, int slot) const;
+
+  StepOrder order_;
   BaseDetailSplit split_;
   AlignedArray<float> baseMemory_;
   PlaneView plane_;
   PlaneView base_;
+  int rows_ = 0;
   PerSlot<float> detail_;  // of a band, over its magnitude when there is a curve
   PerSlot<float> size_;
   bool curved_ = false;

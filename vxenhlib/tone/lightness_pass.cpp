@@ -10,7 +10,7 @@ namespace {
 constexpr float kEqRangeStep = 0.01f;
 constexpr float kEqPeakPosition = 0.4f;
 
-// The value 1.0 shall lie inside the last segment of the gamma curve.
+// Keeps the value 1.0 inside the last segment of the gamma curve.
 constexpr float kGammaTop = 1.001f;
 
 // A negative control raises the exponent above 1 and darkens, a positive one lightens; 4.5 gives 0.
@@ -25,52 +25,64 @@ bool wantsDetail(const LightnessTone& tone) {
 
 }  // namespace
 
-void LightnessPass::begin(const LightnessTone& tone, const PlaneView& plane) {
+void LightnessPass::begin(const LightnessTone& tone, const PlaneView& plane, int rows) {
+  order_.begin();
   tone_ = tone;
   plane_ = plane;
   useGamma_ = useEq_ = useDetail_ = false;
   if (plane.empty()) return;
-  rows_ = bandRows(tone.bandHeight, plane.width, plane.height);
+  rows_ = rows;
   useGamma_ = std::fabs(tone.gamma) > 0.0001f;
   if (useGamma_) gammaCurve_ = PowerCurve(kGammaTop, gammaExponent(tone.gamma));
   if (tone.eqStrength > 0.01f && tone.eqSample > 3) {
     useEq_ = eq_.setupGrid(plane.width, plane.height, 0.0f, 1.0f, tone.eqSample, kEqRangeStep,
                            tone.eqFloor, 1.0f - tone.eqTopCut, tone.eqPeakGain, kEqPeakPosition,
                            0) == kVxrcOk &&
-             eq_.startCount();
+             eq_.begin();
   }
-  useDetail_ = wantsDetail(tone) &&
-               detail_.begin(plane, tone.detailRange, tone.detailSample, tone.bandHeight);
+  useDetail_ = wantsDetail(tone) && detail_.begin(plane, tone.detailRange, tone.detailSample, rows);
 }
 
 void LightnessPass::collect(int y, int count) {
+  order_.collect();
   if (useEq_) {
-    eq_.countRows(y, plane_.rows(y, count));
+    eq_.collect(y, plane_.rows(y, count));
   } else if (useDetail_) {
     detail_.collect(y, count);
   }
 }
 
 void LightnessPass::process() {
+  order_.process();
   if (useEq_) {
-    eq_.endCount(tone_.eqStrength, 0.0f, tone_.eqClip);
+    eq_.process(tone_.eqStrength, 0.0f, tone_.eqClip);
     parallelThenLanes(
         plane_.height, rows_, 1,
         [&](int y, int count, int slot) {
-          eq_.readRows(y, plane_.rows(y, count), plane_.rows(y, count), slot);
+          eq_.finish(y, plane_.rows(y, count), plane_.rows(y, count), slot);
         },
         [&](int, int y, int count) {
           if (useDetail_) detail_.collect(y, count);
         });
-    eq_.endRead();
+    eq_.end();
   }
-  if (useDetail_) detail_.makeBase(tone_.detailGamma);
+  if (useDetail_) detail_.process(tone_.detailGamma);
 }
 
 void LightnessPass::finish(int y, int count, int slot) {
-  if (useDetail_) detail_.part(y, count, slot);
-  if (useGamma_) gammaCurve_.apply(useDetail_ ? detail_.base(y, count) : plane_.rows(y, count));
-  if (useDetail_) detail_.join(tone_.detailGain, y, count, slot);
+  order_.finish();
+  const auto applyGamma = [this](const PlaneView& rows) {
+    if (useGamma_) gammaCurve_.apply(rows);
+  };
+  if (useDetail_)
+    detail_.finish(y, count, slot, tone_.detailGain, applyGamma);
+  else
+    applyGamma(plane_.rows(y, count));
+}
+
+void LightnessPass::end() {
+  order_.end();
+  if (useDetail_) detail_.end();
 }
 
 }  // namespace vx

@@ -7,20 +7,23 @@
 
 namespace vx {
 
-/// One plane on its way through LightnessTone. A histogram, a splat or a maximum over the whole
-/// plane ends a pass; everything between two of them is done band by band, so that the stage around
-/// it can join the ends: collect() for rows as they become ready, from the top down, then
-/// process(), then finish() for rows in any order and by several threads at a time.
+/// One plane on its way through LightnessTone, in the steps of StepOrder. A histogram, a splat or a
+/// maximum over the whole plane ends a pass; everything between two of them is done band by band,
+/// so that the stage around it can join the ends.
 class LightnessPass {
  public:
   /// The plane must stay where it is. Memory of an earlier plane is used again.
-  void begin(const LightnessTone& tone, const PlaneView& plane);
+  ///
+  /// @param rows   most rows of a band, 1 or more; finish() is called with no more
+  void begin(const LightnessTone& tone, const PlaneView& plane, int rows);
 
   void collect(int y, int count);
   void process();
   void finish(int y, int count, int slot);
+  void end();
 
  private:
+  StepOrder order_;
   LightnessTone tone_;
   PlaneView plane_;
   int rows_ = 1;

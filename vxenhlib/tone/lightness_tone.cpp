@@ -6,20 +6,21 @@
 
 namespace vx {
 
-int LightnessTone::apply(GIMG<float>& image) const {
+int LightnessTone::apply(GIMG<float>& image, int rows) const {
   const PlaneView plane(image);
   if (plane.empty()) return 0;
-  const int rows = bandRows(bandHeight, plane.width, plane.height);
+  const int bandHeight = bandRows(rows, plane.width, plane.height);
   LightnessPass pass;
-  pass.begin(*this, plane);
-  forEachBand(plane.height, rows, [&](int y, int count) { pass.collect(y, count); });
+  pass.begin(*this, plane, bandHeight);
+  forEachBand(plane.height, bandHeight, [&](int y, int count) { pass.collect(y, count); });
   pass.process();
-  forEachBand(plane.height, rows, [&](int y, int count) { pass.finish(y, count, 0); });
+  forEachBand(plane.height, bandHeight, [&](int y, int count) { pass.finish(y, count, 0); });
+  pass.end();
   return 0;
 }
 
 void LightnessTone::splitBaseDetail(GIMG<float>& plane, GIMG<float>& detail) const {
-  vx::splitBaseDetail(PlaneView(plane), PlaneView(detail), detailRange, detailSample, bandHeight);
+  vx::splitBaseDetail(PlaneView(plane), PlaneView(detail), detailRange, detailSample);
 }
 
 }  // namespace vx

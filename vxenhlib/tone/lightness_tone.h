@@ -23,11 +23,12 @@ class LightnessTone {
   int detailSample = 16;     ///< spatial step of the base filter
   float detailGain = 1.0f;   ///< gain on the detail layer
   float detailGamma = 1.0f;  ///< exponent on its magnitude; below 1 lifts weak detail
-  int bandHeight = 0;        ///< rows taken at a time; 0: by the width
 
   /// Replaces the plane, values in 0 to 1; the result may leave that range. Returns 0. A step
   /// without memory is left out.
-  int apply(GIMG<float>& plane) const;
+  ///
+  /// @param rows   of a band; 0: by the width. No result depends on it
+  int apply(GIMG<float>& plane, int rows = 0) const;
 
   /// plane = its base layer, detail = plane - base, with the steps of this object.
   void splitBaseDetail(GIMG<float>& plane, GIMG<float>& detail) const;

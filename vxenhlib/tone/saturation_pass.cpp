@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "frame/bands.h"
-#include "prim/arith.h"
+#include "frame/plane_ops.h"
 #include "prim/lut.h"
 #include "vxenhlib/tone/detail_layer.h"
 
@@ -26,11 +26,11 @@ bool reshapes(const SaturationTone& tone) {
 void toLog2(const PlaneView& p) {
   prim::primAddC_32f_C1IR(1.0f, p.data, p.step, p.width, p.height);
   prim::primLn_32f_C1IR(p.data, p.step, p.width, p.height);
-  prim::primMulC_32f_C1IR(1.442695f, p.data, p.step, p.width, p.height);
+  scale(1.442695f, p);
 }
 
 void fromLog2(const PlaneView& p) {
-  prim::primMulC_32f_C1IR(0.6931472f, p.data, p.step, p.width, p.height);
+  scale(0.6931472f, p);
   prim::primExp_32f_C1IR(p.data, p.step, p.width, p.height);
   prim::primSubC_32f_C1IR(1.0f, p.data, p.step, p.width, p.height);
 }
@@ -48,67 +48,73 @@ void reshape(SaturationTone& tone, const PlaneView& plane, int rows) {
     forEachBand(plane.height, rows, [&](int y, int count) { detail.collect(y, count); });
     // A gamma nearer to 1 than this shapes nothing, although it may be what brought us here.
     if (differs(tone.gamma, 1.0f, 0.001f)) {
-      detail.makeBase(tone.gamma);
+      detail.process(tone.gamma);
     } else {
-      detail.makeBase();
+      detail.process();
     }
   }
   tone.buildCurve();
   forEachBand(plane.height, rows, [&](int y, int count) {
+    const auto applyCurve = [&tone](const PlaneView& layer) {
+      prim::primLUT_Linear_32f_C1IR(layer.data, layer.step, layer.width, layer.height,
+                                    tone.curveValues.data(), tone.curveLevels.data(),
+                                    tone.curvePoints);
+    };
     const PlaneView band = plane.rows(y, count);
-    const PlaneView layer = useDetail ? detail.base(y, count) : band;
-    if (useDetail) detail.part(y, count, 0);
-    prim::primLUT_Linear_32f_C1IR(layer.data, layer.step, layer.width, layer.height,
-                                  tone.curveValues.data(), tone.curveLevels.data(),
-                                  tone.curvePoints);
-    if (useDetail) detail.join(tone.detailGain, y, count, 0);
+    if (useDetail)
+      detail.finish(y, count, 0, tone.detailGain, applyCurve);
+    else
+      applyCurve(band);
     if (logarithmic) fromLog2(band);
   });
+  if (useDetail) detail.end();
 }
 
 }  // namespace
 
-void SaturationPass::begin(SaturationTone& tone, const PlaneView& plane) {
+void SaturationPass::begin(SaturationTone& tone, const PlaneView& plane, int rows) {
+  order_.begin();
   tone_ = &tone;
   plane_ = plane;
   useEq_ = useGamma_ = false;
   peak_ = {};
   if (plane.empty()) return;
-  rows_ = bandRows(tone.bandHeight, plane.width, plane.height);
+  rows_ = rows;
   useGamma_ = tone.mode == 0 && differs(tone.gamma, 1.0f, 0.0001f);
   if (tone.eqStrength > 0.01f && tone.eqSample > 3) {
     // The whole range, nothing emphasised, nothing clipped.
     useEq_ = eq_.setupGrid(plane.width, plane.height, 0.0f, 1.0f, tone.eqSample, kEqRangeStep, 0.0f,
                            1.0f, 0.0f, 0.5f, 0) == kVxrcOk &&
-             eq_.startCount();
+             eq_.begin();
   }
 }
 
 // Mode 0 up to the gamma, whose curve depends on the peak of the plane.
 void SaturationPass::gain(const PlaneView& rows, Peak& peak) const {
   if (tone_->mode != 0) return;
-  if (differs(tone_->contrast, 1.0f, 0.0001f))
-    prim::primMulC_32f_C1IR(tone_->contrast, rows.data, rows.step, rows.width, rows.height);
+  if (differs(tone_->contrast, 1.0f, 0.0001f)) scale(tone_->contrast, rows);
   if (useGamma_) peak.add(rows);
 }
 
 void SaturationPass::collect(int y, int count) {
+  order_.collect();
   if (useEq_) {
-    eq_.countRows(y, plane_.rows(y, count));
+    eq_.collect(y, plane_.rows(y, count));
   } else {
     gain(plane_.rows(y, count), peak_);
   }
 }
 
 void SaturationPass::process() {
+  order_.process();
   if (useEq_) {
-    eq_.endCount(tone_->eqStrength, tone_->eqBlend, 1.0f);
+    eq_.process(tone_->eqStrength, tone_->eqBlend, 1.0f);
     std::vector<Peak> peaks(static_cast<std::size_t>(bandSlots()));
     parallelBands(plane_.height, rows_, [&](int y, int count, int slot) {
-      eq_.readRows(y, plane_.rows(y, count), plane_.rows(y, count), slot);
+      eq_.finish(y, plane_.rows(y, count), plane_.rows(y, count), slot);
       gain(plane_.rows(y, count), peaks[static_cast<std::size_t>(slot)]);
     });
-    eq_.endRead();
+    eq_.end();
     for (const Peak& part : peaks) peak_.add(part);
   }
   if (useGamma_) {
@@ -118,6 +124,7 @@ void SaturationPass::process() {
 }
 
 void SaturationPass::finish(int y, int count) {
+  order_.finish();
   if (useGamma_) gammaCurve_.apply(plane_.rows(y, count));
 }
 

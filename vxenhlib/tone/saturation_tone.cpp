@@ -6,20 +6,21 @@
 
 namespace vx {
 
-int SaturationTone::apply(GIMG<float>& image) {
+int SaturationTone::apply(GIMG<float>& image, int rows) {
   const PlaneView plane(image);
   if (plane.empty()) return 0;
-  const int rows = bandRows(bandHeight, plane.width, plane.height);
+  const int bandHeight = bandRows(rows, plane.width, plane.height);
   SaturationPass pass;
-  pass.begin(*this, plane);
-  forEachBand(plane.height, rows, [&](int y, int count) { pass.collect(y, count); });
+  pass.begin(*this, plane, bandHeight);
+  forEachBand(plane.height, bandHeight, [&](int y, int count) { pass.collect(y, count); });
   pass.process();
-  forEachBand(plane.height, rows, [&](int y, int count) { pass.finish(y, count); });
+  forEachBand(plane.height, bandHeight, [&](int y, int count) { pass.finish(y, count); });
+  pass.end();
   return 0;
 }
 
 void SaturationTone::splitBaseDetail(GIMG<float>& plane, GIMG<float>& detail) const {
-  vx::splitBaseDetail(PlaneView(plane), PlaneView(detail), detailRange, detailSample, bandHeight);
+  vx::splitBaseDetail(PlaneView(plane), PlaneView(detail), detailRange, detailSample);
 }
 
 void SaturationTone::buildCurve() {

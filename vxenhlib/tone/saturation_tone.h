@@ -29,11 +29,12 @@ class SaturationTone {
   float reserved4 = 0.02f;  ///< never read
   float detailGain = 1.0f;  ///< gain on the detail layer, modes 1 and 2
   float gamma = 1.0f;       ///< exponent: on the plane in mode 0, else on the detail magnitude
-  int bandHeight = 0;       ///< rows taken at a time; 0: by the width
 
   /// Replaces the plane, values in 0 to 1; the result may leave that range. Returns 0. A step
   /// without memory is left out.
-  int apply(GIMG<float>& plane);
+  ///
+  /// @param rows   of a band; 0: by the width. No result depends on it
+  int apply(GIMG<float>& plane, int rows = 0);
 
   /// plane = its base layer, detail = plane - base, with the steps of this object.
   void splitBaseDetail(GIMG<float>& plane, GIMG<float>& detail) const;

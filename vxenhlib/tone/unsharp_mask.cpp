@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <climits>
 #include <cmath>
-#include <cstring>
 
 #include "frame/bands.h"
+#include "frame/plane_ops.h"
 #include "prim/filter.h"
 #include "prim/tone.h"
 #include "vxenhlib/replicate_border.h"
@@ -26,17 +26,14 @@ PlaneView allocateRows(AlignedArray<float>& memory, int width, int rows) {
 
 bool UnsharpMask::active() const { return std::fabs(amount - 1.0f) > 0.001f && sigma > 0.4f; }
 
-int UnsharpMask::apply(GIMG<float>& image) const {
+int UnsharpMask::apply(GIMG<float>& image, int rows) const {
   const PlaneView plane(image);
   if (!active() || plane.empty()) return 0;
-  const int rows = bandRows(bandHeight, plane.width, plane.height);
+  const int bandHeight = bandRows(rows, plane.width, plane.height);
   UnsharpRows unsharp;
-  if (!unsharp.begin(*this, plane.width, plane.height, rows)) return 0;
-  forEachBand(plane.height, rows, [&](int y, int count) {
-    const PlaneView in = unsharp.input(count);
-    for (int i = 0; i < count; ++i)
-      std::memcpy(in.row(i), plane.row(y + i),
-                  static_cast<std::size_t>(plane.width) * sizeof(float));
+  if (!unsharp.begin(*this, plane.width, plane.height, bandHeight)) return 0;
+  forEachBand(plane.height, bandHeight, [&](int y, int count) {
+    copy(plane.rows(y, count), unsharp.input(count));
     int first = 0;
     unsharp.advance(plane, &first);
   });
@@ -73,27 +70,23 @@ PlaneView UnsharpRows::input(int count) {
   const int kept = arrived_ - needed;
   if (arrived_ - firstKept_ + count + kReach > window_.height && drop > 0) {
     // Rows that no result needs any more make way.
-    for (int i = 0; i < kept; ++i)
-      std::memcpy(window_.row(i), window_.row(i + drop),
-                  static_cast<std::size_t>(width_) * sizeof(float));
+    for (int i = 0; i < kept; ++i) copy(window_.rows(i + drop, 1), window_.rows(i, 1));
     firstKept_ = needed;
   }
   return window_.rows(arrived_ - firstKept_, count);
 }
 
 int UnsharpRows::advance(const PlaneView& plane, int* first) {
-  const std::size_t rowBytes = static_cast<std::size_t>(width_) * sizeof(float);
   if (arrived_ == 0) {
     firstKept_ = -kReach;
-    for (int i = 0; i < kReach; ++i) std::memcpy(window_.row(i), window_.row(kReach), rowBytes);
+    for (int i = 0; i < kReach; ++i) copy(window_.rows(kReach, 1), window_.rows(i, 1));
   }
   arrived_ += pending_;
   pending_ = 0;
   int last = arrived_ - kReach;
   if (arrived_ == height_) {
     const int below = arrived_ - firstKept_;
-    for (int i = 0; i < kReach; ++i)
-      std::memcpy(window_.row(below + i), window_.row(below - 1), rowBytes);
+    for (int i = 0; i < kReach; ++i) copy(window_.rows(below - 1, 1), window_.rows(below + i, 1));
     last = height_;
   }
   *first = finished_;

@@ -11,11 +11,12 @@ class UnsharpMask {
  public:
   float amount = 1.0f;  ///< above 1 sharpens, below 1 softens
   float sigma = 0.5f;   ///< standard deviation of the blur, in pixels
-  int bandHeight = 0;   ///< rows taken at a time; 0: by the width
 
   /// Replaces the plane. Leaves it alone when |amount - 1| is not above 0.001, `sigma` is not above
   /// 0.4, or memory is short. Returns 0.
-  int apply(GIMG<float>& plane) const;
+  ///
+  /// @param rows   of a band; 0: by the width. No result depends on it
+  int apply(GIMG<float>& plane, int rows = 0) const;
 
   bool active() const;
 };
