@@ -8,7 +8,8 @@ namespace vx {
 /// columns from column width - right - 1. Corners thereby take the nearest inner element, and
 /// nothing outside the rectangle is touched.
 ///
-/// Does nothing to an axis whose bands are negative or leave no inner element.
+/// A band that is negative or as large as its axis is left out: there is no row or column to
+/// repeat.
 /// @param step   bytes from one row to the next
 void replicateBorder_32f(float* data, int step, int width, int height, int top, int bottom,
                          int left, int right);

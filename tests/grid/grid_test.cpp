@@ -4,6 +4,7 @@
 #include "tests/grid/reference.h"
 #include "vxenhlib/grid/bilateral_filter.h"
 #include "vxenhlib/grid/bilateral_local_hist_eq.h"
+#include "vxenhlib/replicate_border.h"
 
 namespace {
 
@@ -60,6 +61,30 @@ TEST(GridFilter, everyPixelIsThatOfTheReference) {
       ASSERT_EQ(filter.filter(actual, actual, 0.0f, rows), kVxrcOk);
       EXPECT_TRUE(sameBits(expectedSelf, actual)) << "guided by itself";
     }
+  }
+}
+
+// Bands may fill an axis or overlap; a band with no row or column to repeat is left out.
+TEST(ReplicateBorder, bandsAreRepeatedOneAfterTheOther) {
+  const auto asDefined = [](Plane& p, int top, int bottom, int left, int right) {
+    for (int i = 0; top < p.height && i < top; ++i)
+      for (int x = 0; x < p.width; ++x) at(p, x, i) = at(p, x, top);
+    for (int i = p.height - bottom; bottom < p.height && i < p.height; ++i)
+      for (int x = 0; x < p.width; ++x) at(p, x, i) = at(p, x, p.height - bottom - 1);
+    for (int y = 0; y < p.height; ++y) {
+      for (int i = 0; left < p.width && i < left; ++i) at(p, i, y) = at(p, left, y);
+      for (int i = p.width - right; right < p.width && i < p.width; ++i)
+        at(p, i, y) = at(p, p.width - right - 1, y);
+    }
+  };
+  for (const auto& [top, bottom, left, right] :
+       {std::tuple{1, 1, 3, 3}, {3, 2, 4, 3}, {4, 4, 6, 1}, {5, 1, 0, 7}, {0, 5, 8, 2}}) {
+    Plane expected(7, 5), actual(7, 5);
+    paint(expected, [](int x, int y) { return static_cast<float>(10 * y + x); });
+    copyImage(expected, actual);
+    asDefined(expected, top, bottom, left, right);
+    replicateBorder_32f(actual.data, actual.step, 7, 5, top, bottom, left, right);
+    EXPECT_TRUE(sameBits(expected, actual)) << top << ' ' << bottom << ' ' << left << ' ' << right;
   }
 }
 
