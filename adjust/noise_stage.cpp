@@ -37,12 +37,11 @@ bool NoiseStage::active(const AdjustSettings& settings) {
 }
 
 bool NoiseStage::reservePlanes(int width, int height) {
-  bool memory = true;
   for (auto& plane : removed_) {
     plane = std::make_unique<GIMG<float>>(width, height);
-    memory = memory && plane->data != nullptr;
+    if (plane->data == nullptr) return false;
   }
-  return memory;
+  return true;
 }
 
 void NoiseStage::forget() {
@@ -57,15 +56,20 @@ void NoiseStage::filter(IMG3<float>& image, const AdjustSettings& settings) {
   const bool grain = keepsGrain(settings);
   const bool gridsAlone =
       settings.denoiseMode == 0 && record.accepts(image.roiWidth, image.roiHeight);
-  bool memory = (gridsAlone && !grain) || reservePlanes(image.roiWidth, image.roiHeight);
-  if (memory && gridsAlone) {
-    GIMG<float>* const planes[3] = {removed_[0].get(), removed_[1].get(), removed_[2].get()};
-    memory = denoiseOnGrids(image, record.lumaGrid(0.0f), record.chromaGrid(0.0f),
-                            grain ? planes : nullptr);
-  } else if (memory) {
-    memory = filterPlanes(image, record, strength, grain);
+  // The planes hold the picture on its way through the filter, and then what was taken out.
+  const bool planes = !gridsAlone || grain;
+  bool filtered = !planes || reservePlanes(image.roiWidth, image.roiHeight);
+  if (filtered) {
+    filtered = gridsAlone ? filterOnGrids(image, record, grain)
+                          : filterPlanes(image, record, strength, grain);
   }
-  if (!memory || !grain) forget();
+  if (!filtered || !grain) forget();
+}
+
+bool NoiseStage::filterOnGrids(IMG3<float>& image, NoiseFilterRecord& record, bool grain) {
+  GIMG<float>* const planes[3] = {removed_[0].get(), removed_[1].get(), removed_[2].get()};
+  return denoiseOnGrids(image, record.lumaGrid(0.0f), record.chromaGrid(0.0f),
+                        grain ? planes : nullptr);
 }
 
 bool NoiseStage::filterPlanes(IMG3<float>& image, NoiseFilterRecord& record, float strength,
@@ -84,7 +88,7 @@ bool NoiseStage::filterPlanes(IMG3<float>& image, NoiseFilterRecord& record, flo
   });
 
   GIMG<float>* const planes[3] = {removed_[0].get(), removed_[1].get(), removed_[2].get()};
-  record.denoise(planes, 0.01f, strength, 1.0f, 3.0f, 1.5f, 1.0f, 0.0f, 0.0f, 0.0f);
+  record.denoise(planes, {.strength = strength});
 
   parallelBands(h, bandHeight, [&](int y, int count, int slot) {
     const Rows rows(removed_, y, count);

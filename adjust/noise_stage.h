@@ -33,6 +33,7 @@ class NoiseStage {
  private:
   bool reservePlanes(int width, int height);
   void forget();
+  bool filterOnGrids(IMG3<float>& image, NoiseFilterRecord& record, bool grain);
   bool filterPlanes(IMG3<float>& image, NoiseFilterRecord& record, float strength, bool grain);
 
   std::unique_ptr<GIMG<float>> removed_[3];

@@ -35,9 +35,7 @@ struct NoisyPlanes {
     fillUnits(c2, 2, 0x1p-16f, 0.05f * contrast, sigma);
     paint(y, [&](int x, int i) { return at(y, x, i) + 0.4f; });
   }
-  int denoise(NoiseFilterRecord& record) {
-    return record.denoise(all, 0.01f, 1.0f, 1.0f, 3.0f, 1.5f, 1.0f, 0.0f, 0.0f, 0.0f);
-  }
+  int denoise(NoiseFilterRecord& record) { return record.denoise(all, {.strength = 1.0f}); }
 };
 
 // Between one and two tiles the half-size pass works on planes smaller than its tile; odd sizes are

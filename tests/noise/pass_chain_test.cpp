@@ -27,7 +27,12 @@ struct Picture {
     for (unsigned p = 0; p < 3; ++p) fillUnits(*planes[p], p, 0x1p-16f, 0.1f, 0.03f);
   }
   int denoise(NoiseFilterRecord& record, float strength) {
-    return record.denoise(planes, kFloor, strength, kShare, kKnee, kDeviation, kGuide, 0, 0, 0);
+    return record.denoise(planes, {.floorWeight = kFloor,
+                                   .strength = strength,
+                                   .detailShare = kShare,
+                                   .kneeRatio = kKnee,
+                                   .deviationGain = kDeviation,
+                                   .chromaGuideGain = kGuide});
   }
 };
 

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <array>
 #include <limits>
 
 #include "adjust/noise_stage.h"
@@ -20,43 +21,34 @@ NoiseProfile profile(float level, float noise) {
   return {level, noise, 0.0f, level, 0.35f * noise, 0.0f};
 }
 
+// The three geometries of the pipeline. In all tables blocks grow with the noise, and their tile
+// holds them at every step.
 TEST(NoiseFilterRecord, theNoiseChoosesTheGeometry) {
-  struct Row {
-    bool twoStage, tierFlag;
-    float from;  // the row holds from this noise on
-    int stackLimit, blockSize, blockStep, searchSize;
-  };
-  constexpr Row kRows[] = {{false, true, 0.0f, 8, 12, 7, 32},
-                           {false, true, 40.0f / 255.0f, 12, 16, 9, 48},
-                           {false, false, 0.0f, 8, 8, 4, 32},
-                           {false, false, 30.0f / 255.0f, 12, 12, 6, 48},
-                           {false, false, 45.0f / 255.0f, 12, 16, 8, 48},
-                           {true, true, 0.0f, 8, 8, 4, 32},
-                           {true, true, 30.0f / 255.0f, 12, 12, 6, 48},
-                           {true, true, 45.0f / 255.0f, 12, 16, 8, 48},
-                           {true, false, 0.0f, 12, 8, 3, 48},
-                           {true, false, 30.0f / 255.0f, 16, 12, 5, 64},
-                           {true, false, 45.0f / 255.0f, 16, 16, 7, 64}};
-  const auto expect = [](float noise, float level, const Row& row) {
+  const auto geometry = [](float noise, float level, bool tierFlag = true, bool twoStage = true) {
     NoiseFilterRecord record;
-    EXPECT_EQ(record.configure(profile(level, noise), row.tierFlag, row.twoStage), 0);
+    EXPECT_EQ(record.configure(profile(level, noise), tierFlag, twoStage), 0);
     const BlockGeometry& g = record.geometry;
-    EXPECT_TRUE(g.stackLimit == row.stackLimit && g.blockSize == row.blockSize &&
-                g.blockStep == row.blockStep && g.searchSize == row.searchSize &&
-                record.twoStage == row.twoStage && record.tierFlag == row.tierFlag)
-        << row.twoStage << row.tierFlag << ", noise " << noise << " at " << level;
+    return std::array{g.blockSize, g.stackLimit, g.blockStep, g.searchSize};
   };
-  for (std::size_t i = 0; i < std::size(kRows); ++i) {
-    // Above mid-grey the noise counts as it is; a bound belongs to the next row.
-    expect(kRows[i].from, 0.51f, kRows[i]);
-    if (kRows[i].from > 0.0f) expect(std::nextafter(kRows[i].from, 0.0f), 0.7f, kRows[i - 1]);
-    if (i + 1 < std::size(kRows) && kRows[i + 1].from > 0.0f) continue;
-    // A dark picture counts for more, a black one for infinitely much; so does nonsense.
-    expect(0.1f, 0.1f, kRows[i]);
-    expect(0.01f, 0.0f, kRows[i]);
-    expect(kNan, 0.7f, kRows[i]);
+  constexpr std::array kSmall = {8, 8, 4, 32}, kMiddle = {12, 12, 6, 48}, kLarge = {16, 12, 8, 48};
+  constexpr float kFirst = 30.0f / 255.0f, kSecond = 45.0f / 255.0f;
+  EXPECT_EQ(geometry(0.0f, 0.7f), kSmall);
+  EXPECT_EQ(geometry(std::nextafter(kFirst, 0.0f), 0.51f), kSmall);
+  EXPECT_EQ(geometry(kFirst, 0.51f), kMiddle) << "above mid-grey the noise counts as it is";
+  EXPECT_EQ(geometry(0.0625f, 0.25f), kMiddle) << "in a dark picture for more";
+  EXPECT_EQ(geometry(std::nextafter(kSecond, 0.0f), 0.7f), kMiddle);
+  EXPECT_EQ(geometry(kSecond, 0.7f), kLarge);
+  EXPECT_EQ(geometry(0.01f, 0.0f), kLarge) << "in a black one for infinitely much";
+  EXPECT_EQ(geometry(kNan, 0.7f), kLarge) << "nonsense";
+  for (const auto& [tierFlag, twoStage] : {std::pair{false, false}, {true, false}, {false, true}}) {
+    auto last = geometry(0.0f, 0.7f, tierFlag, twoStage);
+    for (int n = 1; n < 60; ++n) {
+      const auto g = geometry(static_cast<float>(n) / 255.0f, 0.7f, tierFlag, twoStage);
+      EXPECT_TRUE(g[0] >= last[0] && g[1] >= last[1] && 2 * g[2] > g[0] - 3 && g[0] + g[2] < g[3]);
+      last = g;
+    }
+    EXPECT_EQ(last[0], 16);
   }
-  expect(0.05f, 0.25f, kRows[5]);
 }
 
 // Amounts instead of the grids of the fast mode: the luma's range is limited after the boost, the
@@ -87,7 +79,8 @@ struct Planes {
       paint(plane[p], [&](int x, int y) { return at(plane[p], x, y) - 0.45f; });
   }
   int denoise(NoiseFilterRecord& record, float sharpen = 0.0f, float bilateral = 0.0f) {
-    return record.denoise(all, 0.01f, 0.0f, 1.0f, 3.0f, 1.5f, 1.0f, sharpen, bilateral, bilateral);
+    return record.denoise(
+        all, {.sharpen = sharpen, .lumaBilateral = bilateral, .chromaBilateral = bilateral});
   }
   // The bilateral passes, plane by plane.
   void smooth(const NoiseFilterRecord& record, float amount) {

@@ -109,10 +109,7 @@ GridStep NoiseFilterRecord::chromaGrid(float amount) const {
   return grid;
 }
 
-int NoiseFilterRecord::denoise(GIMG<float>* const planes[3], float floorWeight, float newStrength,
-                               float detailShare, float newKneeRatio, float newDeviationGain,
-                               float chromaGuideGain, float sharpen, float lumaBilateral,
-                               float chromaBilateral) {
+int NoiseFilterRecord::denoise(GIMG<float>* const planes[3], const DenoiseSettings& settings) {
   GIMG<float>& luma = *planes[0];
   if (!accepts(luma.roiWidth, luma.roiHeight)) return kVxrcBadArgument;
   for (int c = 0; c < 3; ++c) {
@@ -120,25 +117,25 @@ int NoiseFilterRecord::denoise(GIMG<float>* const planes[3], float floorWeight, 
       return kVxrcSizeMismatch;
     if (planes[c]->data == nullptr) return kVxrcNoMemory;
   }
-  strength = newStrength;
-  kneeRatio = newKneeRatio;
-  deviationGain = newDeviationGain;
+  strength = settings.strength;
+  kneeRatio = settings.kneeRatio;
+  deviationGain = settings.deviationGain;
 
   if (strength > 0.009f && prepareNonLocal()) {
     filterNonLocal(*nonLocal, planes,
-                   {.floorWeight = floorWeight,
+                   {.floorWeight = settings.floorWeight,
                     .strength = strength,
-                    .detailShare = detailShare,
+                    .detailShare = settings.detailShare,
                     .kneeRatio = kneeRatio,
                     .deviationGain = deviationGain,
-                    .chromaGuideGain = chromaGuideGain,
+                    .chromaGuideGain = settings.chromaGuideGain,
                     .lumaNoise = profile.lumaNoise,
                     .chromaNoise = profile.chromaNoise,
                     .twoStage = twoStage});
   }
-  if (sharpen > kOff) sharpenLuma(luma, sharpen + 0.2f);
-  smooth(lumaGrid(lumaBilateral), luma, nullptr);
-  smooth(chromaGrid(chromaBilateral), *planes[1], planes[2]);
+  if (settings.sharpen > kOff) sharpenLuma(luma, settings.sharpen + 0.2f);
+  smooth(lumaGrid(settings.lumaBilateral), luma, nullptr);
+  smooth(chromaGrid(settings.chromaBilateral), *planes[1], planes[2]);
   return kVxrcOk;
 }
 

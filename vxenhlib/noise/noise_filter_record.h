@@ -32,6 +32,20 @@ struct GridStep {
   }
 };
 
+/// What denoise() is asked for. The defaults are what the pipeline uses: the non-local passes
+/// alone.
+struct DenoiseSettings {
+  float floorWeight = 0.01f;     ///< smallest weight that the transform filter leaves
+  float strength = 0.0f;         ///< of the non-local passes, which run above 0.009
+  float detailShare = 1.0f;      ///< multiplies the strength of the full-size passes
+  float kneeRatio = 3.0f;        ///< of the transform filter
+  float deviationGain = 1.5f;    ///< of the transform filter
+  float chromaGuideGain = 1.0f;  ///< weight of chroma in the block search of the half-size pass
+  float sharpen = 0.0f;          ///< deconvolution of the luma, runs above 0.01
+  float lumaBilateral = 0.0f;    ///< amounts of the bilateral passes, which run above 0.01
+  float chromaBilateral = 0.0f;
+};
+
 /// The state of the noise filter between the settings and its passes.
 ///
 /// Two engines work one after the other where both are on; the settings of the pipeline switch on
@@ -72,20 +86,11 @@ class NoiseFilterRecord {
 
   /// Filters a luma and two chroma planes (the centred form of toLumaChroma) in place.
   ///
-  /// @param planes           luma, chroma 1, chroma 2, of one size
-  /// @param floorWeight      smallest weight that the transform filter leaves
-  /// @param newStrength      of the non-local passes, which run above 0.009
-  /// @param detailShare      multiplies the strength of the full-size passes
-  /// @param newKneeRatio,newDeviationGain  of the transform filter
-  /// @param chromaGuideGain  weight of chroma in the block search of the half-size pass
-  /// @param sharpen          deconvolution of the luma, runs above 0.01
-  /// @param lumaBilateral,chromaBilateral  amounts of the bilateral passes, which run above 0.01
+  /// @param planes   luma, chroma 1, chroma 2, of one size
   /// @return kVxrcBadArgument for a luma plane narrower or lower than the search tile,
   ///   kVxrcSizeMismatch for planes of different sizes, kVxrcNoMemory for one without memory; with
   ///   nothing changed. 0 else; a pass that cannot have its memory is left out
-  int denoise(GIMG<float>* const planes[3], float floorWeight, float newStrength, float detailShare,
-              float newKneeRatio, float newDeviationGain, float chromaGuideGain, float sharpen,
-              float lumaBilateral, float chromaBilateral);
+  int denoise(GIMG<float>* const planes[3], const DenoiseSettings& settings);
 
   /// The grids of the two bilateral passes; a sample of 0 is a pass that does not run.
   GridStep lumaGrid(float amount) const;
