@@ -4,7 +4,7 @@ add_library(vx_options INTERFACE)
 target_include_directories(vx_options INTERFACE ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include)
 target_compile_options(vx_options INTERFACE
   -Wall -Wextra -Wconversion -Wshadow
-  # Clang, which only builds the fuzz targets, warns of other things and knows not all our pragmas.
+  # Clang, which only builds the fuzz targets, warns of other things and does not know all our pragmas.
   $<$<CXX_COMPILER_ID:GNU>:-Werror>
   # A fused multiply-add would round once where the formulas round twice, and only on processors that
   # have it: results would depend on the machine.

@@ -73,8 +73,8 @@ void parallelThenLanes(int height, int rows, int lanes, const Shared& shared,
   const int groups = height > 0 ? bandCount(height, groupRows) : 0;
   Counters sharedBands, finished;
   if (bandSlots() > 1) {
-    sharedBands.reset(new (std::nothrow) std::atomic<int>[static_cast<std::size_t>(groups)]());
-    finished.reset(new (std::nothrow) std::atomic<int>[static_cast<std::size_t>(lanes)]());
+    sharedBands.reset(new (std::nothrow) std::atomic<int>[groups]());
+    finished.reset(new (std::nothrow) std::atomic<int>[lanes]());
   }
   if (sharedBands == nullptr || finished == nullptr) {
     forEachBand(height, rows, [&](int y, int count) {
@@ -93,7 +93,7 @@ void parallelThenLanes(int height, int rows, int lanes, const Shared& shared,
     const int piece = i % pieces;
     const int top = group * groupRows;
     const int count = std::min(height - top, groupRows);
-    std::atomic<int>& ready = sharedBands[static_cast<std::size_t>(group)];
+    std::atomic<int>& ready = sharedBands[group];
     if (piece < kBands) {
       const std::int64_t first = std::int64_t{piece} * rows;
       if (first < count)
@@ -102,7 +102,7 @@ void parallelThenLanes(int height, int rows, int lanes, const Shared& shared,
       ready.fetch_add(1, std::memory_order_release);
     } else {
       const int lane = piece - kBands;
-      std::atomic<int>& done = finished[static_cast<std::size_t>(lane)];
+      std::atomic<int>& done = finished[lane];
       wait(ready, kBands);
       wait(done, group);
       forEachBand(count, rows, [&](int y, int n) { ordered(lane, top + y, n); });

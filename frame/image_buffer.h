@@ -43,7 +43,7 @@ class ImageBuffer {
     step = width = height = 0;
   }
 
-  /// Start of row y; not to be asked of an empty buffer.
+  /// Start of row y; the buffer must not be empty.
   T* row(int y) const { return rowAt(data, step, y); }
 
  private:

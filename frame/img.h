@@ -13,9 +13,9 @@ namespace vx {
 /// are called with is `data`, `step`, `roiWidth` and `roiHeight`.
 ///
 /// Rows start at multiples of 32 bytes and are padded to multiples of 32. The memory is not
-/// initialised. Construction never throws: an image that could not be had (no memory, a size below
-/// 1, a row above INT_MAX bytes) holds a null `data` and a `step` of 0, and the primitives refuse
-/// it; a loop written by hand tests `data` first. Sizes stay as they were asked for.
+/// initialised. Construction never throws: an image that cannot be allocated (no memory, a size
+/// below 1, a row above INT_MAX bytes) holds a null `data` and a `step` of 0, and the primitives
+/// refuse it; a loop written by hand tests `data` first. Sizes stay as they were asked for.
 ///
 /// Belongs to one thread at a time. Neither copied nor moved; stages pass references.
 template <class T, int C>
@@ -67,7 +67,7 @@ class IMG {
 
   virtual ~IMG() { prim::primFree(base); }
 
-  /// Start of row y of the region of interest; not to be asked of an image without memory.
+  /// Start of row y of the region of interest; the image must have memory.
   T* row(int y) const { return rowAt(data, step, y); }
 };
 

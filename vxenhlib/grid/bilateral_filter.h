@@ -31,8 +31,8 @@ class BilateralFilter : public BilateralGrid {
   /// Fixes the geometry. Memory is kept when the grid keeps its size and the plane its own.
   ///
   /// @return kVxrcBadSetup for a spatialSample below 2, with nothing changed; kVxrcNoMemory when
-  ///   the grid cannot be had, also for a range without cells: the sizes are 0 and filter() answers
-  ///   kVxrcSizeMismatch
+  ///   the grid cannot be allocated, also for a range without cells: the sizes are 0 and filter()
+  ///   answers kVxrcSizeMismatch
   int setupGrid(int width, int height, float rangeMin, float rangeMax, int spatialSample,
                 float rangeSample, int temporal);
 

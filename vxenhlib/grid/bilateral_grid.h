@@ -46,9 +46,9 @@ class BilateralGrid {
   BilateralGrid() = default;
   ~BilateralGrid() = default;
 
-  /// Takes the geometry over. Refuses a spatialSample below 2, with nothing changed. The memory of
-  /// the grid is kept when the grid keeps its size and the plane its own; otherwise it is to be had
-  /// anew, if there is a grid at all.
+  /// Takes the geometry over. Refuses a spatialSample below 2, with nothing changed. Keeps
+  /// the memory of the grid when neither the grid nor the plane changes its size; otherwise the
+  /// caller allocates, unless there is no grid at all.
   SetUp fixGeometry(int width, int height, float newRangeMin, float newRangeMax,
                     int newSpatialSample, float newRangeSample, int newTemporal, int deepest);
 

@@ -34,7 +34,7 @@ class BilateralLocalHistEq : public BilateralGrid {
   /// Fixes the geometry and the form of the curves. Memory is kept as in BilateralFilter.
   ///
   /// @return kVxrcBadSetup for a spatialSample below 2, with nothing changed; kVxrcNoMemory when
-  ///   the grid cannot be had: the sizes are 0 and equalize() answers kVxrcSizeMismatch
+  ///   the grid cannot be allocated: the sizes are 0 and equalize() answers kVxrcSizeMismatch
   int setupGrid(int width, int height, float rangeMin, float rangeMax, int spatialSample,
                 float rangeSample, float outLow, float outScale, float peakGain, float peakPosition,
                 int temporal);

@@ -7,8 +7,8 @@ namespace vx {
 
 /// Smooths luma and chroma of an image on three bilateral grids: what NoiseFilterRecord::denoise
 /// does with planes when its other passes are off, bit by bit. The planes take the place of the
-/// pixels in the rows of the image in the meantime, so that only the grids and some rows are needed
-/// beside it. A grid that cannot be had leaves its plane as it is.
+/// pixels in the rows of the image until the end, so that only the grids and some rows are needed
+/// beside it. A grid that cannot be allocated leaves its plane as it is.
 ///
 /// @param removed  three planes of the image's size that get what is taken out, or null
 /// @return false when memory for the rows is short; nothing is changed then

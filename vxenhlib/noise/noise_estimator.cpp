@@ -74,7 +74,7 @@ float NoiseEstimator::estimate(GIMG<float>& plane) {
 
 // Leaves the smoothed luma in smooth16 and the local deviations in plane16. The deviations have a
 // frame of two pixels that no median reaches: it still holds the luma, and counts. On small
-// pictures that widens the bins; hosts rely on the values.
+// pictures that widens the bins, which is part of the estimate.
 void NoiseEstimator::smoothAndDeviate(int firstMask) {
   const int w = plane16->width;
   const int h = plane16->height;

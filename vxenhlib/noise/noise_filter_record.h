@@ -11,7 +11,7 @@
 namespace vx {
 
 /// What the non-local filter compares: square blocks of blockSize pixels on a grid of blockStep,
-/// each with all positions of a square tile of searchSize, at most stackLimit alike in one stack.
+/// each with all positions of a square tile of searchSize, at most stackLimit blocks in one stack.
 struct BlockGeometry {
   int stackLimit = 0;
   int blockSize = 0;
@@ -25,8 +25,8 @@ struct GridStep {
   float range;
   float low, high;
 
-  /// Fixes the geometry of a filter for planes of that size. False when there is no grid to be had:
-  /// the pass is left out then.
+  /// Fixes the geometry of a filter for planes of that size. False when the
+  /// grid cannot be allocated; the pass is left out then.
   bool setUp(BilateralFilter& filter, int width, int height) const {
     return filter.setupGrid(width, height, low, high, sample, range, 0) == kVxrcOk;
   }

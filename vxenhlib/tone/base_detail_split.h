@@ -20,7 +20,7 @@ class BaseDetailSplit {
  public:
   /// @param base   as large as the plane; also work space of the passes
   /// @param rows   of a band, 1 or more
-  /// @return false when memory is short; the plane is not to be split then
+  /// @return false when memory is short; then the plane cannot be split
   bool begin(const PlaneView& plane, const PlaneView& base, float rangeStep, int spatialStep,
              int rows);
 

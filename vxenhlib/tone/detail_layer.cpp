@@ -48,7 +48,7 @@ void DetailLayer::process(float exponent) {
       const PlaneView plane = plane_.rows(i, 1);
       const PlaneView size = band(size_, slot, plane);
       prim::primvDetailSize_32f(plane.data, base_.row(i), size.data, plane.width);
-      peaks[static_cast<std::size_t>(slot)].add(size);
+      peaks[slot].add(size);
     }
   });
   Peak peak;

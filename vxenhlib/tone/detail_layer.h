@@ -19,7 +19,7 @@ class DetailLayer {
   /// The plane must stay where it is. Memory of an earlier plane is used again.
   ///
   /// @param rows   most rows of a band, 1 or more
-  /// @return false when memory is short; the plane is not to be split then
+  /// @return false when memory is short; then the plane cannot be split
   bool begin(const PlaneView& plane, float rangeStep, int spatialStep, int rows);
 
   /// Takes rows y to y + count - 1 of the plane.

@@ -25,6 +25,18 @@ bool wantsDetail(const LightnessTone& tone) {
 
 }  // namespace
 
+// The definition takes the plane as a whole, in fourteen steps. Here they stand at the place where
+// their rows are in the cache:
+//
+//    1      equalisation             begin, collect, process (BilateralLocalHistEq)
+//    2, 3   what is to run           begin
+//    4, 5   gamma without detail     finish
+//    6      base and detail          collect, process (BaseDetailSplit); the detail itself in
+//    finish 7      gamma on the base        finish, between the detail's part and its return 8, 9
+//    magnitude and sign       finish (primvDetailPart_32f)
+//   10      strongest detail         process: Peak, while the base is made
+//   11      curve of the detail      made in process, applied in finish
+//   12-14   sign, gain, sum          finish (primvDetailJoin_32f)
 void LightnessPass::begin(const LightnessTone& tone, const PlaneView& plane, int rows) {
   order_.begin();
   tone_ = tone;

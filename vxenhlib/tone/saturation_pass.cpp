@@ -112,7 +112,7 @@ void SaturationPass::process() {
     std::vector<Peak> peaks(static_cast<std::size_t>(bandSlots()));
     parallelBands(plane_.height, rows_, [&](int y, int count, int slot) {
       eq_.finish(y, plane_.rows(y, count), plane_.rows(y, count), slot);
-      gain(plane_.rows(y, count), peaks[static_cast<std::size_t>(slot)]);
+      gain(plane_.rows(y, count), peaks[slot]);
     });
     eq_.end();
     for (const Peak& part : peaks) peak_.add(part);
