@@ -5,7 +5,7 @@
 //
 // - The subtrahend and the divisor are the FIRST operand: srcDst - src, src2 - src1, srcDst / src.
 // - C3 rows hold three interleaved channels; widths count pixels.
-// - Steps are not looked at unless a function says so: any value is honoured, also one below 1 (an
+// - Steps are not checked unless a function says so: any value is honoured, also one below 1 (an
 //   image from the bottom up).
 // - Each operand is the destination itself or does not overlap it.
 // - Infinities and NaN pass as the processor makes them; overflow is not reported.

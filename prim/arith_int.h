@@ -3,7 +3,7 @@
 // Integer arithmetic, element by element. For all of them:
 //
 // - The subtrahend is the FIRST operand: srcDst - src.
-// - Steps are not looked at unless a function says so: any value is honoured, also one below 1 (an
+// - Steps are not checked unless a function says so: any value is honoured, also one below 1 (an
 //   image from the bottom up). 16-bit images may start at odd addresses.
 // - Each operand is the destination itself or does not overlap it.
 // - Errors: kStatusNullPtr for any null pointer, kStatusBadSize for a width or height below 1.

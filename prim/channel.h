@@ -9,7 +9,7 @@
 //   nor before that of its first.
 // - Elements move bit by bit; 16u and 16s are the same operation. 16-bit images may start at odd
 //   addresses.
-// - Steps are not looked at: any value is honoured, also one below 1 (an image from the bottom up).
+// - Steps are not checked: any value is honoured, also one below 1 (an image from the bottom up).
 // - Source and destination do not overlap.
 // - Errors: kStatusNullPtr, then kStatusBadSize for a width or height below 1.
 

@@ -19,8 +19,8 @@ namespace vx::prim {
 /// largest, else (B - R) * 60 / d + 120 when G is, else (R - G) * 60 / d + 240, plus 360 when
 /// negative, and divided by 360. Double precision in the order printed, rounded to float once.
 ///
-/// Values outside 0 to 1 follow the same formulas. A NaN in green or blue never is the largest or
-/// smallest, one in red always is both. Steps are not looked at.
+/// Values outside 0 to 1 follow the same formulas. A NaN in green or blue is never the largest or
+/// smallest; one in red is always both. Steps are not checked.
 /// Method: G. H. Joblove and D. Greenberg, Color Spaces for Computer Graphics, 1978 (the double
 /// hexcone).
 int primRGBToHLS_32f_C3R(const float* src, int srcStep, float* dst, int dstStep, int width,
@@ -35,7 +35,7 @@ int primRGBToHLS_32f_C3R(const float* src, int srcStep, float* dst, int dstStep,
 /// when negative. Single precision at every step.
 ///
 /// One turn is wrapped; a hue outside 0 to 1 follows the formulas from there. A NaN in H counts as
-/// a t above all limits; of two NaN in L and S the one in L comes out. Steps are not looked at.
+/// a t above all limits; of two NaN in L and S the one in L comes out. Steps are not checked.
 int primHLSToRGB_32f_C3R(const float* src, int srcStep, float* dst, int dstStep, int width,
                          int height);
 

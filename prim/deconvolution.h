@@ -20,7 +20,7 @@ namespace vx::prim {
 int primDeconvLRInitAlloc_32f_C1R(primDeconvLRState** state, const float* kernel, int kernelSize,
                                   int maxWidth, int maxHeight, float threshold);
 
-/// Sharpens an image: undoes, by steps, a blur with the kernel of the state.
+/// Sharpens an image: undoes a blur with the state's kernel step by step.
 ///
 /// With s the source and e the estimate, which starts out as s: b = e convolved with the kernel,
 /// q = s / b (0 where b is 0), e = e * (q convolved with the transposed kernel), `iterations`

@@ -7,8 +7,8 @@ namespace vx::prim {
 /// Switches the thread's flush-to-zero mode: denormal results of the vector unit become 0.
 ///
 /// Switching on masks the underflow exception as well and leaves the other masks alone.
-/// @param previous   may be null; switching on stores the underflow mask that was (0x800 or 0),
-///   switching off reads it and takes the mask away again if it holds 0
+/// @param previous   may be null; switching on stores the former underflow mask (0x800 or 0),
+///   switching off reads it and clears the mask again if it holds 0
 /// @return kStatusOk: every 64-bit processor has the mode
 int primSetFlushToZero(int enable, int* previous);
 
@@ -27,9 +27,9 @@ struct FloatState {
 /// to nearest, all exceptions masked; in the vector unit flush-to-zero and denormals-are-zero) and
 /// puts the thread's own state back, flags included, when it goes out of scope.
 ///
-/// The C library rounds the numbers that it prints as the x87 unit is told to. Threads are born
-/// with the state of their creator and keep it, so that a team that the host's state has seen needs
-/// a guard in each of its threads. Guarding takes 0.1 to 0.2 us.
+/// The C library rounds the numbers that it prints as the x87 unit is told to. A thread inherits
+/// the state of its creator and keeps it, so every thread of a team needs a guard of its own.
+/// Guarding takes 0.1 to 0.2 us.
 class FloatModeGuard {
  public:
   FloatModeGuard() noexcept;
@@ -42,8 +42,8 @@ class FloatModeGuard {
   FloatState host_;
 };
 
-/// Gives the thread back the host's state for the length of a callback; what the callback changes
-/// of it is forgotten.
+/// Gives the thread back the host's state for the duration of a callback; changes that the callback
+/// makes to it are lost.
 class HostFloatMode {
  public:
   explicit HostFloatMode(const FloatModeGuard& guard) noexcept;

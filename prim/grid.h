@@ -6,7 +6,7 @@
 // - One grid row is `columns` columns of `depth` cells, the cells of a column side by side.
 // - Single precision at every step, in the stated order; every body gives the same bits.
 // - Errors: kStatusNullPtr for any null pointer, kStatusBadSize for a length below 1. Nothing else
-//   is checked: the caller sees to it that all 257 cells from a column on exist.
+//   is checked: the caller ensures that all 257 cells from each column on exist.
 
 #include "prim/types.h"
 

@@ -17,9 +17,9 @@
 //
 // each saturated to 16 bits. 44 and 30 are the largest even scales at which no sum of samples
 // within -128..128 leaves its 16 bits (first pass doubled in the butterfly of the second) or 32
-// bits. The order of terms cannot matter, so that any factorisation gives the same numbers; the
-// vector bodies take sums and differences of mirrored samples first and the 4x4 halves of the
-// matrix by multiply-add of pairs. Coefficients and samples before rounding are within 1/16 of the
+// bits. The order of terms does not matter: any factorisation gives the same numbers. The bodies
+// take sums and differences of mirrored samples first, then the 4x4 halves of the matrix by
+// multiply-add of pairs. Coefficients and samples before rounding are within 1/16 of the
 // real-valued transform.
 //
 // Layout. A column is 8 values, one per vertical frequency. A block is 64 values, that of

@@ -5,14 +5,14 @@
 // - The curve has `count` points (levels[i], values[i]). The segment of an element x is the first i
 //   with levels[i] <= x < levels[i + 1]. An element of no segment stays as it is, bit by bit: one
 //   below the first level, one at or above the last level, a NaN.
-// - Levels may stand in any order and repeat. A segment of width 0 or less holds nothing, nor does
-//   one beside a NaN. Levels that never fall are searched by halves or faster, any others from the
+// - Levels may have any order and repeat. A segment of width 0 or less holds nothing, nor does one
+//   beside a NaN. Levels that never fall are searched by bisection or faster, others from the
 //   first.
 // - Double precision in the order printed, rounded to float once; all variants give the same bits.
 //   Points that are infinite or NaN, or four points of which two have one level, give what the
 //   formula gives; a NaN that results is the quiet one with the sign set.
 // - Up to 63 segments cost no allocation; eight or fewer in rising order are the fast case.
-// - The step is not looked at: any value is honoured, also one below 1 (an image from the bottom
+// - The step is not checked: any value is honoured, also one below 1 (an image from the bottom
 //   up). Nothing outside the rectangle is read or written.
 // - Errors: kStatusNullPtr for srcDst, values or levels, kStatusBadSize for a width or height below
 //   1, kStatusFewLutLevels for count below 2, kStatusNoMemory. All leave the image as it was.

@@ -3,7 +3,7 @@
 // Copies and sets: elements move bit by bit, nothing is converted. For all of them:
 //
 // - Widths and heights count pixels; C3 rows hold three interleaved elements per pixel.
-// - Steps are not looked at unless a function says so: any value is honoured, also one below 1 (an
+// - Steps are not checked unless a function says so: any value is honoured, also one below 1 (an
 //   image from the bottom up). 16-bit images may start at odd addresses.
 // - Under a mask (M), pixels where the 8-bit mask is nonzero are written; the others keep their
 //   value. They may be stored again, so no other thread may write them meanwhile.

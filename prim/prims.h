@@ -9,7 +9,9 @@
 //   pointer addresses the first pixel of the region, so a subimage is pointer arithmetic.
 // - Checks come before any work, in the order null pointer (-8), size (-6), step (-14), the rest; a
 //   refusal writes nothing.
-// - All are reentrant: no state outside the arguments. Every processor variant gives the same bits.
+// - All are reentrant: no state outside the arguments. Every body gives the same bits, with one
+//   exception: primSum_32f_C1R and primMean_32f_C1R add in one order in the generic body and in
+//   another in all vector bodies; see prim/stats.h.
 // - Images may start at any address that suits the element; 16-bit images may start at odd ones.
 
 // IWYU pragma: begin_exports

@@ -7,10 +7,13 @@ namespace vx::prim {
 // The Gaussian pyramid (Burt and Adelson, 1983, The Laplacian pyramid as a compact image code),
 // with weights 1 4 6 4 1 in both directions.
 //
-// Both steps deal with their own edges, neither allocate nor read a row twice, and keep their rows
-// in the caller's buffer, whose size the two queries tell. It may lie at any address. Single
-// precision throughout, sums from left to right and top to bottom. Source, destination
-// and buffer must not overlap.
+// Both steps handle their own edges, allocate nothing and read each row once. They keep rows in the
+// caller's buffer, which may lie at any address; the two queries give its size. Single precision
+// throughout, sums from left to right and top to bottom. Source, destination and buffer must not
+// overlap.
+
+/// Code of single-precision images in the size queries.
+inline constexpr int kPyramid32f = 13;
 
 /// Halves an image to (width + 1) / 2 by (height + 1) / 2.
 ///
@@ -34,14 +37,14 @@ int primPyrDown_Gauss5x5_32f_C1R(const float* src, int srcStep, float* dst, int 
 int primPyrUp_Gauss5x5_32f_C1R(const float* src, int srcStep, float* dst, int dstStep, int width,
                                int height, void* buffer);
 
-/// Tells the scratch bytes for halving: ((width * channels * 4 + 15) & ~15) * 6 + 32.
+/// Bytes of the buffer for halving: ((width * channels * 4 + 15) & ~15) * 6 + 32.
 ///
-/// @param dataType  13 (32f); 1 and 3 are accepted too
+/// @param dataType  kPyramid32f; 1 and 3 are accepted too
 /// @param channels  1 or 3
 /// @return -8; -6 also when the size would exceed INT_MAX; -12, -53
 int primPyrDownGetBufSize(int width, int dataType, int channels, int* size);
 
-/// Tells the scratch bytes for doubling: ((width * 2 * channels * 4 + 15) & ~15) * 3 + 32.
+/// Bytes of the buffer for doubling: ((width * 2 * channels * 4 + 15) & ~15) * 3 + 32.
 int primPyrUpGetBufSize(int width, int dataType, int channels, int* size);
 
 }  // namespace vx::prim

@@ -1,8 +1,8 @@
 #pragma once
 
-// One channel reduced to a number, or to a few. For all of them:
+// One channel reduced to one or a few numbers. For all of them:
 //
-// - Nothing outside the rectangle is read. Steps are not looked at except where a line says so: any
+// - Nothing outside the rectangle is read. Steps are not checked except where a line says so: any
 //   value is honoured, also one below 1 (an image from the bottom up).
 // - Errors: kStatusNullPtr for the image or a result, then kStatusBadSize for a width or height
 //   below 1. A refusal leaves the results as they were.
@@ -13,10 +13,10 @@ namespace vx::prim {
 
 /// Sum in single precision, stored as double.
 ///
-/// The generic variant adds even and odd elements of the rows apart; every other one adds element i
-/// of a row to lane i mod 16, row after row, and then folds the upper half of the lanes onto the
-/// lower until one is left. So the variants with vectors agree in every bit, and the generic one
-/// agrees with them but for rounding. `hint` is ignored.
+/// The generic body adds even and odd elements of the rows apart. Every other one adds element i of
+/// a row to lane i mod 16, row after row, and then folds the upper half of the lanes onto the lower
+/// until one is left. So all vector bodies agree in every bit, and the generic one differs from
+/// them by rounding. `hint` is ignored.
 int primSum_32f_C1R(const float* src, int srcStep, int width, int height, double* sum, int hint);
 
 /// primSum_32f_C1R's result / (width * height), divided in double precision.

@@ -6,7 +6,7 @@
 //   level keeps its bits (-0 stays -0 at a level of 0). A NaN takes the level.
 // - C3 and AC4 forms have one level per channel, three in all, which may lie inside the image and
 //   are read first. The fourth channel of AC4 keeps its value; it is stored again, so no other
-//   thread may write it meanwhile, but for that of a row's last pixel, which is not touched.
+//   thread may write it meanwhile. That of a row's last pixel is not touched.
 // - Comparisons write 255 where the relation holds, else 0. A NaN stands in no relation.
 // - Each operand is the destination itself, where the types allow it, or does not overlap it.
 // - 16-bit images may start at odd addresses.

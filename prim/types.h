@@ -24,7 +24,6 @@ enum Status : int {
   kStatusUnknownCpu = 21,    ///< processor code outside the mapping
   kStatusNoCacheInfo = 36,   ///< cache data not available
   kStatusUnknownCache = 37,  ///< no known cache descriptor
-  kStatusNoScratch = -4,     ///< scratch memory of an integer filter missing
   kStatusBadParameter = -5,  ///< a numeric parameter out of range
   kStatusBadSize = -6,       ///< width, height or length below 1
   kStatusNullPtr = -8,       ///< a required pointer is null

@@ -17,8 +17,8 @@ int primWinBartlett2D_32f_C1IR(float* srcDst, int srcDstStep, int width, int hei
 
 /// srcDst[i] = srcDst[i] * (0.54 - 0.46 cos(2 pi i / (length - 1))), the Hamming window.
 ///
-/// The cosine comes from a rotation by one step after the other, in double from both ends toward
-/// the middle; only the product is rounded to float.
+/// The cosine comes from one rotation per element, in double from both ends toward the middle; only
+/// the product is rounded to float.
 /// @return kStatusNullPtr, kStatusBadSize for a length below 3
 int primvWinHamming_32f_I(float* srcDst, int length);
 

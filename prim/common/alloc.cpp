@@ -15,7 +15,7 @@ constexpr std::size_t kOverhead = kAlignment + sizeof(void*);
 
 // Asks for huge pages behind a large block: an image is touched from end to end once it is there,
 // and 512 page faults become one. On a tone adjustment of 4 megapixels that saved a fifth of all
-// time. Advice about memory that the heap has given away to us; nobody depends on its success.
+// time. Only advice: nothing depends on its success.
 void preferHugePages(void* heap, std::size_t bytes) {
   constexpr std::size_t kWorthIt = std::size_t{4} << 20;
   constexpr std::uintptr_t kPage = 4096;

@@ -100,8 +100,8 @@ int primAbs_32f_C1IR(float* srcDst, int srcDstStep, int width, int height) {
 int primAbsDiff_32f_C1R(const float* src1, int src1Step, const float* src2, int src2Step,
                         float* dst, int dstStep, int width, int height) {
   if (const int status = checkImage(width, height, src1, src2, dst)) return status;
-  if (shortStep(src1Step, width, 4) || shortStep(src2Step, width, 4) ||
-      shortStep(dstStep, width, 4))
+  if (shortStep(src1Step, width, sizeof(float)) || shortStep(src2Step, width, sizeof(float)) ||
+      shortStep(dstStep, width, sizeof(float)))
     return kStatusBadStep;
   return mapRows(src1, src1Step, src2, src2Step, dst, dstStep, width, height,
                  [](float a, float b) { return __builtin_fabsf(a - b); });

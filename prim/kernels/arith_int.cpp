@@ -3,26 +3,9 @@
 namespace vx::prim::VX_VARIANT {
 namespace {
 
+// Larger shifts up leave only the sign.
 template <class T>
-struct Range;
-template <>
-struct Range<std::uint8_t> {
-  static constexpr int kBottom = 0;
-  static constexpr int kTop = 255;
-  static constexpr int kMaxUp = 7;  // larger shifts up only leave the sign
-};
-template <>
-struct Range<std::int16_t> {
-  static constexpr int kBottom = -32768;
-  static constexpr int kTop = 32767;
-  static constexpr int kMaxUp = 15;
-};
-
-template <class T>
-constexpr T saturate(int r) {
-  const int low = r < Range<T>::kBottom ? Range<T>::kBottom : r;
-  return static_cast<T>(low > Range<T>::kTop ? Range<T>::kTop : low);
-}
+constexpr int kMaxUp = 8 * sizeof(T) - 1;
 
 // r / 2^s, s from 1 to 16, rounded to nearest with ties to even.
 constexpr int scaleDown(int r, int s) { return (r - 1 + (1 << (s - 1)) + ((r >> s) & 1)) >> s; }
@@ -32,16 +15,14 @@ constexpr int scaleDown(int r, int s) { return (r - 1 + (1 << (s - 1)) + ((r >> 
 template <class T, class Run>
 int withScale(int scaleFactor, int maxDown, Run run) {
   if (scaleFactor > maxDown) return run([](int) { return T{0}; });
-  if (scaleFactor == 1) return run([](int r) { return saturate<T>(scaleDown(r, 1)); });
+  if (scaleFactor == 1) return run([](int r) { return saturated<T>(scaleDown(r, 1)); });
   if (scaleFactor > 0)
-    return run([scaleFactor](int r) { return saturate<T>(scaleDown(r, scaleFactor)); });
-  if (scaleFactor >= -Range<T>::kMaxUp) {
+    return run([scaleFactor](int r) { return saturated<T>(scaleDown(r, scaleFactor)); });
+  if (scaleFactor >= -kMaxUp<T>) {
     const int factor = 1 << -scaleFactor;  // 17 bits times 2^15: no overflow
-    return run([factor](int r) { return saturate<T>(r * factor); });
+    return run([factor](int r) { return saturated<T>(r * factor); });
   }
-  return run([](int r) {
-    return static_cast<T>(r > 0 ? Range<T>::kTop : r < 0 ? Range<T>::kBottom : 0);
-  });
+  return run([](int r) { return static_cast<T>(r > 0 ? kTop<T> : r < 0 ? kBottom<T> : 0); });
 }
 
 constexpr int kSumBits8u = 9;
@@ -164,8 +145,8 @@ int primAbsDiff_8u_C1R(const std::uint8_t* src1, int src1Step, const std::uint8_
 int primAddProduct_8u32f_C1IR(const std::uint8_t* src1, int src1Step, const std::uint8_t* src2,
                               int src2Step, float* srcDst, int srcDstStep, int width, int height) {
   if (const int status = checkImage(width, height, src1, src2, srcDst)) return status;
-  if (src1Step < width || src2Step < width || shortStep(srcDstStep, width, 4) ||
-      srcDstStep % 4 != 0)
+  if (src1Step < width || src2Step < width || shortStep(srcDstStep, width, sizeof(float)) ||
+      unevenStep(srcDstStep))
     return kStatusBadStep;
   for (int y = 0; y < height; ++y) {
     const std::uint8_t* a = row(src1, src1Step, y);

@@ -1,8 +1,5 @@
+#include "prim/kernels/intrinsics.h"
 #include "prim/kernels/kernel.h"
-
-#if !defined(VX_KERNEL_SCALAR)
-#include <immintrin.h>
-#endif
 
 namespace vx::prim::VX_VARIANT {
 namespace {

@@ -84,8 +84,8 @@ inline void rgbFromHls(Strip& p, int count) {
   for (int i = 0; i < count; ++i) {
     const float l = p.c1[i];
     const float saturation = p.c2[i];
-    // Of two NaN the hardware keeps the one that the compiler happens to put first; with a NaN in L
-    // there shall be only that one.
+    // Of two NaN the hardware keeps the one that the compiler happens to put first. With a NaN in L
+    // there must be only that one.
     const float s = l == l ? saturation : l;
     const float h = p.c0[i] * 360.0f;
     const float high = l <= 0.5f ? l * (1.0f + s) : (l + s) - l * s;

@@ -1,30 +1,8 @@
-#include "prim/kernels/kernel.h"
-
-#if !defined(VX_KERNEL_SCALAR)
-#include <immintrin.h>
-#endif
+#include "prim/kernels/floats.h"
+#include "prim/kernels/rows.h"
 
 namespace vx::prim::VX_VARIANT {
 namespace {
-
-// The element at any address (`auto` would drop the alignment), and its range.
-template <class T>
-struct AnyAddress;
-template <>
-struct AnyAddress<std::uint8_t> {
-  using Type = std::uint8_t;
-  static constexpr float kBottom = 0.0f, kTop = 255.0f;
-};
-template <>
-struct AnyAddress<std::uint16_t> {
-  using Type = Unaligned16u;
-  static constexpr float kBottom = 0.0f, kTop = 65535.0f;
-};
-template <>
-struct AnyAddress<std::int16_t> {
-  using Type = Unaligned16s;
-  static constexpr float kBottom = -32768.0f, kTop = 32767.0f;
-};
 
 // v within +-65535.
 template <int kMode>
@@ -44,13 +22,8 @@ inline int roundTo(float v) {
 // half to a third of the speed; with the narrowing moves of AVX-512 it needs no help.
 #if !defined(VX_KERNEL_SCALAR) && !defined(__AVX512BW__)
 #if defined(__AVX2__)
-using Floats = __m256;
 using Ints = __m256i;
 
-inline Floats load(const float* p) { return _mm256_loadu_ps(p); }
-inline Floats all(float v) { return _mm256_set1_ps(v); }
-inline Floats larger(Floats a, Floats b) { return _mm256_max_ps(a, b); }
-inline Floats smaller(Floats a, Floats b) { return _mm256_min_ps(a, b); }
 inline Floats zeroForNan(Floats v) { return _mm256_and_ps(v, _mm256_cmp_ps(v, v, _CMP_ORD_Q)); }
 inline Ints nearest(Floats v) { return _mm256_cvtps_epi32(v); }
 inline Ints truncated(Floats v) { return _mm256_cvttps_epi32(v); }
@@ -67,13 +40,8 @@ inline Ints packBytes(Ints a, Ints b, Ints c, Ints d) {
 }
 inline void store(void* p, Ints v) { _mm256_storeu_si256(static_cast<__m256i*>(p), v); }
 #else
-using Floats = __m128;
 using Ints = __m128i;
 
-inline Floats load(const float* p) { return _mm_loadu_ps(p); }
-inline Floats all(float v) { return _mm_set1_ps(v); }
-inline Floats larger(Floats a, Floats b) { return _mm_max_ps(a, b); }
-inline Floats smaller(Floats a, Floats b) { return _mm_min_ps(a, b); }
 inline Floats zeroForNan(Floats v) { return _mm_and_ps(v, _mm_cmpord_ps(v, v)); }
 inline Ints nearest(Floats v) { return _mm_cvtps_epi32(v); }
 inline Ints truncated(Floats v) { return _mm_cvttps_epi32(v); }
@@ -98,14 +66,14 @@ inline void store(void* p, Ints v) { _mm_storeu_si128(static_cast<__m128i*>(p), 
 // smaller give their second operand if one is NaN. To bytes, NaN may pass: it becomes INT_MIN.
 template <class T, int kMode>
 inline Ints toInts(const float* in) {
-  const Floats top = all(AnyAddress<T>::kTop);
-  Floats v = load(in);
+  const Floats top = setFloats(static_cast<float>(kTop<T>));
+  Floats v = loadFloats(in);
   if constexpr (sizeof(T) == 1)
     v = smaller(top, v);
   else if constexpr (std::is_signed_v<T>)
     v = smaller(zeroForNan(v), top);
   else
-    v = smaller(larger(v, all(0.0f)), top);
+    v = smaller(larger(v, setFloats(0.0f)), top);
   return kMode == primRndZero ? truncated(v) : nearest(v);
 }
 
@@ -136,12 +104,11 @@ inline std::ptrdiff_t narrowVectors(const float*, void*, std::ptrdiff_t) {
 
 template <class T, int kMode>
 void narrowRow(const float* __restrict in, void* to, std::ptrdiff_t count) {
-  using ElementAt = typename AnyAddress<T>::Type;
-  ElementAt* __restrict out = static_cast<ElementAt*>(to);
+  auto* __restrict out = static_cast<Element<T>*>(to);
   std::ptrdiff_t x = 0;
   if constexpr (kMode != primRndFinancial) x = narrowVectors<T, kMode>(in, to, count);
-  const float bottom = opaque(AnyAddress<T>::kBottom);
-  const float top = opaque(AnyAddress<T>::kTop);
+  const float bottom = opaque(static_cast<float>(kBottom<T>));
+  const float top = opaque(static_cast<float>(kTop<T>));
   for (; x < count; ++x) {
     const float v = in[x] == in[x] ? in[x] : 0.0f;
     const float low = v > bottom ? v : bottom;
@@ -174,8 +141,7 @@ inline std::ptrdiff_t widenVectors(const void*, float*, std::ptrdiff_t) {
 
 template <class T>
 void widenRow(const void* from, float* __restrict out, std::ptrdiff_t count) {
-  using ElementAt = typename AnyAddress<T>::Type;
-  const ElementAt* __restrict in = static_cast<const ElementAt*>(from);
+  const auto* __restrict in = static_cast<const Element<T>*>(from);
   std::ptrdiff_t x = widenVectors<T>(from, out, count);
   for (; x < count; ++x) out[x] = static_cast<float>(in[x]);
 }

@@ -45,8 +45,9 @@ int primDeconvLR_32f_C1R(const float* src, int srcStep, float* dst, int dstStep,
   if (emptySize(width, height) || std::int64_t{width} + size - 1 > state->maxWidth ||
       std::int64_t{height} + size - 1 > state->maxHeight)
     return kStatusBadSize;
-  if (shortStep(srcStep, width, 4) || shortStep(dstStep, width, 4)) return kStatusBadStep;
-  if (srcStep % 4 != 0 || dstStep % 4 != 0) return kStatusUnevenStep;
+  if (shortStep(srcStep, width, sizeof(float)) || shortStep(dstStep, width, sizeof(float)))
+    return kStatusBadStep;
+  if (unevenStep(srcStep) || unevenStep(dstStep)) return kStatusUnevenStep;
   if (iterations < 1) return kStatusBadParameter;
 
   const int before = size - 1 - state->anchor;  // reach of the kernel to the left and to the top

@@ -6,7 +6,8 @@ int primFilterRow_32f_C1R(const float* src, int srcStep, float* dst, int dstStep
                           int height, const float* kernel, int kernelLen, int anchor) {
   if (!src || !dst || !kernel) return kStatusNullPtr;
   if (emptySize(width, height) || kernelLen < 1) return kStatusBadSize;
-  if (srcStep < 4 * (std::int64_t{width} - 1 + kernelLen) || shortStep(dstStep, width, 4))
+  if (shortStep(srcStep, std::int64_t{width} - 1 + kernelLen, sizeof(float)) ||
+      shortStep(dstStep, width, sizeof(float)))
     return kStatusBadStep;
 
   const float* lastTap = kernel + (kernelLen - 1);
@@ -25,7 +26,8 @@ int primFilterColumn_32f_C1R(const float* src, int srcStep, float* dst, int dstS
                              int height, const float* kernel, int kernelLen, int anchor) {
   if (!src || !dst || !kernel) return kStatusNullPtr;
   if (emptySize(width, height) || kernelLen < 1) return kStatusBadSize;
-  if (shortStep(srcStep, width, 4) || shortStep(dstStep, width, 4)) return kStatusBadStep;
+  if (shortStep(srcStep, width, sizeof(float)) || shortStep(dstStep, width, sizeof(float)))
+    return kStatusBadStep;
 
   const float* lastTap = kernel + (kernelLen - 1);
   for (int x = 0; x < width; x += kStripWidth) {

@@ -21,7 +21,7 @@ struct Quotient {
 
   void finish(const std::uint32_t* sums, std::uint8_t* __restrict out, int width) const {
     if (shift == 0) {
-      for (int x = 0; x < width; ++x) out[x] = saturate(static_cast<int>(sums[x]));
+      for (int x = 0; x < width; ++x) out[x] = saturated<std::uint8_t>(static_cast<int>(sums[x]));
     } else if (shift > 0) {
       // Floor and remainder instead of adding half first, which could overflow.
       const int below = (1 << shift) - 1;
@@ -30,7 +30,7 @@ struct Quotient {
         const int s = static_cast<int>(sums[x]);
         const int floor = s >> shift;
         const int up = (s & below) + (floor & 1) > half ? 1 : 0;
-        out[x] = saturate(floor + up);
+        out[x] = saturated<std::uint8_t>(floor + up);
       }
     } else {
       const double top = opaque(255.0);
@@ -44,20 +44,10 @@ struct Quotient {
       }
     }
   }
-
- private:
-  static double opaque(double v) {
-    asm("" : "+x"(v));
-    return v;
-  }
-  static std::uint8_t saturate(int v) {
-    v = v < 255 ? v : 255;
-    return static_cast<std::uint8_t>(v > 0 ? v : 0);
-  }
 };
 
-// Adds four taps. A 16-bit coefficient multiplies in 16-bit lanes, which SSE2 has and 32-bit ones
-// it has not.
+// Adds four taps. 16-bit coefficients have a form of their own: SSE2 multiplies 16-bit lanes, but
+// not 32-bit ones.
 template <bool Start, class Coefficient>
 void addTaps(const std::uint8_t* const* in, const int* taps, std::uint32_t* __restrict sums,
              int width) {
@@ -74,7 +64,7 @@ void addTaps(const std::uint8_t* const* in, const int* taps, std::uint32_t* __re
   }
 }
 
-// The kernel as a list of taps; their order is of no concern to sums modulo 2^32.
+// The kernel as a list of taps; sums modulo 2^32 do not depend on their order.
 struct Kernel {
   const int* taps;
   int width, height, anchorX, anchorY;
@@ -122,7 +112,8 @@ int filter(const std::uint8_t* src, int srcStep, std::uint8_t* dst, int dstStep,
            int anchorY, int divisor) {
   if (!src || !dst || !values) return kStatusNullPtr;
   if (emptySize(width, height) || emptySize(kernelWidth, kernelHeight)) return kStatusBadSize;
-  if (srcStep < std::int64_t{width} - 1 + kernelWidth || shortStep(dstStep, width, 1))
+  if (shortStep(srcStep, std::int64_t{width} - 1 + kernelWidth, sizeof(std::uint8_t)) ||
+      shortStep(dstStep, width, sizeof(std::uint8_t)))
     return kStatusBadStep;
   if (divisor == 0) return kStatusZeroDivisor;
 

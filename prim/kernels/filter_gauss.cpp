@@ -68,7 +68,8 @@ void gauss5x5(const float* src, int srcStep, float* dst, int dstStep, int width,
 int primFilterGauss_32f_C1R(const float* src, int srcStep, float* dst, int dstStep, int width,
                             int height, int mask) {
   if (const int status = checkImage(width, height, src, dst)) return status;
-  if (shortStep(srcStep, width, 4) || shortStep(dstStep, width, 4)) return kStatusBadStep;
+  if (shortStep(srcStep, width, sizeof(float)) || shortStep(dstStep, width, sizeof(float)))
+    return kStatusBadStep;
   if (mask != kMask33 && mask != kMask55) return kStatusBadMask;
 
   const auto filter = mask == kMask33 ? gauss3x3 : gauss5x5;

@@ -201,7 +201,8 @@ int primResize_32f_C1R(const float* src, int srcWidth, int srcHeight, int srcSte
       emptySize(dstWidth, dstHeight) || !clip(roiX, roiWidth, srcWidth) ||
       !clip(roiY, roiHeight, srcHeight))
     return kStatusBadSize;
-  if (shortStep(srcStep, srcWidth, 4) || shortStep(dstStep, dstWidth, 4)) return kStatusBadStep;
+  if (shortStep(srcStep, srcWidth, sizeof(float)) || shortStep(dstStep, dstWidth, sizeof(float)))
+    return kStatusBadStep;
   if (!validFactor(xFactor) || !validFactor(yFactor)) return kStatusBadFactor;
   switch (interpolation) {
     case kResizeNearest:

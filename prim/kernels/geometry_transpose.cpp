@@ -23,7 +23,7 @@ void exchange(float* a, float* b, int step, int columns, int rows) {
 int primTranspose_32f_C1IR(float* srcDst, int srcDstStep, int width, int height) {
   if (!srcDst) return kStatusNullPtr;
   if (emptySize(width, height) || width != height) return kStatusBadSize;
-  if (shortStep(srcDstStep, width, 4)) return kStatusBadStep;
+  if (shortStep(srcDstStep, width, sizeof(float))) return kStatusBadStep;
 
   for (int y = 0; y < height; y += kBlock) {
     const int rows = height - y < kBlock ? height - y : kBlock;

@@ -14,10 +14,6 @@ namespace {
 
 #define VX_LANES [[gnu::always_inline]] static inline
 
-constexpr std::int16_t saturate16(int v) {
-  return static_cast<std::int16_t>(v < -32768 ? -32768 : v > 32767 ? 32767 : v);
-}
-
 struct ArrayLanes {
   struct V {
     std::int16_t at[8];
@@ -47,7 +43,7 @@ struct ArrayLanes {
     return map(a, b, [](int x, int y) { return x - y; });
   }
   VX_LANES V addSat(V a, V b) {
-    return map(a, b, [](int x, int y) { return saturate16(x + y); });
+    return map(a, b, [](int x, int y) { return saturated<std::int16_t>(x + y); });
   }
   VX_LANES V least(V a, V b) {
     return map(a, b, [](int x, int y) { return x < y ? x : y; });
@@ -70,14 +66,9 @@ struct ArrayLanes {
   VX_LANES void scatter(void* p, std::ptrdiff_t, V a) { store(p, a); }
   VX_LANES void storeTwoRows(std::uint8_t* first, std::uint8_t* second, V a, V b) {
     for (int i = 0; i < 8; ++i) {
-      first[i] = byteOf(a.at[i]);
-      second[i] = byteOf(b.at[i]);
+      first[i] = saturated<std::uint8_t>(a.at[i]);
+      second[i] = saturated<std::uint8_t>(b.at[i]);
     }
-  }
-
- private:
-  VX_LANES std::uint8_t byteOf(int v) {
-    return static_cast<std::uint8_t>(v < 0 ? 0 : v > 255 ? 255 : v);
   }
 };
 using NarrowLanes = ArrayLanes;
@@ -121,7 +112,8 @@ template <int shift, class L>
 template <int shift, class L>
 [[gnu::always_inline]] inline typename L::V narrow(const Sums<L>& a) {
   typename L::V result;
-  for (int i = 0; i < 8; ++i) result.at[i] = saturate16(static_cast<int>(a.at[i]) >> shift);
+  for (int i = 0; i < 8; ++i)
+    result.at[i] = saturated<std::int16_t>(static_cast<int>(a.at[i]) >> shift);
   return result;
 }
 

@@ -4,10 +4,6 @@
 namespace vx::prim::VX_VARIANT {
 namespace {
 
-inline std::uint8_t limitByte(int v) {
-  return static_cast<std::uint8_t>(v < 0 ? 0 : v > 255 ? 255 : v);
-}
-
 #if !defined(VX_KERNEL_SCALAR)
 
 // (a + b) >> 1 of bytes.
@@ -181,9 +177,9 @@ int primJpegAddYcc_8u16u(const std::uint8_t* y, const std::uint8_t* cb, const st
     const int r = y[i] + ((91881 * cr[i] - 11760828) >> 16);
     const int g = y[i] + ((-22554 * cb[i] - 46802 * cr[i] + 8877496) >> 16);
     const int b = y[i] + ((116130 * cb[i] - 14864613) >> 16);
-    sumR[i] = static_cast<std::uint16_t>(sumR[i] + limitByte(r));
-    sumG[i] = static_cast<std::uint16_t>(sumG[i] + limitByte(g));
-    sumB[i] = static_cast<std::uint16_t>(sumB[i] + limitByte(b));
+    sumR[i] = static_cast<std::uint16_t>(sumR[i] + saturated<std::uint8_t>(r));
+    sumG[i] = static_cast<std::uint16_t>(sumG[i] + saturated<std::uint8_t>(g));
+    sumB[i] = static_cast<std::uint16_t>(sumB[i] + saturated<std::uint8_t>(b));
   }
   return kStatusOk;
 }

@@ -55,8 +55,22 @@ template <class... Pointers>
 }
 
 // A step that does not hold a row of `width` pixels of `pixelBytes` bytes.
-[[maybe_unused]] inline bool shortStep(int step, int width, int pixelBytes) {
-  return step < std::int64_t{width} * pixelBytes;
+[[maybe_unused]] inline bool shortStep(int step, std::int64_t width, int pixelBytes) {
+  return step < width * pixelBytes;
+}
+// A step that is no multiple of a float's size.
+[[maybe_unused]] inline bool unevenStep(int step) { return step % int{sizeof(float)} != 0; }
+
+// The range of an integer element.
+template <class T>
+constexpr int kBottom = std::is_signed_v<T> ? -(1 << (8 * sizeof(T) - 1)) : 0;
+template <class T>
+constexpr int kTop = kBottom<T> + (1 << (8 * sizeof(T))) - 1;
+
+template <class T>
+[[maybe_unused]] constexpr T saturated(int v) {
+  const int low = v < kBottom<T> ? kBottom<T> : v;
+  return static_cast<T>(low > kTop<T> ? kTop<T> : low);
 }
 
 // Nearest integer, ties to even. INT_MIN if out of range or NaN.
@@ -70,7 +84,8 @@ template <class... Pointers>
 
 // The value, unknown to the optimiser, which otherwise takes a clamp against a literal apart and
 // vectorises it at a third of the speed.
-[[maybe_unused]] inline float opaque(float v) {
+template <class T>
+[[maybe_unused]] inline T opaque(T v) {
   asm("" : "+x"(v));
   return v;
 }

@@ -10,7 +10,8 @@ class Ring {
   Ring(void* buffer, int rowFloats, int rows)
       : base_(reinterpret_cast<char*>((reinterpret_cast<std::uintptr_t>(buffer) + 31) &
                                       ~std::uintptr_t{31})),
-        rowBytes_((std::ptrdiff_t{rowFloats} * 4 + 15) & ~std::ptrdiff_t{15}),
+        rowBytes_((std::ptrdiff_t{rowFloats} * std::ptrdiff_t{sizeof(float)} + 15) &
+                  ~std::ptrdiff_t{15}),
         rows_(rows) {}
 
   float* operator[](std::ptrdiff_t y) const {
@@ -61,8 +62,9 @@ void doubleRow(const float* __restrict in, float* __restrict out, int width) {
 int refusal(const float* src, int srcStep, const float* dst, int dstStep, const void* buffer,
             int width, int height, std::int64_t dstWidth) {
   if (const int status = checkImage(width, height, src, dst, buffer)) return status;
-  if (shortStep(srcStep, width, 4) || dstStep < 4 * dstWidth) return kStatusBadStep;
-  if (srcStep % 4 != 0 || dstStep % 4 != 0) return kStatusUnevenStep;
+  if (shortStep(srcStep, width, sizeof(float)) || shortStep(dstStep, dstWidth, sizeof(float)))
+    return kStatusBadStep;
+  if (unevenStep(srcStep) || unevenStep(dstStep)) return kStatusUnevenStep;
   return kStatusOk;
 }
 

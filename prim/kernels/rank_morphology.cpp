@@ -18,7 +18,8 @@ template <class Extreme>
 int extreme3x3(const float* src, int srcStep, float* dst, int dstStep, int width, int height) {
   if (const int status = checkImage(width, height, src, dst)) return status;
   if (srcStep < 1 || dstStep < 1) return kStatusBadStep;
-  if (srcStep < std::int64_t{width} * 4 + 8 || shortStep(dstStep, width, 4))
+  if (shortStep(srcStep, std::int64_t{width} + 2, sizeof(float)) ||
+      shortStep(dstStep, width, sizeof(float)))
     return kStatusShortStep;
 
   float columns[kColumnStrip + 2];  // the extreme of each column

@@ -50,8 +50,8 @@ int primHistogramRange_16s_C1R(const std::int16_t* src, int srcStep, int width, 
   if (const int status = checkImage(width, height, src, hist, levels)) return status;
   if (levelCount < 2) return kStatusFewHistogramLevels;
   const int bins = levelCount - 1;
-  // Both ways give the same counts. To clear and to add up the table takes 20 microseconds; so many
-  // comparisons take 9 to 21 with vectors (measured with AVX-512 and SSE2).
+  // Both ways give the same counts. Clearing and adding up the table takes 20 microseconds; this
+  // many comparisons take 9 to 21 with vectors (measured with AVX-512 and SSE2).
   constexpr double kComparisons = 150000.0;
   std::uint32_t* sums = nullptr;
   if (static_cast<double>(width) * height * bins > kComparisons)

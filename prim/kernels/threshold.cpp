@@ -69,10 +69,10 @@ int primThreshold_GT_16u_C3IR(std::uint16_t* srcDst, int srcDstStep, int width, 
 int primThreshold_GT_16u_AC4IR(std::uint16_t* srcDst, int srcDstStep, int width, int height,
                                const std::uint16_t* level) {
   if (const int status = checkImage(width, height, srcDst, level)) return status;
-  // A level that no sample exceeds leaves the fourth channel alone. Hidden from the optimiser,
-  // which would otherwise drop the channel and with it the whole-vector stores (measured: 3 to 8
-  // times slower). The fourth word of a row's last pixel is not touched: where the extra channel
-  // comes first, it lies behind the image.
+  // A level that no sample exceeds leaves the fourth channel alone. It is hidden from the
+  // optimiser, which would otherwise drop the channel and with it the whole-vector stores
+  // (measured: 3 to 8 times slower). The fourth word of a row's last pixel is not touched: where
+  // the extra channel comes first, it lies behind the image.
   std::uint16_t highest = 0xFFFF;
   asm("" : "+r"(highest));
   const std::uint16_t levels[4] = {level[0], level[1], level[2], highest};
