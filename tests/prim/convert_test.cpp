@@ -53,8 +53,8 @@ TEST(Convert, roundsTiesSaturatesAndTakesNanToZero) {
 
 template <class T>
 void expectExact(int (*convert)(const T*, int, float*, int, int, int), int channels) {
-  Plane<T> src(3 << (8 * sizeof(T) - 1), 1);
-  Plane<float> dst(src.width, 1);
+  Plane<float> dst(3 << (8 * sizeof(T) - 1), 2);
+  Plane<T> src(dst.width + 3, 2);  // rows with a gap
   src.set([](int x, int) { return x; });
   EXPECT_EQ(call(convert, src, dst, dst.size(channels)), 0);
   expectPlane(dst, [](int x, int) { return static_cast<T>(x); });

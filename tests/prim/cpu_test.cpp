@@ -3,7 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <string_view>
 #include <tuple>
+#include <utility>
+#include <vector>
 
 #include "prim/common/cpu_model.h"
 #include "prim/dispatch.h"
@@ -62,18 +65,16 @@ TEST(CpuModel, knowsTheModelTableAndFallsBackToTheFeatures) {
 }
 
 TEST(CpuModel, anotherVendorGoesByTheBestFeature) {
+  const std::pair<Features, int> kRows[] = {{0, 96},      {kSse, 64},   {kSse2, 65}, {kSse3, 66},
+                                            {kSsse3, 67}, {kSse41, 68}, {kSse42, 69}};
   Features all = kLong;
-  int code = 96;
-  for (const Features next : {Features{0}, kSse, kSse2, kSse3, kSsse3, kSse41, kSse42}) {
-    all |= next;
+  for (const auto& [added, code] : kRows) {
+    all |= added;
     CpuRecord cpu = processor(6, 15, all);
     cpu.leaf0.ebx ^= 1;
     EXPECT_EQ(cpuCode(cpu), code);
-    code = std::max(63, code % 96) + 1;
-    cpu.extended0.eax = 0x80000000;  // no further leaf
-    if (next == 0) {
-      EXPECT_EQ(cpuCode(cpu), 0);
-    }
+    cpu.extended0.eax = 0x80000000;  // no further leaf, so nothing tells of long mode
+    EXPECT_EQ(cpuCode(cpu), added == 0 ? 0 : code);
   }
 }
 
@@ -116,34 +117,58 @@ TEST(CpuModel, wideBodiesNeedTheProcessorAndTheOperatingSystem) {
   }
 }
 
-// 32 KB data and 128 KB second level; a register that says it holds nothing; in the last row a
-// count and no descriptor.
+// Kilobytes of the second and third levels that the vendor documents, and their descriptors.
+constexpr std::pair<int, std::string_view> kCacheSizes[] = {
+    {16384, "\x4D"},
+    {12288, "\x4C"},
+    {8192, "\x47\x4B"},
+    {6144, "\x4A\x4E"},
+    {4096, "\x29\x46\x49"},
+    {3072, "\x48"},
+    {2048, "\x25\x45\x7D\x85"},
+    {1024, "\x23\x44\x78\x7C\x84\x87"},
+    {512, "\x22\x3E\x43\x7B\x7F\x80\x83\x86"},
+    {384, "\x3D"},
+    {256, "\x21\x3C\x42\x7A\x82"},
+    {192, "\x3A"},
+    {128, "\x39\x3B\x41\x79"}};
+
+// In every byte that may hold one, alone and beside every other.
 TEST(CpuModel, findsTheLargestCacheOfTheDescriptors) {
-  static constexpr std::uint32_t kRows[][6] = {{1, 0, 0, 0, 37, 0},
-                                               {1, 0, 0, 0x412C00, 0, 131072},
-                                               {0x3B000001, 0, 0, 0x41, 0, 131072},
-                                               {1, 0, 0x3D, 0x41, 0, 393216},
-                                               {1, 0x8000004D, 0x3D, 0, 0, 393216},
-                                               {1, 0, 0x4B3D, 0, 0, 8388608},
-                                               {1, 0, 0x4B00, 0x4C, 0, 12582912},
-                                               {1, 0x4D, 0x3D, 0x4C, 0, 16777216},
-                                               {0x4D, 0x4D, 0, 0, 36, 0}};
-  const auto expectCache = [](const CpuRecord& cpu, std::uint32_t status, std::uint32_t size) {
-    int found = -1;
-    EXPECT_EQ(largestCache(cpu, &found), static_cast<int>(status));
-    EXPECT_EQ(found, static_cast<int>(size));
-  };
+  int kilobytes[256] = {};
+  for (const auto& [size, descriptors] : kCacheSizes)
+    for (const unsigned char descriptor : descriptors) kilobytes[descriptor] = size;
   CpuRecord cpu = processor(6, 15, 0);
-  for (const auto& [eax, ebx, ecx, edx, status, size] : kRows) {
-    cpu.leaf2 = {.eax = eax, .ebx = ebx, .ecx = ecx, .edx = edx};
-    expectCache(cpu, status, size);
+  const auto expectCache = [&](int status, int size) {
+    int found = -1;
+    ASSERT_EQ(largestCache(cpu, &found), status);
+    ASSERT_EQ(found, size * 1024);
+  };
+  std::uint32_t* const registers[] = {&cpu.leaf2.eax, &cpu.leaf2.ebx, &cpu.leaf2.ecx,
+                                      &cpu.leaf2.edx};
+  for (std::uint32_t d = 0; d < 256; ++d) {
+    for (std::uint32_t place = 1; place < 16; ++place) {
+      cpu.leaf2 = {.eax = 1};
+      *registers[place / 4] |= d << place % 4 * 8;
+      // With its highest bit set a register holds no descriptors.
+      const int size = place % 4 == 3 && d > 127 ? 0 : kilobytes[d];
+      expectCache(size != 0 ? 0 : 37, size);
+    }
+    for (std::uint32_t other = 0; other < 256; ++other) {
+      cpu.leaf2 = {.eax = 1, .ebx = d, .ecx = other};
+      const int size = std::max(kilobytes[d], kilobytes[other]);
+      expectCache(size != 0 ? 0 : 37, size);
+    }
   }
-  cpu.leaf2.eax = 1;
+  cpu.leaf2 = {.eax = 0x4D};  // a count, and another one than 1
+  expectCache(36, 0);
+  cpu.leaf2 = {.eax = 0x4D01};
   cpu.leaf0.eax = 1;  // leaf 2 does not exist
-  expectCache(cpu, 36, 0);
+  expectCache(36, 0);
   cpu.leaf0.eax = 2;
+  expectCache(0, 16384);
   cpu.leaf0.ebx ^= 1;  // another vendor
-  expectCache(cpu, 36, 0);
+  expectCache(36, 0);
 }
 
 // The choice is process-wide: put back what was there.

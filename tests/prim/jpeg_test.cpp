@@ -18,58 +18,86 @@ namespace {
 using namespace vx;
 using namespace vx::prim;
 
-// The vector bodies work in 16-bit lanes: every Y, Cb and Cr.
-TEST(Jpeg, coloursAreThoseOfTheFormulasForAllBytes) {
-  constexpr int kCount = 65536;
-  std::vector<std::uint8_t> y(kCount), cb(kCount), cr(kCount);
-  std::vector<std::uint16_t> wanted[3], sums[3];
-  for (int c = 0; c < 3; ++c) wanted[c].resize(kCount), sums[c].resize(kCount);
-  for (std::size_t i = 0; i < kCount; ++i) {
-    cb[i] = static_cast<std::uint8_t>(i);
-    cr[i] = static_cast<std::uint8_t>(i >> 8);
-  }
-  for (int luma = 0; luma < 256; ++luma) {
-    std::fill(y.begin(), y.end(), static_cast<std::uint8_t>(luma));
-    const auto sum = [](int v) {
-      return static_cast<std::uint16_t>(std::clamp(v, 0, 255) + 16065);
-    };
-    for (std::size_t i = 0; i < kCount; ++i) {
-      wanted[0][i] = sum(luma + ((91881 * cr[i] - 11760828) >> 16));
-      wanted[1][i] = sum(luma + ((-22554 * cb[i] - 46802 * cr[i] + 8877496) >> 16));
-      wanted[2][i] = sum(luma + ((116130 * cb[i] - 14864613) >> 16));
-    }
+constexpr int kPairs = 65536;
+
+// Calls convert(first, outputs) in every body, for 256 values of `first` beside every pair of bytes
+// (i & 255, i >> 8), and expects wanted(channel, first, i & 255, i >> 8) in the three outputs,
+// whose elements begin as `start`.
+template <class T, class Convert, class Wanted>
+void expectForAllBytes(T start, Convert convert, Wanted wanted) {
+  std::vector<T> expected[3], outputs[3];
+  for (int c = 0; c < 3; ++c) expected[c].resize(kPairs), outputs[c].resize(kPairs);
+  for (int first = 0; first < 256; ++first) {
+    for (int c = 0; c < 3; ++c)
+      for (int i = 0; i < kPairs; ++i)
+        expected[c][std::size_t(i)] = static_cast<T>(wanted(c, first, i & 255, i >> 8));
     test::onEveryVariant([&] {
-      for (auto& row : sums) std::fill(row.begin(), row.end(), std::uint16_t{16065});
-      ASSERT_EQ(primJpegAddYcc_8u16u(y.data(), cb.data(), cr.data(), sums[0].data(), sums[1].data(),
-                                     sums[2].data(), kCount),
-                kStatusOk);
-      for (int c = 0; c < 3; ++c) ASSERT_TRUE(sums[c] == wanted[c]) << luma << ", channel " << c;
+      for (auto& row : outputs) std::fill(row.begin(), row.end(), start);
+      ASSERT_EQ(convert(first, outputs), kStatusOk);
+      for (int c = 0; c < 3; ++c) ASSERT_TRUE(outputs[c] == expected[c]) << first << ", " << c;
     });
   }
 }
 
+// The vector bodies work in 16-bit lanes: every Y, Cb and Cr.
+TEST(Jpeg, coloursAreThoseOfTheFormulasForAllBytes) {
+  std::vector<std::uint8_t> y(kPairs), cb(kPairs), cr(kPairs);
+  for (std::size_t i = 0; i < kPairs; ++i) {
+    cb[i] = static_cast<std::uint8_t>(i);
+    cr[i] = static_cast<std::uint8_t>(i >> 8);
+  }
+  expectForAllBytes(
+      std::uint16_t{16065},
+      [&](int luma, auto& sums) {
+        std::fill(y.begin(), y.end(), static_cast<std::uint8_t>(luma));
+        return primJpegAddYcc_8u16u(y.data(), cb.data(), cr.data(), sums[0].data(), sums[1].data(),
+                                    sums[2].data(), kPairs);
+      },
+      [](int channel, int luma, int blue, int red) {
+        const int chroma = channel == 0   ? 91881 * red - 11760828
+                           : channel == 1 ? -22554 * blue - 46802 * red + 8877496
+                                          : 116130 * blue - 14864613;
+        return std::clamp(luma + (chroma >> 16), 0, 255) + 16065;
+      });
+}
+
 TEST(Jpeg, samplesAreThoseOfTheFormulasForAllPixels) {
-  constexpr int kCount = 65536;
-  std::vector<std::uint8_t> rgb(3 * kCount);
-  std::vector<std::int16_t> wanted[3], samples[3];
-  for (int c = 0; c < 3; ++c) wanted[c].resize(kCount), samples[c].resize(kCount);
-  for (int r = 0; r < 256; ++r) {
-    for (int i = 0; i < kCount; ++i) {
-      const int g = i & 255, b = i >> 8;
-      const auto at = static_cast<std::size_t>(i);
-      rgb[3 * at] = static_cast<std::uint8_t>(r);
-      rgb[3 * at + 1] = static_cast<std::uint8_t>(g);
-      rgb[3 * at + 2] = static_cast<std::uint8_t>(b);
-      wanted[0][at] = static_cast<std::int16_t>((77 * r + 150 * g + 29 * b - 32640) >> 8);
-      wanted[1][at] = static_cast<std::int16_t>((-43 * r - 85 * g + 128 * b + 128) >> 8);
-      wanted[2][at] = static_cast<std::int16_t>((128 * r - 107 * g - 21 * b + 128) >> 8);
-    }
-    test::onEveryVariant([&] {
-      ASSERT_EQ(primJpegYcc_8u16s(rgb.data(), samples[0].data(), samples[1].data(),
-                                  samples[2].data(), kCount),
-                kStatusOk);
-      for (int c = 0; c < 3; ++c) ASSERT_TRUE(samples[c] == wanted[c]) << r << ", channel " << c;
-    });
+  std::vector<std::uint8_t> rgb(3 * kPairs);
+  expectForAllBytes(
+      std::int16_t{0},
+      [&](int r, auto& samples) {
+        for (std::size_t i = 0; i < kPairs; ++i) {
+          rgb[3 * i] = static_cast<std::uint8_t>(r);
+          rgb[3 * i + 1] = static_cast<std::uint8_t>(i);
+          rgb[3 * i + 2] = static_cast<std::uint8_t>(i >> 8);
+        }
+        return primJpegYcc_8u16s(rgb.data(), samples[0].data(), samples[1].data(),
+                                 samples[2].data(), kPairs);
+      },
+      [](int channel, int r, int g, int b) {
+        return (channel == 0   ? 77 * r + 150 * g + 29 * b - 32640
+                : channel == 1 ? -43 * r - 85 * g + 128 * b + 128
+                               : 128 * r - 107 * g - 21 * b + 128) >>
+               8;
+      });
+}
+
+TEST(Jpeg, upsamplingIsTheTriangleWithAlternatingRounding) {
+  constexpr int kLength = 300;
+  std::mt19937 rng(5);
+  std::vector<std::uint8_t> near(kLength + 2), far(kLength + 2), row(2 * kLength), rows(row);
+  std::vector<std::uint16_t> sums(2 * kLength, 65500);
+  for (auto& v : near) v = static_cast<std::uint8_t>(rng());
+  for (auto& v : far) v = static_cast<std::uint8_t>(rng());
+  ASSERT_EQ(primJpegUpsample_8u(&near[1], row.data(), kLength), kStatusOk);
+  ASSERT_EQ(primJpegUpsampleRows_8u(&near[1], &far[1], rows.data(), kLength), kStatusOk);
+  ASSERT_EQ(primJpegAdd_8u16u(row.data(), sums.data(), 2 * kLength), kStatusOk);
+  for (std::size_t i = 0; i < 2 * kLength; ++i) {
+    const std::size_t odd = i % 2, at = i / 2 + 1, beside = odd != 0 ? at + 1 : at - 1;
+    const auto both = [&](std::size_t k) { return 3u * near[k] + far[k]; };
+    EXPECT_EQ(row[i], (3 * near[at] + near[beside] + 1 + odd) / 4);
+    EXPECT_EQ(rows[i], (3 * both(at) + both(beside) + 8 - odd) / 16);
+    EXPECT_EQ(sums[i], (65500u + row[i]) % 65536);
   }
 }
 
@@ -115,7 +143,16 @@ double basis(int frequency, int place) {
          std::cos((2 * place + 1) * frequency * std::numbers::pi / 16);
 }
 
-TEST(Jpeg, transformsAreExactToASixteenthOfALevel) {
+// One pass of a transform: the sum of value(i) with the rounded cosines, itself rounded half up.
+template <class Weight, class Value>
+int pass(double scale, int shift, Weight weight, Value value) {
+  std::int64_t sum = std::int64_t{1} << (shift - 1);
+  for (int i = 0; i < 8; ++i) sum += std::llround(2 * scale * weight(i)) * value(i);
+  return static_cast<int>(std::clamp<std::int64_t>(sum >> shift, -32768, 32767));
+}
+
+// The integers that the header states, and so near the real numbers as it says.
+TEST(Jpeg, transformsAreTheStatedIntegersWithinASixteenthOfALevel) {
   JpegQuantTable ones;
   ones.fill(1);
   const JpegQuantiser quantiser = jpegQuantiser(ones);
@@ -127,19 +164,34 @@ TEST(Jpeg, transformsAreExactToASixteenthOfALevel) {
     ASSERT_EQ(primJpegQuantise_16s(blocks.columns, levels.data(), kBlocks, &quantiser), kStatusOk);
     ASSERT_EQ(primJpegInverse_16s8u(levels.data(), back.data(), 8 * kBlocks, kBlocks), kStatusOk);
     constexpr double kMost = 0.5 + 1.0 / 16;
-    for (int block = 0; block < kBlocks; ++block) {
-      const std::int16_t* level = &levels[static_cast<std::size_t>(64 * block)];
-      for (int k = 0; k < 64; ++k) {
-        double coefficient = 0, sample = 128;
-        for (int n = 0; n < 64; ++n) {
-          coefficient +=
-              blocks.samples[n % 8][8 * block + n / 8] * basis(k / 8, n / 8) * basis(k % 8, n % 8);
-          sample += level[n] * basis(n / 8, k / 8) * basis(n % 8, k % 8);
-        }
-        ASSERT_NEAR(level[k], coefficient, kMost);
-        ASSERT_NEAR(back[static_cast<std::size_t>(8 * kBlocks * (k % 8) + 8 * block + k / 8)],
-                    std::clamp(sample, 0.0, 255.0), kMost);
+    for (int k = 0; k < 64 * kBlocks; ++k) {
+      const int block = k / 64, u = k / 8 % 8, v = k % 8;
+      const std::int16_t* level = levels.data() + 64 * block;
+      const std::int16_t* columns = blocks.columns + 64 * block;
+      const int column = pass(
+          22528, 10, [&](int n) { return basis(v, n); },
+          [&](int n) { return blocks.samples[n][8 * block + u]; });
+      ASSERT_EQ(columns[8 * u + v], column);
+      const int scaled = pass(
+          22341.8, 16, [&](int n) { return basis(u, n); },
+          [&](int n) { return columns[8 * n + v]; });
+      ASSERT_EQ(level[8 * u + v], (scaled < 0 ? -1 : 1) * ((std::abs(scaled) + 15) / 30));
+      const int sample = pass(
+          11915.6, 20, [&](int f) { return basis(f, v); },
+          [&](int f) {
+            return pass(
+                22528, 10, [&](int n) { return basis(n, u); },
+                [&](int n) { return level[8 * n + f]; });
+          });
+      const int got = back[static_cast<std::size_t>(8 * kBlocks * v + 8 * block + u)];
+      ASSERT_EQ(got, std::clamp(sample + 128, 0, 255));
+      double exactLevel = 0, exactSample = 128;
+      for (int n = 0; n < 64; ++n) {
+        exactLevel += blocks.samples[n % 8][8 * block + n / 8] * basis(u, n / 8) * basis(v, n % 8);
+        exactSample += level[n] * basis(n / 8, u) * basis(n % 8, v);
       }
+      ASSERT_NEAR(level[8 * u + v], exactLevel, kMost);
+      ASSERT_NEAR(got, std::clamp(exactSample, 0.0, 255.0), kMost);
     }
   });
 }

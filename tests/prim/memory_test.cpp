@@ -10,12 +10,12 @@ template <class T>
 void expectCopied(const vx::test::Prim& entry, int (*copy)(const T*, int, T*, int, int, int)) {
   std::mt19937 rng(7);
   const int from = entry.source.stride, to = entry.destination.stride, used = entry.source.used;
-  Plane<T> src(17 * from, 3), dst(17 * to, 3);
+  Plane<T> src(17 * from, 3), dst(18 * to, 3);  // rows without and with a gap
   src.draw([&] { return drawValue<T>(rng); });
   const Plane<T> before = dst.draw([&] { return drawValue<T>(rng); });
   ASSERT_EQ(call(copy, src, dst, Size{17, 3}), 0);
   expectPlane(dst, [&](int x, int y) {
-    return x % to < used ? src.at(x / to * from + x % to, y) : before.at(x, y);
+    return x < 17 * to && x % to < used ? src.at(x / to * from + x % to, y) : before.at(x, y);
   });
 }
 template <class Other>

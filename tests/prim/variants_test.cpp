@@ -6,7 +6,6 @@
 #include <cstdio>
 
 #include "tests/prim/variants/drivers.h"
-#include "tests/prim/variants/drivers_jpeg.h"
 
 namespace {
 

@@ -1,247 +1,11 @@
 #pragma once
 
-// The driver of every primitive but those of blocks, which have drivers of their own. Most
-// arguments follow from their types and names: images with their steps, width and height, lists and
-// values. A plan says what does not.
+// The driver of every primitive. Most arguments follow from their types and names: images with
+// their steps, width and height, lists and values. A plan says what does not.
 
-#include <climits>
-#include <map>
-#include <memory>
-
-#include "prim/deconvolution.h"
-#include "prim/grid.h"
-#include "prim/pyramid.h"
-#include "tests/prim/variants/match.h"
+#include "tests/prim/variants/plans.h"
 
 namespace vx::test {
-
-/// Arguments of a trial by their names.
-struct Plan {
-  Expect expect;
-  int setting = 0;  ///< every integer that is neither size nor step nor listed below
-  Frame frame{};    ///< readable pixels around the sources
-  std::map<std::string_view, double> numbers{};
-  /// Of images and lists that are not the trial's size.
-  std::map<std::string_view, Shape> shapes{};
-  std::map<std::string_view, std::function<double(int)>> elements{};  ///< values of a list
-  std::map<std::string_view, std::shared_ptr<void>> objects{};        ///< no images
-  bool ontoSource = false;  ///< the destination is the first image
-
-  /// An outcome is promised only when the arguments are as they should be.
-  void require(bool good) {
-    if (!good) expect = Expect::anything;
-  }
-  template <class... Values>
-  void set(std::string_view names, Values... values) {
-    for (const double value : {static_cast<double>(values)...}) {
-      numbers[names.substr(0, names.find(' '))] = value;
-      names.remove_prefix(std::min(names.size(), names.find(' ') + 1));
-    }
-  }
-  void list(std::string_view name, int length) { shapes[name] = listOf(std::max(1, length)); }
-};
-
-/// Source pixels that the taps of a kernel meet around a pixel: dst(x) takes src(x + anchor - j).
-inline Frame reachOf(int columns, int anchorX, int rows, int anchorY) {
-  return {std::max(0, columns - 1 - anchorX), std::max(0, rows - 1 - anchorY), std::max(0, anchorX),
-          std::max(0, anchorY)};
-}
-
-inline void planMask(const Prim& entry, Trial& t, Plan& plan) {
-  const int small = entry.has("Vert") ? 13 : entry.has("Horiz") ? 31 : 33;
-  const int large = entry.has("Vert") ? 15 : entry.has("Horiz") ? 51 : 55;
-  const int mask = t.oneIn(10) ? t.pick({0, 11, 13, 31, 35, -33, 77}) : t.pick({small, large});
-  // An unsupported mask of one primitive is the mask of another and must not be taken for it.
-  const bool known = mask == small || mask == large;
-  plan.require(known);
-  plan.setting = mask;
-  const int x = mask / 10 / 2, y = mask % 10 / 2;
-  if (known) plan.frame = {x, y, x, y};
-}
-
-/// A row, a column or a rectangle of weights, those of bytes with a divisor: small weights, or such
-/// as leave a 16-bit path; 49 products of 8 bits stay inside 32 bits.
-inline void planConvolution(const Prim& entry, Trial& t, Plan& plan) {
-  const bool across = !entry.has("Column"), down = !entry.has("Row");
-  const int columns = across ? t.pick({0, 1, 2, 3, 4, 5, 7, 8, 11}) : 1;
-  const int rows = across && down ? t.pick({0, 1, 2, 3, 4, 5, 7})
-                   : down         ? t.pick({0, 1, 2, 3, 4, 5, 7, 8, 11})
-                                  : 1;
-  const auto anchorIn = [&](int taps) {
-    return t.oneIn(6) && !(across && down) ? t.pick({-1, taps})
-                                           : t.uniform(0, std::max(0, taps - 1));
-  };
-  const int anchorX = across ? anchorIn(columns) : 0, anchorY = down ? anchorIn(rows) : 0;
-  const int divisor = t.oneIn(3) ? t.pick({0, 1, -1, -3, -4, INT_MAX, INT_MIN, 1 << 20, 1 << 30})
-                                 : t.pick({1, 2, 3, 4, 5, 7, 9, 10, 16, 25, 49, 256, 1000});
-  plan.list("kernel", columns * rows);
-  if (entry.takes("divisor"))
-    plan.elements["kernel"] = [&t, large = t.oneIn(5)](int) {
-      return large ? t.uniform(-150000, 150000) : t.uniform(-8, 16);
-    };
-  plan.frame = reachOf(columns, anchorX, rows, anchorY);
-  plan.set("kernelWidth kernelHeight kernelLen anchor anchorX anchorY divisor", columns, rows,
-           columns * rows, across ? anchorX : anchorY, anchorX, anchorY, divisor);
-  plan.require(columns * rows > 0 && (divisor != 0 || !entry.takes("divisor")));
-}
-
-/// A median of any odd size; the last two are even or negative and refused.
-inline void planMedian(Trial& t, Plan& plan) {
-  const int maskWidth = t.pick({1, 3, 5, 1, 3, 5, 7, 9, 4, -3});
-  const int maskHeight = t.pick({1, 3, 5, 1, 3, 5, 7, 9, 3, 0});
-  const bool centred = t.oneIn(2);
-  const int x = std::max(0, maskWidth), y = std::max(0, maskHeight);
-  const int anchorX = centred ? maskWidth / 2 : t.uniform(-1, x);
-  const int anchorY = centred ? maskHeight / 2 : t.uniform(-1, y);
-  // The window begins at the anchor's distance before the pixel.
-  plan.frame = reachOf(x, x - 1 - anchorX, y, y - 1 - anchorY);
-  plan.set("maskWidth maskHeight anchorX anchorY", maskWidth, maskHeight, anchorX, anchorY);
-  plan.require(x % 2 == 1 && y % 2 == 1 && centred);
-}
-
-/// Into a larger destination; one time in 8 the source does not fit or lies outside.
-inline void planBorder(const Prim& entry, Trial& t, Plan& plan) {
-  const int left = t.uniform(0, 20), top = t.uniform(0, 4);
-  const bool misplaced = t.oneIn(8);
-  const int dstWidth = left + t.width + t.uniform(0, 20);
-  const int dstHeight = top + t.height + t.uniform(0, 4);
-  plan.shapes = {{"dst", {dstWidth, dstHeight, entry.destination}}};
-  plan.set("srcWidth srcHeight dstWidth dstHeight top left", t.width, t.height, dstWidth, dstHeight,
-           misplaced ? t.pick({-1, dstHeight, top}) : top,
-           misplaced ? t.pick({-1, dstWidth}) : left);
-  plan.require(!misplaced);
-}
-
-/// A region that may touch the source's edges or lie inside.
-inline void planResize(Trial& t, Plan& plan) {
-  const int x = t.oneIn(2) ? 0 : t.uniform(0, 9), y = t.oneIn(2) ? 0 : t.uniform(0, 9);
-  const int srcWidth = x + t.width + (t.oneIn(2) ? 0 : t.uniform(0, 9));
-  const int srcHeight = y + t.height + (t.oneIn(2) ? 0 : t.uniform(0, 9));
-  const double xFactor = t.pick({0.5, 1.0, 2.0, 0.3, 1.7, 3.0, 0.5, 1.0, 2.0, 0.0, -1.0});
-  const double yFactor = t.oneIn(3) ? t.pick({0.5, 1.0, 2.0, 0.4, 1.3, 0.0}) : xFactor;
-  const int dstWidth = std::max(1, int(t.width * xFactor));
-  const int dstHeight = std::max(1, int(t.height * yFactor));
-  plan.setting = t.oneIn(2) ? 4 : t.pick({1, 2, 4, 8, 16, 0, 3, 32});
-  plan.shapes = {{"src", {srcWidth, srcHeight}}, {"dst", {dstWidth, dstHeight}}};
-  plan.set("srcWidth srcHeight roiX roiY roiWidth roiHeight dstWidth dstHeight xFactor yFactor",
-           srcWidth, srcHeight, x, y, t.width, t.height, dstWidth, dstHeight, xFactor, yFactor);
-  plan.require(xFactor > 0 && yFactor > 0 && plan.setting == 4);
-}
-
-/// One state for all columns, since its scratch must not matter.
-inline void planDeconvolution(Trial& t, Plan& plan) {
-  t.stayFinite();
-  const int size = std::min(t.uniform(1, 7), t.height + 2), most = size - 1 + t.uniform(0, 3);
-  std::vector<float> kernel(static_cast<std::size_t>(size * size));
-  for (float& k : kernel) k = 0.0625f * static_cast<float>(t.uniform(0, 4));
-  prim::primDeconvLRState* state = nullptr;
-  EXPECT_EQ(prim::primDeconvLRInitAlloc_32f_C1R(&state, kernel.data(), size, t.width + most,
-                                                t.height + most, t.pick({0.0f, 1e-4f, 0.3f})),
-            prim::kStatusOk);
-  plan.objects["state"] =
-      std::shared_ptr<void>(state, [state](void*) { prim::primDeconvLRFree_32f_C1R(state); });
-  plan.setting = t.pick({0, 1, 1, 2, 3});
-  plan.require(plan.setting > 0);
-}
-
-/// Levels that rise, but for one time in 6: of a curve over the range of the trial's values, where
-/// a few repeat, so that segments are empty; of a histogram.
-inline void planLevels(const Prim& entry, Trial& t, Plan& plan) {
-  const bool curve = entry.takes("values");
-  const int count =
-      curve ? t.pick({0, 1, 2, 3, 4, 5, 9, 17, 64}) : t.pick({0, 1, 2, 3, 4, 9, 65, 257, 1025});
-  plan.list("values", count);
-  plan.list("levels", count);
-  plan.list("hist", count - 1);
-  plan.setting = count;
-  plan.require(count >= 2);
-  const bool rising = !t.oneIn(6), repeats = t.oneIn(4), few = t.fill == Fill::few;
-  const bool unit = few || t.fill == Fill::unit;
-  if (curve && rising)
-    plan.elements["levels"] = [=, &t, level = unit ? 0.0 : -64.0](int) mutable {
-      const double rise = (unit ? 1.0 : 400.0) / count * 0.25 * t.uniform(1, 6);
-      return std::exchange(level, level + (repeats && t.oneIn(3) ? 0.0 : rise));
-    };
-  if (!curve)
-    plan.elements["levels"] = [=, &t, level = t.pick({-40000, -32768, -3, 0, 100})](int) mutable {
-      return std::exchange(level, rising
-                                      ? level + t.uniform(1, few ? 2 : 80000 / std::max(1, count))
-                                      : t.uniform(-40000, 40000));
-    };
-}
-
-/// Candidates to the right of each pixel; packed rows have no room for those of the last one.
-inline void planSearch(Trial& t, Plan& plan) {
-  plan.setting = t.pick({1, 2, 5, 13});
-  plan.list("weights", plan.setting);
-  for (const char* name : {"candidate", "srcU", "srcV"})
-    plan.shapes[name] = {t.width, t.height, {}, {0, 0, plan.setting - 1, 0}};
-  plan.require(!t.packed && !t.bottomUp);
-}
-
-/// Templates around the groups of rows and vectors; packed rows have no room for the last one.
-inline void planCorrelation(Trial& t, Plan& plan) {
-  const int columns = t.pick({1, 2, 5, 8, 12, 0}), rows = t.pick({1, 3, 8, -1});
-  plan.set("tplWidth tplHeight", columns, rows);
-  plan.list("tpl", columns * rows);
-  plan.shapes["src"] = {
-      t.width, t.height, {}, {0, 0, std::max(0, columns - 1), std::max(0, rows - 1)}};
-  plan.require(columns > 0 && rows > 0 && !t.packed && !t.bottomUp);
-}
-
-/// An axis that meets the trial's values, or one that they miss on both sides; the read goes into a
-/// destination of its own or into the guide.
-inline void planGrid(const Prim& entry, Trial& t, Plan& plan) {
-  const float low = t.pick({0.0f, -8.0f, 10.0f});
-  plan.objects["axis"] = std::make_shared<prim::GridAxis>(
-      prim::GridAxis{t.oneIn(2), low, low + t.pick({1.0f, 100.0f, 255.0f}), t.pick({low, 0.0f}),
-                     t.pick({0.125f, 1.0f, 8.3f, 200.0f}), t.pick({0.0f, 0.5f, 2.0f}),
-                     t.pick<std::uint8_t>({0, 1, 11, 255})});
-  const int depth = t.uniform(1, 30), columns = t.uniform(1, 9), cells = t.width;
-  const bool packs = entry.has("Pack");
-  plan.setting = depth;
-  plan.set("cells rowFraction", cells, t.pick({0.0f, 0.25f, 0.7f}));
-  plan.list("near", cells + depth);
-  plan.list("far", cells + depth);
-  plan.list("packed", 4 * (packs ? cells : depth * (columns - 1) + 257));
-  plan.elements["column"] = [=](int x) { return depth * (x * columns / cells); };
-  plan.elements["fraction"] = [](int x) { return x % 16 * 0.0625; };
-  plan.ontoSource = entry.has("Read") && t.oneIn(2);
-}
-
-inline Plan planOf(const Prim& entry, Trial& t) {
-  Plan plan{t.bottomUp && entry.checksSteps ? Expect::badStep : Expect::success};
-  if (entry.has("3x3")) plan.frame = {1, 1, 1, 1};
-  if (entry.takes("roundMode")) plan.setting = t.pick({0, 1, 1, 2, 7, -1});
-  if (entry.takes("selector")) plan.setting = t.pick({0, 1, 2, 3, 4, 5, -1});
-  if (entry.takes("scaleFactor"))
-    plan.setting = t.oneIn(8)   ? t.pick({INT_MIN, -33, -32, -31, 31, 32, 33, INT_MAX})
-                   : t.oneIn(3) ? t.pick({0, 1})
-                                : t.uniform(-18, 18);
-  if (entry.takes("mask)")) planMask(entry, t, plan);
-  if (entry.takes("kernel")) planConvolution(entry, t, plan);
-  if (entry.takes("maskWidth")) planMedian(t, plan);
-  if (entry.has("Border")) planBorder(entry, t, plan);
-  if (entry.has("Resize")) planResize(t, plan);
-  if (entry.has("Deconv")) planDeconvolution(t, plan);
-  if (entry.takes("levels")) planLevels(entry, t, plan);
-  if (entry.has("Search")) planSearch(t, plan);
-  if (entry.has("CrossCorr")) planCorrelation(t, plan);
-  if (entry.has("Grid")) planGrid(entry, t, plan);
-  if (entry.has("Pyr")) {
-    const bool down = entry.has("Down");
-    int bytes = 0;
-    (down ? prim::primPyrDownGetBufSize : prim::primPyrUpGetBufSize)(t.width, 13, 1, &bytes);
-    plan.list("buffer", bytes);
-    plan.shapes["dst"] = {down ? (t.width + 1) / 2 : 2 * t.width,
-                          down ? (t.height + 1) / 2 : 2 * t.height};
-  }
-  // Windows refuse sizes below 3, the transposition all but squares.
-  plan.require(!entry.has("Win") || std::min(t.width, t.height) >= 3);
-  if (entry.has("Transpose") && !t.oneIn(20)) t.height = t.width = t.width % 300;
-  plan.require(!entry.has("Transpose") || t.width == t.height);
-  return plan;
-}
 
 /// Makes the arguments of one call, from the first to the last.
 struct Operands {
@@ -251,6 +15,7 @@ struct Operands {
   std::vector<std::unique_ptr<GuardedImage>> owned{};
   Images images{};
   float* planes[3] = {};
+  const std::int16_t* rows[8] = {};
   std::size_t next = 0;
 
   template <class E>
@@ -277,6 +42,9 @@ struct Operands {
       for (float*& plane : planes)
         plane = make<float>(name, Role::write, {t.width, t.height, {}, {}, padding});
       return planes;
+    } else if constexpr (std::is_same_v<T, const std::int16_t* const*>) {
+      for (auto& row : rows) row = make<std::int16_t>(name, Role::read, listOf(t.width));
+      return rows;
     } else if constexpr (std::is_same_v<T, const float(*)[4]>) {
       return reinterpret_cast<T>(make<float>(name, Role::read, listOf(12)));
     } else if constexpr (std::is_same_v<T, void*>) {
@@ -284,7 +52,7 @@ struct Operands {
     } else if constexpr (std::is_pointer_v<T>) {
       using E = std::remove_const_t<std::remove_pointer_t<T>>;
       constexpr bool kConst = std::is_const_v<std::remove_pointer_t<T>>;
-      if constexpr (std::is_same_v<E, prim::GridAxis> ||
+      if constexpr (std::is_same_v<E, prim::GridAxis> || std::is_same_v<E, prim::JpegQuantiser> ||
                     std::is_same_v<E, prim::primDeconvLRState>) {
         return static_cast<T>(plan.objects.at(name).get());
       } else {

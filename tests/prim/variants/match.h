@@ -78,12 +78,12 @@ void refuseOne(const Prim& entry, const Images& images, Row<Args...> row,
   const auto with = [&](ArgumentKind kind, T bad, int status) {
     SCOPED_TRACE(::testing::Message() << "bad argument " << i << " of " << entry.arguments);
     std::tuple<Args...> args = good;
-    auto spoil = [&, at = std::size_t{0}](auto& argument) mutable {
+    auto zeroIfLater = [&, at = std::size_t{0}](auto& argument) mutable {
       const ArgumentKind own = kindOf(entry, at++);
       if constexpr (std::is_same_v<decltype(argument), int&>)
         if (own > kind && own != ArgumentKind::other) argument = 0;
     };
-    std::apply([&](auto&... all) { (spoil(all), ...); }, args);
+    std::apply([&](auto&... all) { (zeroIfLater(all), ...); }, args);
     std::get<i>(args) = bad;
     const auto call = [&](int column) { return std::apply(row[column], args); };
     EXPECT_EQ(matchColumns(bodyColumns(), images, Expect::anything, call), status);
@@ -116,12 +116,6 @@ void match(const Prim& entry, const Trial& trial, Row<Args...> row, const Images
       (refuseOne<i, Args...>(entry, images, row, args), ...);
     }
   (std::index_sequence_for<Args...>());
-}
-
-template <class... Args>
-void match(const Prim& entry, const Trial& trial, Row<Args...> row, const Images& images,
-           Expect expect, std::type_identity_t<Args>... args) {
-  match<Args...>(entry, trial, row, images, expect, std::tuple<Args...>{args...});
 }
 
 /// Calls body(trial) for every trial until one fails.

@@ -138,16 +138,9 @@ class Image : public GuardedImage {
         for (int c = 0; c < layout_.pixels.used; ++c)
           set(x * layout_.pixels.stride + c, y, trial.value<T>());
   }
-  Image(Trial& trial, Role role, Pixels pixels = {}, const Frame& frame = {})
-      : Image(trial, role, Shape{trial.width, trial.height, pixels, frame}) {}
 
   T* data() const { return reinterpret_cast<T*>(address(0, 0)); }
   void set(int element, int row, T value) { std::memcpy(address(row, element), &value, sizeof(T)); }
-  T get(int element, int row = 0) const {
-    T value;
-    std::memcpy(&value, address(row, element), sizeof(T));
-    return value;
-  }
 
  private:
   static Layout layoutOf(Trial& trial, const Shape& shape) {
@@ -162,9 +155,5 @@ class Image : public GuardedImage {
 
 /// One row of values without padding: a vector, a table or a scalar result.
 inline Shape listOf(int length) { return {length, 1, {}, {}, 0, false}; }
-template <class T>
-Image<T> list(Trial& trial, Role role, int length) {
-  return Image<T>(trial, role, listOf(length));
-}
 
 }  // namespace vx::test
