@@ -42,7 +42,7 @@ void forEachBand(int height, int rows, const Work& work) {
 }
 
 /// Threads that parallelBands may use now: its slots lie below.
-inline int bandSlots() { return std::max(omp_get_max_threads(), 1); }
+inline int bandSlots() { return teamSize(); }
 
 /// Calls work(y, count, slot) for each band, on the team of threads; `slot` tells the scratch of
 /// the threads apart.

@@ -9,23 +9,26 @@
 namespace vx {
 namespace {
 
+struct Places {
+  std::string folder;
+  std::string file;
+};
+
 // Never destroyed: an exit handler of the host may still call the library.
-template <class T>
 union Immortal {
-  T value;
-  constexpr explicit Immortal(const char* text) : value(text) {}
+  std::unique_ptr<const Places> value;
+  constexpr Immortal() : value() {}
   constexpr ~Immortal() {}
 };
 
 // All of it is initialised by the compiler, because the load notification may run before any
-// constructor of the library would. Clang takes these strings for no constants; the priority then
-// puts them before the notification.
+// constructor of the library would.
 constinit std::mutex mutex;
 constinit int traceMask = 1;
-[[gnu::init_priority(101)]] Immortal<std::string> traceDir("/tmp/");
-[[gnu::init_priority(101)]] Immortal<std::string> traceFile("");  // empty until the first setTrace
+constinit Immortal places;  // null until the first setTrace
 constinit unsigned recordNumber = 0;
 
+constexpr const char* kFirstFolder = "/tmp/";
 constexpr const char* kFirstFile = "/tmp/vxdlltrace.txt";
 
 struct CloseFile {
@@ -35,7 +38,7 @@ struct CloseFile {
 // Appends one record; the mutex is held. `format` takes the number and what follows.
 template <class... Values>
 int append(const char* format, Values... values) {
-  const char* path = traceFile.value.empty() ? kFirstFile : traceFile.value.c_str();
+  const char* path = places.value == nullptr ? kFirstFile : places.value->file.c_str();
   const std::unique_ptr<std::FILE, CloseFile> file(std::fopen(path, "ae"));
   if (file == nullptr) return 0;
   std::fprintf(file.get(), format, static_cast<int>(recordNumber++), values...);
@@ -47,15 +50,17 @@ constexpr char kNumberRecord[] = "<<<<%d: %s %d \n>>>>\n";
 
 }  // namespace
 
+std::mutex& traceLock() noexcept { return mutex; }
+
 int setTrace(int mask, const char* folder) noexcept try {
   const std::lock_guard lock(mutex);
-  std::string dir = folder != nullptr ? std::string(folder) : traceDir.value;
-  std::string file = dir + "/vxtrace_log.txt";  // a folder that ends in a slash keeps both
+  if (folder == nullptr)
+    folder = places.value == nullptr ? kFirstFolder : places.value->folder.c_str();
+  // A folder that ends in a slash keeps both.
+  places.value.reset(new Places{folder, std::string(folder) + "/vxtrace_log.txt"});
   traceMask = mask;
-  traceDir.value.swap(dir);
-  traceFile.value.swap(file);
   if ((mask & 1) == 0) return 0;
-  append(kTextRecord, "setTrace - traceFile: ", traceFile.value.c_str());
+  append(kTextRecord, "setTrace - traceFile: ", places.value->file.c_str());
   return append(kNumberRecord, "setTrace - traceMask: ", mask);
 } catch (const std::bad_alloc&) {
   return 0;

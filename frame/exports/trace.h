@@ -1,5 +1,7 @@
 #pragma once
 
+#include <mutex>
+
 namespace vx {
 
 // The debug trace: an append-only text file for the host's support people, "vxtrace_log.txt" in a
@@ -22,6 +24,9 @@ int setTrace(int mask, const char* folder) noexcept;
 ///
 /// @return 1 when it was written; 0 when bit 0 is clear or the file cannot be opened
 int traceLine(const char* title, const char* body) noexcept;
+
+/// Held for as long as a call of these works; a fork() takes it, too.
+std::mutex& traceLock() noexcept;
 
 /// The mask last set. Callers format a record only when it is not 0.
 int getTraceMask() noexcept;

@@ -30,7 +30,7 @@ int stripCount(const UnblockPixels& pixels, int threads) {
 void unblock(const UnblockPixels& pixels, UnblockPlan& plan) {
   ImageBuffer<std::uint8_t, 3> source(pixels.width, pixels.height);
   readUnblockSource(pixels, source);
-  const int threads = omp_get_max_threads();
+  const int threads = teamSize();
   const int strips = stripCount(pixels, threads);
   // One for each thread of the team, since any of them may take the few strips of a low picture.
   std::deque<UnblockStrip> workers;

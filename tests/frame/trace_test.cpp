@@ -1,6 +1,7 @@
 #include "frame/exports/trace.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
@@ -15,6 +16,19 @@
 namespace {
 
 namespace fs = std::filesystem;
+
+std::string earlyFolder() {
+  return (fs::temp_directory_path() / ("vxearly" + std::to_string(getpid()))).string();
+}
+[[gnu::constructor(101)]] void setEarly() { vx::setTrace(0, earlyFolder().c_str()); }
+
+// A host may set the trace before constructors of the library could run.
+TEST(EarlyTrace, keepsTheFolderSetBeforeConstructorsRun) {
+  fs::create_directory(earlyFolder());
+  EXPECT_EQ(vxSetupLib(1, nullptr), 1);
+  EXPECT_EQ(vxSetupLib(0, nullptr), 0);
+  EXPECT_EQ(fs::remove_all(earlyFolder()), 2u) << "the folder and its file";
+}
 
 class Trace : public testing::Test {
  protected:

@@ -1,0 +1,58 @@
+// A child process goes on where its parent had a team at work, plans being made and records
+// written.
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <thread>
+
+#include "tests/frame/services.h"
+#include "tests/support/images.h"
+#include "vxenhlib/nonlocal/fft_plan.h"
+#include "vxicore26.h"
+
+namespace {
+
+using namespace vx::test;
+
+// A child that hangs is ended by its alarm. Every other one calls from a thread of its own, which
+// has a team again.
+TEST(Fork, aHundredChildrenGetTheBytesOfTheirParent) {
+  const Threads team(4);
+  const auto& all = services();
+  std::vector<std::vector<std::uint8_t>> wanted;
+  for (const Service& service : all) wanted.push_back(service.call());
+  std::atomic<bool> done = false;
+  std::thread locks([&] {
+    while (!done) {
+      const vx::FftPlan plan(2, 2, 2);
+      setDebugTrace(2, nullptr);
+    }
+  });
+  for (std::size_t i = 0; i < 100 && !HasFailure(); ++i) {
+    const std::size_t service = i % all.size();
+    const pid_t child = fork();
+    if (child == 0) {
+      alarm(20);
+      bool same = false;
+      const auto call = [&] { same = all[service].call() == wanted[service]; };
+#ifndef __SANITIZE_THREAD__  // which lets a child start none
+      if (i % 2 != 0)
+        std::thread(call).join();
+      else
+#endif
+        call();
+      _exit(same ? 0 : 1);
+    }
+    int status = -1;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0) << all[service].name << ", child " << i;
+    EXPECT_TRUE(all[service].call() == wanted[service]) << "the parent has its team";
+  }
+  done = true;
+  locks.join();
+}
+
+}  // namespace
