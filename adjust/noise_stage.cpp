@@ -1,5 +1,7 @@
 #include "adjust/noise_stage.h"
 
+#include <new>
+
 #include "frame/bands.h"
 #include "frame/plane_ops.h"
 #include "vxenhlib/noise/grid_denoise.h"
@@ -38,8 +40,8 @@ bool NoiseStage::active(const AdjustSettings& settings) {
 
 bool NoiseStage::reservePlanes(int width, int height) {
   for (auto& plane : removed_) {
-    plane = std::make_unique<GIMG<float>>(width, height);
-    if (plane->data == nullptr) return false;
+    plane.reset(new (std::nothrow) GIMG<float>(width, height));
+    if (plane == nullptr || plane->data == nullptr) return false;
   }
   return true;
 }
@@ -88,7 +90,11 @@ bool NoiseStage::filterPlanes(IMG3<float>& image, NoiseFilterRecord& record, flo
   });
 
   GIMG<float>* const planes[3] = {removed_[0].get(), removed_[1].get(), removed_[2].get()};
-  record.denoise(planes, {.strength = strength});
+  try {
+    record.denoise(planes, {.strength = strength});
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
 
   parallelBands(h, bandHeight, [&](int y, int count, int slot) {
     const Rows rows(removed_, y, count);

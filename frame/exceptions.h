@@ -1,14 +1,16 @@
 #pragma once
 
+#include <exception>
+
 namespace vx {
 
-/// Base of what the library throws about itself; caught by reference, never constructed alone.
-class BException {
+/// Base of what the library throws about itself; caught by reference, never constructed alone. A
+/// host, which has not this type, catches std::exception.
+class BException : public std::exception {
  protected:
   BException() = default;
   BException(const BException&) = default;
   BException& operator=(const BException&) = default;
-  ~BException() = default;
 
  private:
   virtual void mark() const = 0;
@@ -16,6 +18,9 @@ class BException {
 
 /// Memory for an ImageBuffer could not be had. Thrown by value; nothing in the library catches it.
 class MemoryException final : public BException {
+ public:
+  const char* what() const noexcept override { return "vxicore26: out of memory"; }
+
  private:
   void mark() const override {}
 };

@@ -77,27 +77,30 @@ struct Call {
   bool (*run)(Picture&);  ///< true when the function reports success
   int leastPlaces;        ///< at which it asks for memory
   int threads;            ///< up to 2 where a second one asks for memory of its own
+  bool mayThrow;          ///< MemoryException: block artifacts and edges
 };
 
 const Call kCalls[] = {
-    {"vxAdjustRgb", 44, 36, [](Picture& p) { return adjust(p, everything(0)) == 1; }, 60, 1},
+    {"vxAdjustRgb", 44, 36, [](Picture& p) { return adjust(p, everything(0)) == 1; }, 60, 1, true},
     {"vxAdjustRgb, non-local", 36, 34, [](Picture& p) { return adjust(p, everything(1)) == 1; }, 60,
-     1},
+     1, false},
     {"vxAdjustRgb, tiled, host planes", 2306, 4,
      [](Picture& p) {
-       Host host;
+       static Host host;  // its list keeps the room that the first call took
+       host.positions.clear();
+       host.asked = 0;
        host.failMask = 0b0110;
        const int result = adjust(
            p, {.lumaGamma = 1.0f, .denoiseStrength = 0.8f, .noiseProfile = &kNoisy}, &host, true);
        EXPECT_EQ(host.live, 0);
        return result == 1;
      },
-     20, 1},
+     20, 1, false},
     {"vxUnblock", 40, 33,
      [](Picture& p) {
        return vxUnblock(0, p.bytes.data(), 3, p.step, p.width, p.height, 60, 2, 1, 0) == 64;
      },
-     8, 2},
+     8, 2, true},
     {"vxDenoiseEstNoise", 64, 48,
      [](Picture& p) {
        NoiseProfile profile{};
@@ -105,13 +108,13 @@ const Call kCalls[] = {
        EXPECT_TRUE(std::isfinite(profile.lumaNoise) && std::isfinite(profile.lumaLevel));
        return done;
      },
-     5, 1},
+     5, 1, false},
     {"vxYUVEdgeRGB", 40, 33,
      [](Picture& p) {
        return vxYUVEdgeRGB(0, p.bytes.data(), p.step, p.width, p.height, 1.5, 0.01, 1, 1, 2, 1, 1,
                            2, -1, 2, 2, 0.02, 0) == 1;
      },
-     10, 1}};
+     10, 1, true}};
 
 // A refusal ends a call by its code or by an exception and leaves the picture as it was; or a stage
 // is left out. Nothing leaks, and nothing remembers it: the next call gives what it always gives.
@@ -139,7 +142,7 @@ TEST(Faults, everyFailingAllocationIsSurvived) {
             try {
               done = call.run(p);
             } catch (const vx::MemoryException&) {
-            } catch (const std::bad_alloc&) {
+              EXPECT_TRUE(call.mayThrow) << "place " << place;
             }
             refused = Heap::refusedOne();
             left = Heap::live();

@@ -5,7 +5,9 @@
 #include <immintrin.h>
 
 #include <algorithm>
+#include <climits>
 #include <cstdint>
+#include <exception>
 #include <fstream>
 #include <string>
 #include <vector>
@@ -73,6 +75,9 @@ TEST(Library, functionsComputeInTheirOwnFloatingPointState) {
     return VX_FUNCTION(library, vxYUVEdgeRGB)(0, pixels, 3 * kSize, kSize, kSize, 1.3, 0.01, 1, 1,
                                               2, 1, 1, 1, 1, 2, 2, 0.02, 0);
   });
+  // What a host in C++ catches when it knows nothing of the library's own types.
+  EXPECT_THROW(VX_FUNCTION(library, vxUnblock)(0, pixels, 3, 0, 1, INT_MAX, 50, 1, 1, 0),
+               std::exception);
 }
 
 }  // namespace

@@ -8,7 +8,6 @@
 #include <cstdio>
 #include <filesystem>
 #include <functional>
-#include <new>
 #include <string>
 #include <vector>
 
@@ -81,7 +80,6 @@ int growUntilDone(const std::function<bool(Picture&)>& call, int width, int heig
     try {
       done = call(p);
     } catch (const vx::MemoryException&) {
-    } catch (const std::bad_alloc&) {
     }
     limit.rlim_cur = RLIM_INFINITY;
     setrlimit(RLIMIT_AS, &limit);

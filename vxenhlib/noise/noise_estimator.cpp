@@ -1,6 +1,7 @@
 #include "vxenhlib/noise/noise_estimator.h"
 
 #include <algorithm>
+#include <new>
 
 #include "frame/to_int.h"
 #include "prim/arith.h"
@@ -46,9 +47,12 @@ void medianOfInterior(NoiseEstimator::Plane16& from, NoiseEstimator::Plane16& to
 bool NoiseEstimator::prepare(int width, int height) {
   if (plane16 == nullptr || plane16->width != width || plane16->height != height) {
     for (auto* image : {&plane16, &work16, &smooth16})
-      *image = std::make_unique<Plane16>(width, height);
+      image->reset(new (std::nothrow) Plane16(width, height));
   }
-  return plane16->data != nullptr && work16->data != nullptr && smooth16->data != nullptr;
+  const auto hasMemory = [](const auto& image) {
+    return image != nullptr && image->data != nullptr;
+  };
+  return hasMemory(plane16) && hasMemory(work16) && hasMemory(smooth16);
 }
 
 float NoiseEstimator::estimate(GIMG<float>& plane) {

@@ -2,7 +2,6 @@
 
 #include <cassert>
 #include <climits>
-#include <vector>
 
 #include "frame/plane_ops.h"
 #include "prim/tone.h"
@@ -31,7 +30,7 @@ bool DetailLayer::begin(const PlaneView& plane, float rangeStep, int spatialStep
   rows_ = rows;
   order_.begin();
   return split_.begin(plane, base_, rangeStep, spatialStep, rows) && detail_.reserve(pixels) &&
-         size_.reserve(pixels);
+         size_.reserve(pixels) && peaks_.reserve(1);
 }
 
 void DetailLayer::process() {
@@ -42,17 +41,17 @@ void DetailLayer::process() {
 
 void DetailLayer::process(float exponent) {
   order_.process();
-  std::vector<Peak> peaks(static_cast<std::size_t>(bandSlots()));
+  for (int slot = 0; slot < bandSlots(); ++slot) *peaks_.at(slot) = Peak();
   split_.process([&](int y, int count, int slot) {
     for (int i = y; i < y + count; ++i) {
       const PlaneView plane = plane_.rows(i, 1);
       const PlaneView size = band(size_, slot, plane);
       prim::primvDetailSize_32f(plane.data, base_.row(i), size.data, plane.width);
-      peaks[slot].add(size);
+      peaks_.at(slot)->add(size);
     }
   });
   Peak peak;
-  for (const Peak& part : peaks) peak.add(part);
+  for (int slot = 0; slot < bandSlots(); ++slot) peak.add(*peaks_.at(slot));
   // Rounding is monotone: the peak of |D| + c is that of |D|, plus c.
   curve_ = PowerCurve(peak.value() + kLeastMagnitude, exponent);
   curved_ = true;

@@ -57,6 +57,7 @@ class DetailLayer {
   int rows_ = 0;
   PerSlot<float> detail_;  // of a band, over its magnitude when there is a curve
   PerSlot<float> size_;
+  PerSlot<Peak> peaks_;
   bool curved_ = false;
   PowerCurve curve_{0.0f, 1.0f};
 };

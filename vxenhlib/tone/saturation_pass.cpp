@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <vector>
 
 #include "frame/bands.h"
 #include "frame/plane_ops.h"
@@ -85,7 +84,7 @@ void SaturationPass::begin(SaturationTone& tone, const PlaneView& plane, int row
     // The whole range, nothing emphasised, nothing clipped.
     useEq_ = eq_.setupGrid(plane.width, plane.height, 0.0f, 1.0f, tone.eqSample, kEqRangeStep, 0.0f,
                            1.0f, 0.0f, 0.5f, 0) == kVxrcOk &&
-             eq_.begin();
+             eq_.begin() && peaks_.reserve(1);
   }
 }
 
@@ -109,13 +108,13 @@ void SaturationPass::process() {
   order_.process();
   if (useEq_) {
     eq_.process(tone_->eqStrength, tone_->eqBlend, 1.0f);
-    std::vector<Peak> peaks(static_cast<std::size_t>(bandSlots()));
+    for (int slot = 0; slot < bandSlots(); ++slot) *peaks_.at(slot) = Peak();
     parallelBands(plane_.height, rows_, [&](int y, int count, int slot) {
       eq_.finish(y, plane_.rows(y, count), plane_.rows(y, count), slot);
-      gain(plane_.rows(y, count), peaks[slot]);
+      gain(plane_.rows(y, count), *peaks_.at(slot));
     });
     eq_.end();
-    for (const Peak& part : peaks) peak_.add(part);
+    for (int slot = 0; slot < bandSlots(); ++slot) peak_.add(*peaks_.at(slot));
   }
   if (useGamma_) {
     gammaCurve_ = PowerCurve(std::min(peak_.value(), 1.0f), tone_->gamma);

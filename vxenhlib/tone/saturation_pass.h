@@ -31,6 +31,7 @@ class SaturationPass {
   bool useGamma_ = false;
   BilateralLocalHistEq eq_;
   Peak peak_;
+  PerSlot<Peak> peaks_;
   PowerCurve gammaCurve_{0.0f, 1.0f};
 };
 
