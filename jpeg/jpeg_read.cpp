@@ -31,6 +31,13 @@ int subsamplingOf(const JpegFrame& frame) {
   return h == 2 && v == 2 ? kJpeg420 : kJpegOtherSampling;
 }
 
+// Whether a component has fewer samples than the image has pixels: its factors count in relation to
+// the largest, not by themselves.
+bool isSubsampled(const JpegFrame& frame) {
+  return std::any_of(frame.components.begin(), frame.components.begin() + frame.count,
+                     [&](const auto& c) { return c.h != frame.hMax || c.v != frame.vMax; });
+}
+
 int readParameters(JpegProperties& p) {
   JpegWork& work = *p.work;
   if (const int status = jpegReadHeaders(work, p.streamData, p.streamSize)) return status;
@@ -105,8 +112,7 @@ int readImage(JpegProperties& p) {
   // Nothing is allocated for a stream whose size the caller did not expect.
   if (p.imageWidth != work.frame.width || p.imageHeight != work.frame.height)
     return kJpegInvalidProperties;
-  if (p.upsampling == 0 && work.frame.hMax * work.frame.vMax > 1 && work.frame.count > 1)
-    return kJpegUnsupportedSubsampling;
+  if (p.upsampling == 0 && isSubsampled(work.frame)) return kJpegUnsupportedSubsampling;
   std::vector<JpegPlane> planes = jpegMakePlanes(work.frame);
   for (;;) {
     if (const int status = jpegDecodeScan(work, planes)) return status;
