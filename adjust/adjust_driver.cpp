@@ -5,6 +5,7 @@
 #include <cstddef>
 
 #include "adjust/adjust_core.h"
+#include "adjust/host_layout.h"
 #include "adjust/plan_tiles.h"
 #include "adjust/tile_blend.h"
 #include "vxenhlib/tone/tone_scratch.h"
@@ -52,11 +53,18 @@ class TileRows : public RowSink {
 // An odd last column or row is neither read nor written.
 int adjustWhole(const HostImage& host, const AdjustSettings& settings) {
   IMG3<float> image(host.width & ~1, host.height & ~1);
-  if (bytesPerPixel(host.format) == 0) return kUnknownFormat;
+  if (!known(host.format)) return kUnknownFormat;
   if (image.data == nullptr) return kDone;
   HostRows rows(host);
   ToneScratch scratch;
-  adjustCore(image, settings, rows, rows, scratch);
+  if (!host.rowsOverlap()) {
+    adjustCore(image, settings, rows, rows, scratch);
+    return kDone;
+  }
+  // Threads of a team would write the same bytes.
+  ImageRows kept(image);
+  adjustCore(image, settings, rows, kept, scratch);
+  for (int y = 0; y < image.height; ++y) rows.give(y, RgbRows(image).rows(y, 1));
   return kDone;
 }
 
@@ -78,7 +86,7 @@ int adjustTiles(const HostImage& image, const HostCallbacks& host, const AdjustS
   IMG3<float> tile(tileWidth, tileHeight);
   if (!planes || tile.data == nullptr || !memoryForCore(tileWidth, tileHeight)) return kNoMemory;
   if (!blend.prepare()) return kNoMemory;
-  if (bytesPerPixel(image.format) == 0) return kUnknownFormat;
+  if (!known(image.format)) return kUnknownFormat;
 
   ToneScratch scratch;
   const int progressStep = std::max(1, 90 / columns / rows);
@@ -101,7 +109,8 @@ int adjustTiles(const HostImage& image, const HostCallbacks& host, const AdjustS
       if (!host.report(position)) return kCancelled;
     }
   }
-  return blend.writeTo(image) == 0 ? kUnknownFormat : kDone;
+  blend.writeTo(image);
+  return kDone;
 }
 
 }  // namespace
@@ -109,10 +118,8 @@ int adjustTiles(const HostImage& image, const HostCallbacks& host, const AdjustS
 int adjustRgb(const HostImage& image, const HostCallbacks& host, const AdjustSettings& settings) {
   if (!host.report(1)) return kCancelled;
 
-  const int untouched = bytesPerPixel(image.format) == 0 ? kUnknownFormat : kDone;
-  if (image.pixels == nullptr) return untouched;
-  // Formats without an extra channel are read by conversions, which refuse such a step.
-  if (image.rowStep < 1 && (image.format == 1 || image.format == 3)) return untouched;
+  const int untouched = known(image.format) ? kDone : kUnknownFormat;
+  if (image.pixels == nullptr || refusesStep(image.format, image.rowStep)) return untouched;
 
   const bool onePiece = image.width < kSizeLimit && image.height < kSizeLimit;
   const bool empty = image.width < 2 || image.height < 2;

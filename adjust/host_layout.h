@@ -65,6 +65,19 @@ bool withLayout(int format, const Visit& visit) {
   }
 }
 
+/// Whether a format can be read and written.
+inline bool known(int format) {
+  return withLayout(format, [](auto) {});
+}
+
+/// Whether the functions for interleaved floats refuse a row step: the conversions that read and
+/// write formats without an extra channel want one of 1 and more.
+inline bool refusesStep(int format, int rowStep) {
+  bool refuses = false;
+  withLayout(format, [&](auto layout) { refuses = layout.kSamples == 3 && rowStep < 1; });
+  return refuses;
+}
+
 /// Pixels of a block: 48 KB as float RGB, which together with its samples stays in the L2 cache of
 /// every processor in use; the temporaries in samples fit on the stack.
 constexpr int kBlockPixels = 4096;

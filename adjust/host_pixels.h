@@ -36,6 +36,8 @@ struct HostImage {
   std::uint8_t* row(int y) const {
     return static_cast<std::uint8_t*>(pixels) + std::ptrdiff_t{rowStep} * y;
   }
+  /// Whether two rows share memory, so that they must be written one by one, in their order.
+  bool rowsOverlap() const;
 };
 
 /// Bytes of one pixel: 3, 6, 4, 8 for the formats 1, 3, 5, 6, else 0.

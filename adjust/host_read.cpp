@@ -1,3 +1,5 @@
+#include <cstdlib>
+
 #include "adjust/host_layout.h"
 #include "adjust/host_pixels.h"
 #include "prim/arith.h"
@@ -44,6 +46,11 @@ int bytesPerPixel(int format) {
   int bytes = 0;
   withLayout(format, [&](auto layout) { bytes = layout.kPixelBytes; });
   return bytes;
+}
+
+bool HostImage::rowsOverlap() const {
+  return height > 1 &&
+         std::abs(std::int64_t{rowStep}) < std::int64_t{bytesPerPixel(format)} * width;
 }
 
 int readHostImage(int format, const void* pixels, int rowStep, int x, int y, const RgbRows& rows) {

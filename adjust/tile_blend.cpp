@@ -99,9 +99,8 @@ void TileBlend::add(const RgbRows& rows, int y, int x0, int y0) {
 }
 
 // Band by band, so that the quotients are written out while they are in the cache.
-int TileBlend::writeTo(const HostImage& image) {
-  if (bytesPerPixel(image.format) == 0) return 0;
-  const int rows = std::max(1, kBandFloats / width_);
+void TileBlend::writeTo(const HostImage& image) {
+  const int rows = image.rowsOverlap() ? 1 : std::max(1, kBandFloats / width_);
   const int steps[3] = {planes_[0].step, planes_[1].step, planes_[2].step};
   for (int y = 0; y < height_; y += std::min(rows, height_ - y)) {
     const int bandHeight = std::min(rows, height_ - y);
@@ -113,7 +112,6 @@ int TileBlend::writeTo(const HostImage& image) {
     }
     writeHostPlanes(band, steps, width_, bandHeight, image.format, image.row(y), image.rowStep);
   }
-  return 1;
 }
 
 void TileBlend::release() {

@@ -46,10 +46,8 @@ class TileBlend {
   bool prepare();
   /// Adds rows from y on of a tile whose first pixel lies at (x0, y0).
   void add(const RgbRows& rows, int y, int x0, int y0);
-  /// Divides by the weights and writes the picture over the host's; the planes are spent.
-  ///
-  /// @return 1, or 0 for an unknown format with nothing written
-  int writeTo(const HostImage& image);
+  /// Divides by the weights, in place, and writes the picture over the host's, of a known format.
+  void writeTo(const HostImage& image);
   /// Gives the planes back; passes on what the host's function throws.
   void release();
 

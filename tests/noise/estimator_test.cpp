@@ -7,7 +7,7 @@
 #include <numeric>
 #include <vector>
 
-#include "adjust/load_crop.h"
+#include "adjust/estimate_noise.h"
 #include "prim/prims.h"
 #include "tests/support/images.h"
 #include "tests/support/picture.h"
