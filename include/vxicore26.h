@@ -33,8 +33,9 @@
  * rows may start at any address, and a picture stored bottom up is passed with the address of its
  * top row and a negative step (formats 5 and 6 of vxAdjustRgb, and the other functions; formats 1
  * and 3 of vxAdjustRgb leave the picture alone when the step is below 1). Bytes between the end of
- * a row and the next are neither read nor written. Pictures are treated in even sizes: see
- * vxAdjustRgb.
+ * a row and the next are neither read nor written. Rows that overlap (a step shorter than a row)
+ * are all read first and then written one after the other from the first row on, so that a later
+ * row stands where two meet. Pictures are treated in even sizes: see vxAdjustRgb.
  *
  * @section threads Threads
  *
@@ -45,18 +46,27 @@
  * by timing: between processes its result may differ, by 0.003 of white (root mean square) on a
  * noisy picture of flat patches. FFTW's wisdom, when a host keeps it, pins the plans.
  *
+ * FFTW (fftw3f) has one planner for the whole process, and it is not safe for threads. The library
+ * plans under a lock of its own, which the host cannot take. A host that uses FFTW itself must
+ * therefore make no call of its planner or its wisdom (plans made and destroyed included) while a
+ * call with the non-local filter runs on another thread: the heap would be damaged. Import wisdom
+ * before the first such call, and export it when none runs.
+ *
  * The team's threads stay asleep in the process afterwards, so that the library stays in memory
- * behind dlclose(), and a child process must not call the library after a fork() when its parent
- * has called it before: it would wait for threads that the fork did not copy. Fork first, or start
- * a program in the child.
+ * behind dlclose(). They are not copied by fork(). The child may call the library all the same:
+ * its first thread, the one that called fork(), then computes alone, and threads that it starts
+ * have teams of their own. Results stay the same. fork() waits while another thread plans its
+ * transforms.
  *
  * @section floatmode Floating-point state
  *
  * Loading the library switches flush-to-zero and denormals-are-zero on for the loading thread, and
- * leaves them on: a host that computes with denormal numbers on that thread switches them off after
- * loading. Each call computes with its own state (nearest rounding, exceptions masked, both modes
- * on) and puts the caller's state back before it returns and around each callback. Rounding modes
- * and unmasked traps of the host change no result.
+ * leaves them on. A new thread inherits the state of the thread that starts it, so that all threads
+ * which the loading thread starts later, and those that they start, have both modes, too. A host
+ * that computes with denormal numbers switches the modes off on the loading thread after loading.
+ * Each call computes with its own state (nearest rounding, exceptions masked, both modes on) and
+ * puts the caller's state back before it returns and around each callback. Rounding modes and
+ * unmasked traps of the host change no result.
  *
  * @section callbacks Callbacks
  *
@@ -69,10 +79,18 @@
  * @section failures Failures
  *
  * Functions report by their results. Null `pixels` and sizes below 1 are no failure: nothing is
- * done. Memory failures inside a stage may leave a function as a C++ exception, which a host in C
- * cannot catch; the picture is then as it was. The non-local noise filter leaves a picture as it is
- * where its transforms find no memory. Not in our hands: the OpenMP runtime ends the process when
- * it cannot start its threads.
+ * done. Without memory
+ * - vxAdjustRgb returns -1 where it finds none for a tiled picture; a picture in one piece stays as
+ *   it is, with the result 1;
+ * - a stage of vxAdjustRgb that finds none for its work is left out, the others run, and the result
+ *   is 1;
+ * - vxDenoiseEstNoise measures nothing: lumaNoise is above 1;
+ * - vxUnblock, the removal of block artifacts in vxAdjustRgb, and vxYUVEdgeRGB throw a C++
+ *   exception derived from std::exception, which a host in C cannot catch. The picture is then as
+ *   it was.
+ *
+ * No other exception leaves a function but those of the host's callbacks. Not in our hands: the
+ * OpenMP runtime ends the process when it cannot start its threads.
  *
  * @section costs Costs
  *
@@ -236,7 +254,7 @@ int vxAdjustRgb(void* pixels, int format, int rowStep, int width, int height, in
  * Results are truncated, about one level darker on average. Works in place; a null `pixels` or a
  * size below 1 does nothing. A round trip whose stream needs more than about three bytes a pixel
  * counts with the unchanged picture: noise at the finest qualities, pictures of a few pixels. The
- * one failure is a C++ exception for want of memory, before the picture is touched. Memory: about
+ * one failure is want of memory, before the picture is touched: see @ref failures. Memory: about
  * 3.3 bytes a pixel. Neutral is not to call it. Cost: 52 at a `shiftStep` of 1 (64 round trips), 22
  * at 2 (16), 13 at 4 (4), 12 at 8 (1).
  *
@@ -328,6 +346,10 @@ int vxYUVEdgeRGB(int deep, void* pixels, int rowStep, int width, int height, dou
  * Sets the debug trace: bit 0 of `mask` writes records of vxUnblock and vxYUVEdgeRGB to the file
  * "vxtrace_log.txt" in `folder`, "/tmp/" until one is given. The file is opened and closed for each
  * record. A null `folder` keeps the folder last set.
+ *
+ * The name can be predicted, and symbolic links at it are followed: in a folder where others may
+ * write, such as "/tmp/", another user can point it at any file that the host may write to. Give a
+ * folder of the host's own.
  *
  * @param mask    bit 0 switches the trace on, 0 off (as after loading)
  * @param folder  an existing folder; null keeps the one last set
