@@ -53,11 +53,11 @@ int readHostImage(int format, const void* pixels, int rowStep, int x, int y, con
 /// @return 1, or 0 for an unknown format with the planes untouched
 int readHostPlanes(int format, const void* pixels, int rowStep, GIMG<float>* const planes[3]);
 
-/// Writes the rows over the host pixels. They are scaled in place and spoilt for further use.
+/// Writes the rows over the host pixels. The rows are scaled in place: their values are lost.
 ///
 /// 8-bit samples saturate at 255, those of format 3 are cut to 32768. In format 6 the same cut runs
 /// over the first three quarters of each row, extra channel included, and leaves the rest of the
-/// row up to 65535: hosts rely on these bytes.
+/// row up to 65535: the behaviour that vxicore26.h documents.
 ///
 /// @return 1, or 0 for an unknown format with nothing written
 int writeHostImage(const RgbRows& rows, int format, void* pixels, int rowStep);

@@ -59,8 +59,8 @@ int writeHostImage(const RgbRows& rows, int format, void* pixels, int rowStep) {
       prim::primMulC_32f_C3IR(toSamples, src, rows.step, block.width, block.height);
       narrowBlock(layout, src, rows.step, block, dst, rowStep);
     });
-    // Three words a pixel from the start of the row: the cut of the three-channel layout, kept for
-    // the sake of the bytes that hosts know.
+    // Three words a pixel from the start of the row, as in the three-channel layout: part of the
+    // documented behaviour of format 6.
     if constexpr (kDeep<L> && L::kSamples == 4)
       prim::primThreshold_GT_16u_C3IR(reinterpret_cast<std::uint16_t*>(dst), rowStep, rows.width,
                                       rows.height, kTop);

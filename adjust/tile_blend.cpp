@@ -92,7 +92,7 @@ void TileBlend::add(const RgbRows& rows, int y, int x0, int y0) {
       prim::primCopy_32f_C3C1R(planePixel(rows.data, rows.step, 3 * block.x, block.y) + c,
                                rows.step, scratch, scratchStep, w, h);
       prim::primMul_32f_C1IR(blockWeight, weight.step, scratch, scratchStep, w, h);
-      addTo(planes_[static_cast<std::size_t>(c)], scratch, scratchStep);
+      addTo(planes_[c], scratch, scratchStep);
     }
     addTo(planes_[3], blockWeight, weight.step);
   });

@@ -39,8 +39,8 @@ class TileBlend {
  public:
   TileBlend(const HostCallbacks& host, int width, int height);
 
-  /// Gets the planes of the whole picture and the weights of a tile. Each is asked for, whatever
-  /// became of the others.
+  /// Gets the planes of the whole picture and the weights of a tile. All are asked for, even
+  /// when one of them fails.
   bool acquire(int tileWidth, int tileHeight);
   /// Clears the planes and forms the weights; false when memory for that is short.
   bool prepare();

@@ -35,9 +35,10 @@ class EnhEdge {
   double scaleY;
   int scaledWidth = 0;  ///< size after resampling, set by enhanceLuma
   int scaledHeight = 0;
-  EdgePlane blurred;         ///< base layer of the tile last worked on
-  EdgePlane detail;          ///< input minus base of that tile
-  EdgePlane ratio;           ///< edge ratio of that tile
+  // Of the tile last worked on, which may fill only a part of them.
+  EdgePlane blurred;         ///< base layer
+  EdgePlane detail;          ///< input minus base
+  EdgePlane ratio;           ///< edge ratio
   float alignSigmaX = 0.0f;  ///< see AlignSettings; the stage runs when a sigma is above 0.4
   float alignSigmaY = 0.0f;
   float alignThreshold = 0.0f;
@@ -74,9 +75,9 @@ class EnhEdge {
   /// @return 1
   int enhanceLuma(const EdgePlane& input, EdgePlane& output);
 
-  /// The last step on the tile held in `blurred`, `detail` and `ratio`, written to `output`:
+  /// The last step on a tile held in `blurred`, `detail` and `ratio`, written to `output`:
   /// (ratio * adaptiveGain, limited, + baseGain) * detail + blurred.
-  void combineLuma(float* output, int outputStep);
+  void combineLuma(float* output, int outputStep, int width, int height);
 
   /// Separable Gaussian in place. Three columns at each side keep their values when the horizontal
   /// filter runs, three rows at the top and bottom are not filtered vertically.

@@ -15,7 +15,8 @@ namespace {
 
 using namespace prim;
 
-constexpr int kReach = 3;  // of the seven-tap filters
+constexpr int kReach = kGaussReach;
+constexpr int kCubic = 4;  // the interpolation of primResize_32f_C1R
 
 }  // namespace
 
@@ -47,7 +48,7 @@ int EnhEdge::enhanceLuma(const EdgePlane& input, EdgePlane& output) {
     primSet_32f_C1R(0.0f, resampled.data, resampled.step, scaledWidth, scaledHeight);
     primResize_32f_C1R(input.data, input.width, input.height, input.step, 0, 0, input.width,
                        input.height, resampled.data, resampled.step, scaledWidth, scaledHeight,
-                       scaleX, scaleY, 4);
+                       scaleX, scaleY, kCubic);
     image = &resampled;
   }
   const int width = scaledWidth;
@@ -87,21 +88,19 @@ void EnhEdge::enhanceTile(const EdgePlane& image, int x0, int y0, int x1, int y1
   const int top = y0 - kReach;
   const int step = image.step;
   const float* centre = at(image, x0, y0);
-  blurred.width = detail.width = ratio.width = width;
-  blurred.height = detail.height = ratio.height = height;
 
   // Base layer and detail.
   const float* vertical = at(image, left, y0);
   int verticalStep = step;
   if (!(blurSigmaY <= 0.4f)) {
     primFilterColumn_32f_C1R(vertical, step, scratch.column.data, scratch.column.step, wide, height,
-                             gaussKernel7(blurSigmaY), 7, 3);
+                             gaussKernel7(blurSigmaY), kGaussTaps, kGaussReach);
     vertical = scratch.column.data;
     verticalStep = scratch.column.step;
   }
   if (!(blurSigmaX <= 0.4f)) {
     primFilterRow_32f_C1R(vertical + kReach, verticalStep, blurred.data, blurred.step, width,
-                          height, gaussKernel7(blurSigmaX), 7, 3);
+                          height, gaussKernel7(blurSigmaX), kGaussTaps, kGaussReach);
   } else {
     primCopy_32f_C1R(vertical + kReach, verticalStep, blurred.data, blurred.step, width, height);
   }
@@ -132,10 +131,10 @@ void EnhEdge::enhanceTile(const EdgePlane& image, int x0, int y0, int x1, int y1
   primSub_32f_C1R(scratch.lowest.data, scratch.lowest.step, scratch.highest.data,
                   scratch.highest.step, range.data, range.step, wide, high);
   primFilterColumn_32f_C1R(at(range, 0, kReach), range.step, scratch.column.data,
-                           scratch.column.step, wide, height, gaussKernel7(blurSigmaY * 2.0f), 7,
-                           3);
+                           scratch.column.step, wide, height, gaussKernel7(blurSigmaY * 2.0f),
+                           kGaussTaps, kGaussReach);
   primFilterRow_32f_C1R(scratch.column.data + kReach, scratch.column.step, range.data, range.step,
-                        width, height, gaussKernel7(blurSigmaX * 2.0f), 7, 3);
+                        width, height, gaussKernel7(blurSigmaX * 2.0f), kGaussTaps, kGaussReach);
 
   // The smaller of the distances to the extremes over the range.
   float* below = at(scratch.highest, kReach, kReach);
@@ -149,12 +148,10 @@ void EnhEdge::enhanceTile(const EdgePlane& image, int x0, int y0, int x1, int y1
   primAddC_32f_C1IR(rangeFloor, range.data, range.step, width, height);
   primDiv_32f_C1IR(range.data, range.step, ratio.data, ratio.step, width, height);
 
-  combineLuma(at(output, x0, y0), output.step);
+  combineLuma(at(output, x0, y0), output.step, width, height);
 }
 
-void EnhEdge::combineLuma(float* output, int outputStep) {
-  const int width = ratio.width;
-  const int height = ratio.height;
+void EnhEdge::combineLuma(float* output, int outputStep, int width, int height) {
   primMulC_32f_C1R(ratio.data, ratio.step, adaptiveGain, output, outputStep, width, height);
   if (gainLimit < 99.0f) primThreshold_GT_32f_C1IR(output, outputStep, width, height, gainLimit);
   primAddC_32f_C1IR(baseGain, output, outputStep, width, height);

@@ -2,6 +2,9 @@
 
 namespace vx {
 
+constexpr int kGaussTaps = 7;
+constexpr int kGaussReach = 3;  ///< pixels on each side of the centre
+
 /// The seven taps, symmetric, of the tabulated Gaussian for a sigma in pixels: row
 /// trunc((sigma - 0.54) * 10) of a table in steps of 0.1 from 0.5 to 2.4, limited to its ends; so
 /// the kernel's sigma lies 0.04 to 0.14 below the one asked for. NaN takes the first row.

@@ -14,7 +14,7 @@ namespace {
 
 using namespace prim;
 
-constexpr int kReach = 3;  // of the seven-tap filters
+constexpr int kReach = kGaussReach;
 constexpr int kMaxRadius = 6;
 
 int radiusOf(float sigma) {
@@ -59,13 +59,15 @@ int EnhEdge::blurChroma(EdgePlane& plane, float sigmaX, float sigmaY) {
       primCopy_32f_C1R(source, sourceStep, column.data, column.step, width, rows);
       if (last > first)
         primFilterColumn_32f_C1R(at(window, 0, kReach + first), window.step, at(column, 0, first),
-                                 column.step, width, last - first, gaussKernel7(sigmaY), 7, 3);
+                                 column.step, width, last - first, gaussKernel7(sigmaY), kGaussTaps,
+                                 kGaussReach);
       source = column.data;
       sourceStep = column.step;
     }
     if (alongX) {
       primFilterRow_32f_C1R(source + kReach, sourceStep, at(plane, kReach, top), plane.step,
-                            width - 2 * kReach, rows, gaussKernel7(sigmaX), 7, 3);
+                            width - 2 * kReach, rows, gaussKernel7(sigmaX), kGaussTaps,
+                            kGaussReach);
     } else {
       primCopy_32f_C1R(source, sourceStep, at(plane, 0, top), plane.step, width, rows);
     }

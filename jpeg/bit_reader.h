@@ -34,7 +34,7 @@ class JpegBitReader {
   /// The next symbol; -1 for a code that the table lacks.
   int symbol(const JpegHuffmanDecoder& table) {
     const int bits = peek16();
-    const int quick = table.quick[static_cast<std::size_t>(bits >> (16 - table.kQuickBits))];
+    const int quick = table.quick[bits >> (16 - table.kQuickBits)];
     if (quick != 0) {
       skip(quick >> 8);
       return quick & 255;
@@ -42,8 +42,7 @@ class JpegBitReader {
     for (std::size_t length = table.kQuickBits + 1; length <= 16; ++length)
       if (bits < table.endCode[length]) {
         skip(static_cast<int>(length));
-        return table
-            .symbols[static_cast<std::size_t>((bits >> (16 - length)) + table.offset[length])];
+        return table.symbols[(bits >> (16 - length)) + table.offset[length]];
       }
     return -1;
   }

@@ -12,13 +12,12 @@ bool JpegHuffmanDecoder::build(const std::array<std::uint8_t, 16>& counts,
     const auto at = static_cast<std::size_t>(length);
     offset[at] = index - code;
     for (int n = 0; n < counts[at - 1]; ++n, ++code, ++index) {
-      const std::uint8_t symbol = symbols[static_cast<std::size_t>(index)] = list[index];
+      const std::uint8_t symbol = symbols[index] = list[index];
       if (code >= 1 << length) return false;
       if (length > kQuickBits) continue;
       const int free = kQuickBits - length;
       for (int i = 0; i < 1 << free; ++i)
-        quick[static_cast<std::size_t>((code << free) + i)] =
-            static_cast<std::uint16_t>(length << 8 | symbol);
+        quick[(code << free) + i] = static_cast<std::uint16_t>(length << 8 | symbol);
     }
     endCode[at] = code << (16 - length);
   }

@@ -6,6 +6,12 @@ namespace vx {
 
 // Baseline sequential JPEG (ITU-T T.81) in memory. The codec keeps no state outside the record it
 // is given: calls with records, images and streams of their own may run at once.
+//
+// Two parts live here. The tables, the samples and the scan encoder run in every call of vxUnblock.
+// The writer of whole streams, the reader with its markers and its scan decoder, and the round trip
+// of both are reached by no exported function: they are the definition of a round trip. The strips
+// of lqlib/ make no streams, and the tests hold them to jpegRoundTrip pixel by pixel; libjpeg-turbo
+// in turn reads the streams of this codec, and this codec reads its.
 
 /// Answers of the codec: 0 is success. Some belong to files, thumbnails and comments, which this
 /// codec does not handle, and never arise.

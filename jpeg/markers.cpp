@@ -84,7 +84,7 @@ int readFrame(JpegWork& work, Segment segment) {
   if (frame.count != 1 && frame.count != 3) return kJpegNotSupported;
   frame.hMax = frame.vMax = 1;
   for (int c = 0; c < frame.count; ++c) {
-    JpegFrameComponent& component = frame.components[static_cast<std::size_t>(c)];
+    JpegFrameComponent& component = frame.components[c];
     component.id = segment.byte();
     const int factors = segment.byte();
     component.h = factors >> 4;
@@ -94,13 +94,12 @@ int readFrame(JpegWork& work, Segment segment) {
       return kJpegBadComponent;
     if (component.quant > 3) return kJpegBadFrame;
     for (int other = 0; other < c; ++other)
-      if (frame.components[static_cast<std::size_t>(other)].id == component.id)
-        return kJpegBadComponent;
+      if (frame.components[other].id == component.id) return kJpegBadComponent;
     frame.hMax = std::max(frame.hMax, component.h);
     frame.vMax = std::max(frame.vMax, component.v);
   }
   for (int c = 0; c < frame.count; ++c) {
-    const JpegFrameComponent& component = frame.components[static_cast<std::size_t>(c)];
+    const JpegFrameComponent& component = frame.components[c];
     if (frame.hMax % component.h != 0 || frame.vMax % component.v != 0)
       return kJpegUnsupportedSubsampling;
   }
@@ -117,24 +116,22 @@ int readScan(JpegWork& work, Segment segment) {
     return kJpegBadComponent;
   int blocks = 0;
   for (int i = 0; i < scan.count; ++i) {
-    JpegScanComponent& component = scan.components[static_cast<std::size_t>(i)];
+    JpegScanComponent& component = scan.components[i];
     const int id = segment.byte();
     const int tables = segment.byte();
     component.component = -1;
     for (int c = 0; c < work.frame.count; ++c)
-      if (work.frame.components[static_cast<std::size_t>(c)].id == id) component.component = c;
+      if (work.frame.components[c].id == id) component.component = c;
     if (component.component < 0) return kJpegBadComponent;
     for (int other = 0; other < i; ++other)
-      if (scan.components[static_cast<std::size_t>(other)].component == component.component)
-        return kJpegBadComponent;
+      if (scan.components[other].component == component.component) return kJpegBadComponent;
     component.dc = tables >> 4;
     component.ac = tables & 15;
-    if (component.dc > 3 || component.ac > 3 ||
-        !work.dc[static_cast<std::size_t>(component.dc)].defined ||
-        !work.ac[static_cast<std::size_t>(component.ac)].defined)
+    if (component.dc > 3 || component.ac > 3 || !work.dc[component.dc].defined ||
+        !work.ac[component.ac].defined)
       return kJpegNoHuffmanTable;
-    const auto& part = work.frame.components[static_cast<std::size_t>(component.component)];
-    if (!work.quantDefined[static_cast<std::size_t>(part.quant)]) return kJpegNoQuantTable;
+    const auto& part = work.frame.components[component.component];
+    if (!work.quantDefined[part.quant]) return kJpegNoQuantTable;
     blocks += part.h * part.v;
   }
   if (scan.count > 1 && blocks > 10) return kJpegBadComponent;  // T.81, B.2.3

@@ -91,9 +91,9 @@ int jpegDecodeScan(JpegWork& work, std::vector<JpegPlane>& planes) {
     const auto c = static_cast<std::size_t>(scan.components[i].component);
     const JpegFrameComponent& component = work.frame.components[c];
     part.plane = &planes[c];
-    part.dc = &work.dc[static_cast<std::size_t>(scan.components[i].dc)];
-    part.ac = &work.ac[static_cast<std::size_t>(scan.components[i].ac)];
-    part.quant = &work.quant[static_cast<std::size_t>(component.quant)];
+    part.dc = &work.dc[scan.components[i].dc];
+    part.ac = &work.ac[scan.components[i].ac];
+    part.quant = &work.quant[component.quant];
     part.h = interleaved ? component.h : 1;
     part.v = interleaved ? component.v : 1;
     if (!interleaved) {  // only the blocks that hold samples of the image

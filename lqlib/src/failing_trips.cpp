@@ -37,15 +37,12 @@ TripSums countLevels(const UnblockPlan& plan, std::deque<UnblockStrip>& strips) 
   std::vector<TripSums> parts(static_cast<std::size_t>(bands));
   const auto count = [&](int band, UnblockStrip& strip) {
     const int begin = first + band * kBandRows;
-    strip.countLevels(begin, std::min(begin + kBandRows, last),
-                      parts[static_cast<std::size_t>(band)]);
+    strip.countLevels(begin, std::min(begin + kBandRows, last), parts[band]);
   };
   if (strips.size() == 1) {
     for (int band = 0; band < bands; ++band) count(band, strips.front());
   } else {
-    parallelFor(0, bands, [&](int band) {
-      count(band, strips[static_cast<std::size_t>(omp_get_thread_num())]);
-    });
+    parallelFor(0, bands, [&](int band) { count(band, strips[omp_get_thread_num()]); });
   }
   TripSums levels{};
   for (const TripSums& part : parts)

@@ -47,8 +47,7 @@ double mostBits(const JpegHuffmanCodes& codes, const prim::JpegQuantiser& q, dou
   std::array<std::array<double, kSizes + 1>, 16> bits;
   for (int run = 0; run < 16; ++run)
     for (int size = 1; size <= kSizes; ++size)
-      bits[static_cast<std::size_t>(run)][static_cast<std::size_t>(size)] =
-          symbolBits(codes, run << 4 | size, size);
+      bits[run][size] = symbolBits(codes, run << 4 | size, size);
   const double sixteenZeros = symbolBits(codes, 0xF0, 0), end = symbolBits(codes, 0, 0);
   std::array<double, 64> best{};
   double most = end;
@@ -101,7 +100,7 @@ double mostMeanBits(const JpegHuffmanCodes& codes) {
 JpegStreamBound::JpegStreamBound(const JpegCoding& coding, int width, int height)
     : width_(width), height_(height), mcuWidth_(coding.mcuWidth()), mcuHeight_(coding.mcuHeight()) {
   for (int c = 0; c < 3; ++c) {
-    Component& component = components_[static_cast<std::size_t>(c)];
+    Component& component = components_[c];
     const bool reduced = c > 0 && coding.hFactor > 1;
     component.blockWidth = reduced ? mcuWidth_ : 8;
     component.blockHeight = reduced ? mcuHeight_ : 8;
@@ -115,12 +114,12 @@ JpegStreamBound::JpegStreamBound(const JpegCoding& coding, int width, int height
     component.meanBits = mostMeanBits(jpegHuffmanCodes(false, chroma));
     component.endBits = symbolBits(codes, 0, 0);
     for (int i = 0; i < kPlaces; ++i) {
-      double& unit = units_[static_cast<std::size_t>(i)];
+      double& unit = units_[i];
       unit = std::max(unit, unitFor(codes, placeOf(i)));
     }
     for (int i = 0; i < kPrices; ++i)
-      component.bitsPerBlock[static_cast<std::size_t>(i)] =
-          c == 2 ? components_[1].bitsPerBlock[static_cast<std::size_t>(i)]
+      component.bitsPerBlock[i] =
+          c == 2 ? components_[1].bitsPerBlock[i]
                  : component.meanBits +
                        mostBits(codes, coding.quantiser[coding.tablesOf(c)], priceOf(i));
   }
@@ -153,8 +152,7 @@ bool JpegStreamBound::fits(const RoughnessMap& map, std::int64_t room) const {
         rough = rough * component.share + component.extra * blocks;
         double least = std::numeric_limits<double>::infinity();
         for (int i = 0; i < kPrices; ++i)
-          least = std::min(least, blocks * component.bitsPerBlock[static_cast<std::size_t>(i)] +
-                                      rough * priceOf(i));
+          least = std::min(least, blocks * component.bitsPerBlock[i] + rough * priceOf(i));
         bits += least;
       }
   }
@@ -166,7 +164,7 @@ bool JpegStreamBound::fits(double levels, std::int64_t room) const {
   const double mcus = (static_cast<double>((width_ + 7) / mcuWidth_) + 1) *
                       (static_cast<double>((height_ + 7) / mcuHeight_) + 1);
   for (int i = 0; i < kPlaces; ++i) {
-    double bits = units_[static_cast<std::size_t>(i)] * levels;
+    double bits = units_[i] * levels;
     for (const Component& component : components_)
       bits += mcus * (mcuWidth_ / component.blockWidth) * (mcuHeight_ / component.blockHeight) *
               (component.meanBits + component.endBits + 63 * placeOf(i));

@@ -21,8 +21,7 @@ UnblockPlan::UnblockPlan(int w, int h, int quality, int jpegMode, int shiftStep)
       trips(0) {
   const int step = std::clamp(shiftStep, 1, 8);
   int perAxis = 0;
-  for (int margin = 0; margin < 8; margin += step, ++perAxis)
-    taken[static_cast<std::size_t>(margin)] = true;
+  for (int margin = 0; margin < 8; margin += step, ++perAxis) taken[margin] = true;
   trips = perAxis * perAxis;
 }
 

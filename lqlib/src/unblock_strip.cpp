@@ -9,8 +9,8 @@
 namespace vx {
 namespace {
 
-// Columns behind the picture that the last blocks of any left may cover, a halved component's last
-// block being fetched for the sake of a filter's neighbour.
+// Columns behind the picture that the last blocks of any left may cover. A halved component has one
+// block more, because the filter reads a neighbour.
 constexpr int kBehind = 24;
 
 // First column of halved components, the picture's first being at kMargin / 2.
@@ -66,7 +66,7 @@ void UnblockStrip::run(int first, int last) {
   for (int start = begin; start < last + lag; ++start) {
     for (; loaded_ < start + mcuHeight_; ++loaded_) loadRow(loaded_);
     const int top = topOf(start);
-    if (top < 8 && start >= -top && plan_.taken[static_cast<std::size_t>(top)]) mcuRow(start, top);
+    if (top < 8 && start >= -top && plan_.taken[top]) mcuRow(start, top);
     const int done = start - lag;
     if (done >= first && done < last) writeRow(done);
   }
@@ -119,12 +119,10 @@ void UnblockStrip::countLevels(int first, int last, TripSums& levels) {
   for (int start = first; start < last; ++start) {
     for (; loaded_ < start + mcuHeight_; ++loaded_) loadRow(loaded_);
     const int top = topOf(start);
-    if (top > 7 || start < -top || start + top > plan_.height + 7 ||
-        !plan_.taken[static_cast<std::size_t>(top)])
-      continue;
+    if (top > 7 || start < -top || start + top > plan_.height + 7 || !plan_.taken[top]) continue;
     transformRows(start);
     for (int left = 0; left < 8; ++left) {
-      if (!plan_.taken[static_cast<std::size_t>(left)]) continue;
+      if (!plan_.taken[left]) continue;
       for (int c = 0; c < 3; ++c) {
         const int parity = parityOf(c, left), shift = halved(c) ? left / 2 : left;
         const int halves = c == 0 ? coding.vFactor : 1;
@@ -133,7 +131,7 @@ void UnblockStrip::countLevels(int first, int last, TripSums& levels) {
           prim::primJpegLevels_16s(
               columns_[c][halves > 1 ? half : parity].data + std::ptrdiff_t{8} * (kMargin - shift),
               c == 0 ? mcus * coding.hFactor : mcus, &coding.quantiser[coding.tablesOf(c)], &sum);
-          levels[static_cast<std::size_t>(top)][static_cast<std::size_t>(left)] += sum;
+          levels[top][left] += sum;
         }
       }
     }
@@ -141,11 +139,10 @@ void UnblockStrip::countLevels(int first, int last, TripSums& levels) {
 }
 
 void UnblockStrip::mcuRow(int start, int top) {
-  const auto& fails = plan_.fails[static_cast<std::size_t>(top)];
+  const auto& fails = plan_.fails[top];
   bool transformed = false;
   for (int left = 0; left < 8; ++left) {
-    if (!plan_.taken[static_cast<std::size_t>(left)] || fails[static_cast<std::size_t>(left)])
-      continue;
+    if (!plan_.taken[left] || fails[left]) continue;
     if (!transformed) transformRows(start);
     transformed = true;
     trip(start, top, left);
@@ -179,7 +176,7 @@ void UnblockStrip::trip(int start, int top, int left) {
     }
     return;
   }
-  // The row above the MCUs waited for their first row of chroma; their own last row waits likewise.
+  // The row above the MCUs waited for their first row of chroma. Their own last row waits, too.
   Above& last = above(top, left);
   const std::uint8_t* const lastChroma[] = {last.row(1), last.row(2)};
   const std::uint8_t* const firstChroma[] = {decoded_[1].row(0), decoded_[2].row(0)};

@@ -44,9 +44,8 @@ void unblock(const UnblockPixels& pixels, UnblockPlan& plan) {
     workers.front().run(0, pixels.height);
     return;
   }
-  parallelFor(0, strips, [&](int strip) {
-    workers[static_cast<std::size_t>(omp_get_thread_num())].run(edge(strip), edge(strip + 1));
-  });
+  parallelFor(0, strips,
+              [&](int strip) { workers[omp_get_thread_num()].run(edge(strip), edge(strip + 1)); });
 }
 
 }  // namespace
