@@ -1,11 +1,8 @@
 #include "adjust/adjust_driver.h"
 
 #include <gtest/gtest.h>
-#include <immintrin.h>
 
 #include <climits>
-#include <cmath>
-#include <limits>
 #include <tuple>
 
 #include "tests/adjust/host.h"
@@ -256,76 +253,6 @@ TEST(AdjustDriver, rowsThatOverlapAreWrittenInTheirOrder) {
             << format << ", width " << w << ", step " << step << ", " << threads << " threads";
       }
     }
-}
-
-// Whatever a setting holds, the call ends, touches nothing else and says that it is done.
-TEST(AdjustDriver, anySettingMayHoldAnything) {
-  const Threads one(1);
-  using S = AdjustSettings;
-  constexpr float S::*kFloats[] = {
-      &S::lumaEqAmount,    &S::lumaEqRadius,   &S::lumaEqPeakGain,  &S::lumaGamma,
-      &S::lumaEqTopCut,    &S::lumaEqFloor,    &S::lumaDetailRange, &S::lumaDetailRadius,
-      &S::lumaDetailGamma, &S::lumaDetailGain, &S::sharpenAmount,   &S::satEqAmount,
-      &S::satEqRadius,     &S::satContrast,    &S::satGamma,        &S::hueShift,
-      &S::denoiseStrength, &S::grainRestore,   &S::unblockStrength};
-  constexpr float kInfinity = std::numeric_limits<float>::infinity();
-  AdjustSettings everything;  // but for the noise filter and what follows it
-  for (std::size_t i = 0; i < 16; ++i) everything.*kFloats[i] = 0.4f;
-  Picture p(5, 40, 30, 3);
-  p.randomise(12, 255);
-  const auto run = [&](const AdjustSettings& settings) {
-    Picture q = p;
-    EXPECT_EQ(adjust(q, settings), 1);
-    q.forEachSample([&](int x, int y, int c) { return p.get(x, y, c); });
-    EXPECT_TRUE(q.bytes == p.bytes);
-  };
-  for (const auto field : kFloats)
-    for (const float value :
-         {std::nanf(""), kInfinity, -kInfinity, 1e30f, -1e30f, 1e-30f, -1.0f, 0.0f, 3e9f, 0.049f}) {
-      AdjustSettings settings = everything;
-      settings.*field = value;
-      run(settings);
-    }
-  for (const int scale : {INT_MIN, -1, 0, 2, INT_MAX}) {
-    AdjustSettings settings = everything;
-    settings.previewScale = scale;
-    run(settings);
-    settings.lumaEqRadius = settings.lumaDetailRadius = settings.satEqRadius = 1e30f;
-    run(settings);
-  }
-}
-
-// Bits of MXCSR apart from the flags of exceptions that have happened.
-unsigned floatState() { return _mm_getcsr() & ~0x3Fu; }
-
-TEST(AdjustDriver, hostKeepsItsFloatingPointStateAndDoesNotChangeTheResult) {
-  Picture plain(1, 2400, 30), odd(plain), inner(1, 40, 40);
-  plain.randomise(9, 255);
-  odd = plain;
-  AdjustSettings settings = kBrighter;
-  settings.sharpenAmount = 1.5f;
-  ASSERT_EQ(adjust(plain, settings), 1);
-
-  // Upward rounding, no flush-to-zero, and every exception a trap: one float operation of the
-  // library that runs under this state and is not exact ends the test.
-  const unsigned saved = _mm_getcsr();
-  const unsigned hostState = 0x4000;
-  unsigned seen = hostState;
-  Host host;
-  host.onReport = host.onMemory = [&] {
-    EXPECT_EQ(adjust(inner), 1) << "callbacks may call the library again";
-    seen = floatState() == hostState ? seen : floatState();
-  };
-  _mm_setcsr(hostState);
-  const int result = adjust(odd, settings, &host, true);
-  const unsigned after = floatState();
-  _mm_setcsr(saved);
-  EXPECT_EQ(result, 1);
-  EXPECT_EQ(seen, hostState) << "in the callbacks";
-  EXPECT_EQ(after, hostState);
-  EXPECT_GT(host.reports, 1);
-  EXPECT_EQ(host.asked, 4);
-  EXPECT_TRUE(plain.bytes == odd.bytes);
 }
 
 }  // namespace

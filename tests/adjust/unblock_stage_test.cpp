@@ -57,9 +57,7 @@ TEST(UnblockStage, worksOnBytesAndLeavesThemOnTheScaleOf255) {
   vxUnblock(0, bytes.data(), 3, 3 * kWidth, kWidth, kHeight, 66, 1, 1, 0);
   for (int y = 0; y < kHeight; ++y)
     for (int i = 0; i < 3 * kWidth; ++i)
-      ASSERT_EQ(
-          image.row(y)[i],
-          static_cast<float>(bytes[static_cast<std::size_t>(3 * kWidth * y + i)]) * 0.003921569f);
+      ASSERT_EQ(image.row(y)[i], static_cast<float>(bytes[3 * kWidth * y + i]) * 0.003921569f);
 }
 
 }  // namespace

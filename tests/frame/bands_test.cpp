@@ -14,8 +14,8 @@ namespace {
 using namespace vx;
 using namespace vx::test;
 
-// Every band is shared once and goes through every lane after that, from the top down, whoever is
-// late.
+// Every band is shared once and then goes through every lane, from the top down, whichever thread
+// is late.
 TEST(Bands, lanesFollowTheSharedBandsInOrder) {
   for (const int threads : {1, 2, 3, 7}) {
     const Threads team(threads);
@@ -32,13 +32,13 @@ TEST(Bands, lanesFollowTheSharedBandsInOrder) {
           [&](int y, int count, int slot) {
             dawdle(y);
             wrong += slot < 0 || slot >= threads;
-            for (int i = y; i < y + count; ++i) ++shared[static_cast<std::size_t>(i)];
+            for (int i = y; i < y + count; ++i) ++shared[i];
           },
           [&](int lane, int y, int count) {
-            int& expected = next[static_cast<std::size_t>(lane)];
+            int& expected = next[lane];
             wrong += y != expected || count > rows;
             dawdle(y + lane);
-            for (int i = y; i < y + count; ++i) wrong += shared[static_cast<std::size_t>(i)] != 1;
+            for (int i = y; i < y + count; ++i) wrong += shared[i] != 1;
             expected = y + count;
           });
       EXPECT_EQ(next, std::vector<int>(kLanes, height)) << height << " by " << rows;

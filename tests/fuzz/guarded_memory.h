@@ -116,9 +116,7 @@ class GuardedMemory {
   void* forbidden() const { return begin_ + size_; }
 
   /// What stood before the call at an address inside.
-  const std::uint8_t* before(const std::uint8_t* at) const {
-    return &before_[static_cast<std::size_t>(at - used_)];
-  }
+  const std::uint8_t* before(const std::uint8_t* at) const { return &before_[at - used_]; }
 
  private:
   void fill(ByteSource& source) {

@@ -161,29 +161,6 @@ TEST(Hostile, theLargestSizeIsOnlyReported) {
   EXPECT_EQ(statusOf(stream), kJpegInvalidProperties);
 }
 
-// Factors that are alike subsample nothing, whatever they are. All blocks of a grey picture have
-// the same bits, so that their order does not matter.
-TEST(Hostile, upsamplingIsRefusedWhereThereIsSome) {
-  Rgb picture(16, 8);
-  std::fill(picture.bytes.begin(), picture.bytes.end(), std::uint8_t{128});
-  for (const int sampling : {kJpeg444, kJpeg422, kJpeg420}) {
-    Stream stream = test::roomFor(picture);
-    test::Codec codec(picture, stream);
-    JpegProperties& p = codec.p;
-    p.streamColor = kJpegRgb;
-    p.streamSubsampling = sampling;
-    ASSERT_EQ(jpegWrite(&p, kJpegWriteImage), kJpegOk);
-    if (sampling == kJpeg444)
-      for (const int at : {7, 10, 13}) contents(stream, kSof)[at] = 0x21;
-    p.upsampling = 0;
-    EXPECT_EQ(jpegRead(&p, kJpegReadImage),
-              sampling == kJpeg444 ? kJpegOk : kJpegUnsupportedSubsampling);
-    p.upsampling = 1;
-    EXPECT_EQ(jpegRead(&p, kJpegReadImage), kJpegOk);
-    EXPECT_EQ(std::count(picture.bytes.begin(), picture.bytes.end(), 128), 3 * 16 * 8);
-  }
-}
-
 TEST(Hostile, recordsAreChecked) {
   EXPECT_EQ(jpegInit(nullptr), kJpegInvalidProperties);
   EXPECT_EQ(jpegFree(nullptr), kJpegInvalidProperties);

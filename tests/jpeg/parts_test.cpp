@@ -1,11 +1,14 @@
-// What encoder, decoder and round trip share, so that comparing them does not show it.
+// What encoder, decoder and round trip share, so that comparing them does not show it, and the
+// switches of their records.
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <numeric>
 
 #include "jpeg/samples.h"
 #include "jpeg/tables.h"
+#include "tests/jpeg/pictures.h"
 
 namespace {
 
@@ -41,6 +44,51 @@ TEST(ReduceRow, keepsTheMean) {
     }
     EXPECT_EQ(drift, 0) << samples;
   }
+}
+
+// Factors that are alike subsample nothing, whatever they are. All blocks of a grey picture have
+// the same bits, so that their order does not matter.
+TEST(Switches, upsamplingIsRefusedWhereThereIsSome) {
+  test::Rgb picture(16, 8);
+  std::fill(picture.bytes.begin(), picture.bytes.end(), std::uint8_t{128});
+  for (const int sampling : {kJpeg444, kJpeg422, kJpeg420}) {
+    auto stream = test::roomFor(picture);
+    test::Codec codec(picture, stream);
+    JpegProperties& p = codec.p;
+    p.streamColor = kJpegRgb;
+    p.streamSubsampling = sampling;
+    ASSERT_EQ(jpegWrite(&p, kJpegWriteImage), kJpegOk);
+    const std::uint8_t frame[] = {0xFF, 0xC0};
+    const auto at = std::search(stream.begin(), stream.end(), frame, frame + 2);
+    for (const int factors : {11, 14, 17})
+      if (sampling == kJpeg444) at[factors] = 0x21;
+    p.upsampling = 0;
+    EXPECT_EQ(jpegRead(&p, kJpegReadImage),
+              sampling == kJpeg444 ? kJpegOk : kJpegUnsupportedSubsampling);
+    p.upsampling = 1;
+    EXPECT_EQ(jpegRead(&p, kJpegReadImage), kJpegOk);
+    EXPECT_EQ(std::count(picture.bytes.begin(), picture.bytes.end(), 128), 3 * 16 * 8);
+  }
+}
+
+// Without the conversion of colours the samples of a stream are those of the image.
+TEST(Switches, colorConversionMayBeLeftOut) {
+  constexpr int kRgb[] = {200, 50, 90}, kYcc[] = {99, 123, 200};  // the same colour
+  for (const bool writer : {false, true})
+    for (const bool reader : {false, true}) {
+      test::Rgb picture(8, 8);
+      for (std::size_t i = 0; i < picture.bytes.size(); ++i)
+        picture.bytes[i] = static_cast<std::uint8_t>(writer ? kRgb[i % 3] : kYcc[i % 3]);
+      auto stream = test::roomFor(picture);
+      test::Codec codec(picture, stream);
+      codec.p.quality = 100;
+      codec.p.colorConversion = writer;
+      ASSERT_EQ(jpegWrite(&codec.p, kJpegWriteImage), kJpegOk);
+      codec.p.colorConversion = reader;
+      ASSERT_EQ(jpegRead(&codec.p, kJpegReadImage), kJpegOk);
+      for (int c = 0; c < 3; ++c)
+        EXPECT_NEAR(picture.bytes[c], reader ? kRgb[c] : kYcc[c], 2) << writer << reader << c;
+    }
 }
 
 }  // namespace

@@ -54,8 +54,7 @@ double expectBounds(Rgb& picture, int quality, int jpegMode) {
       const std::int64_t bytes =
           jpegEncodeScan(plan.coding, w + 8, h + 8, rows, nullptr, LLONG_MAX);
       longest = std::max(longest, bytes);
-      EXPECT_FALSE(bound.fits(levels[static_cast<std::size_t>(top)][static_cast<std::size_t>(left)],
-                              bytes - 1));
+      EXPECT_FALSE(bound.fits(levels[top][left], bytes - 1));
     }
   EXPECT_FALSE(bound.fits(map, longest - 1));
   double factor = 1;

@@ -148,7 +148,7 @@ TEST(Turbo, hasTheSameTablesForEveryQuality) {
     Rgb picture(8, 8);
     auto ours = vx::test::roomFor(picture);
     vx::test::Codec codec(picture, ours);
-    codec.p.quality = quality;
+    if (quality != 75) codec.p.quality = quality;  // which is the default
     ASSERT_EQ(vx::jpegWrite(&codec.p, vx::kJpegWriteImage), 0);
     const auto theirs = turboEncode(picture, TJSAMP_444, quality);
     for (const int marker : {0xDB, 0xC4})
