@@ -13,23 +13,6 @@
 namespace vx {
 namespace {
 
-// The picture in its place inside the larger image.
-class ShiftedRows final : public JpegRowSource {
- public:
-  ShiftedRows(const ImageBuffer<std::uint8_t, 3>& source, bool useYcc, int top, int left)
-      : source_(source), useYcc_(useYcc), top_(top), left_(left) {}
-
-  void read(int y, int length, std::int16_t* const rows[3]) const override {
-    jpegSampleRow(source_.row(std::clamp(y - top_, 0, source_.height - 1)), source_.width, useYcc_,
-                  left_, length, rows);
-  }
-
- private:
-  const ImageBuffer<std::uint8_t, 3>& source_;
-  bool useYcc_;
-  int top_, left_;
-};
-
 TripSums countLevels(const UnblockPlan& plan, std::deque<UnblockStrip>& strips) {
   constexpr int kBandRows = 128;
   const int first = -7, last = plan.height + 8;
@@ -51,6 +34,11 @@ TripSums countLevels(const UnblockPlan& plan, std::deque<UnblockStrip>& strips) 
 }
 
 }  // namespace
+
+void ShiftedRows::read(int y, int length, std::int16_t* const rows[3]) const {
+  jpegSampleRow(source_.row(std::clamp(y - top_, 0, source_.height - 1)), source_.width, useYcc_,
+                left_, length, rows);
+}
 
 void markFailingTrips(UnblockPlan& plan, const ImageBuffer<std::uint8_t, 3>& source,
                       std::deque<UnblockStrip>& strips) {

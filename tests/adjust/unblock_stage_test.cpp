@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <tuple>
 #include <vector>
 
 #include "vxicore26.h"
@@ -22,22 +23,15 @@ TEST(UnblockStage, strengthsBecomeQualities) {
 }
 
 TEST(UnblockStage, runsAboveItsThresholdAndAtFullSizeOnly) {
-  const auto touched = [](float strength, int previewScale) {
+  const std::tuple<float, int, bool> cases[] = {
+      {0.0199999f, 1, false}, {0.020001f, 1, true}, {0.5f, 2, false}, {0.5f, 0, false}};
+  for (const auto& [strength, previewScale, runs] : cases) {
     vx::IMG3<float> image(20, 16);
-    for (int y = 0; y < 16; ++y)
-      for (int i = 0; i < 60; ++i) image.row(y)[i] = static_cast<float>((i * y) % 250) / 256.0f;
+    for (int i = 0; i < 16 * 60; ++i) image.row(i / 60)[i % 60] = static_cast<float>(i % 250) / 256;
     const float before = image.row(5)[7];
-    AdjustSettings settings;
-    settings.unblockStrength = strength;
-    settings.previewScale = previewScale;
-    vx::removeBlockArtifacts(image, settings);
-    return image.row(5)[7] != before;
-  };
-  EXPECT_FALSE(touched(0.0f, 1));
-  EXPECT_FALSE(touched(0.0199999f, 1));
-  EXPECT_TRUE(touched(0.020001f, 1));
-  EXPECT_FALSE(touched(0.5f, 2));
-  EXPECT_FALSE(touched(0.5f, 0));
+    vx::removeBlockArtifacts(image, {.previewScale = previewScale, .unblockStrength = strength});
+    EXPECT_EQ(image.row(5)[7] != before, runs) << strength << ", 1 to " << previewScale;
+  }
 }
 
 // What it does is vxUnblock on bytes of value * 255, at half chroma width and every shift.

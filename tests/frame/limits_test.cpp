@@ -7,7 +7,6 @@
 
 #include <cstdio>
 #include <filesystem>
-#include <functional>
 #include <string>
 #include <vector>
 
@@ -62,7 +61,7 @@ std::size_t addressSpace() {
 
 // Runs in a process of its own: gives the call more and more address space until it is done.
 // Before that it must end by -1 or an exception, with the picture as it was. 0 when all was well.
-int growUntilDone(const std::function<bool(Picture&)>& call, int width, int height) {
+int growUntilDone(bool (*call)(Picture&), int width, int height) {
   mallopt(M_MMAP_THRESHOLD, 1 << 16);  // fixed: what is released goes back to the system
   Picture before(1, width, height), p(before);
   before.randomise(3, 255);
@@ -110,33 +109,27 @@ TEST(Limits, plansAreRefusedInAUsedUpAddressSpace) {
 TEST(Limits, callsSurviveAUsedUpAddressSpace) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   vx::attachProcess();
-  const auto isDone = testing::ExitedWithCode(0);
-  EXPECT_EXIT(
-      std::exit(growUntilDone(
-          [](Picture& p) {
-            return adjust(p, {.lumaEqAmount = 0.4f, .lumaEqRadius = 20.0f, .lumaGamma = 1.0f}) == 1;
-          },
-          2310, 400)),
-      isDone, "");
-  EXPECT_EXIT(
-      std::exit(growUntilDone(
-          [](Picture& p) { return adjust(p, {.lumaGamma = 1.0f, .unblockStrength = 0.4f}) == 1; },
-          700, 300)),
-      isDone, "");
-  EXPECT_EXIT(std::exit(growUntilDone(
-                  [](Picture& p) {
-                    return vxUnblock(0, p.bytes.data(), 3, p.step, p.width, p.height, 60, 1, 4,
-                                     0) == 4;
-                  },
-                  900, 500)),
-              isDone, "");
-  EXPECT_EXIT(std::exit(growUntilDone(
-                  [](Picture& p) {
-                    return vxYUVEdgeRGB(0, p.bytes.data(), p.step, p.width, p.height, 2, 0.01, 1, 1,
-                                        2, 1, 1, 1, 1, 1, 1, 0.02, 0) == 1;
-                  },
-                  700, 500)),
-              isDone, "");
+  const struct {
+    int width, height;
+    bool (*call)(Picture&);
+  } cases[] = {
+      {2310, 400,
+       [](Picture& p) {
+         return adjust(p, {.lumaEqAmount = 0.4f, .lumaEqRadius = 20.0f, .lumaGamma = 1.0f}) == 1;
+       }},
+      {700, 300,
+       [](Picture& p) { return adjust(p, {.lumaGamma = 1.0f, .unblockStrength = 0.4f}) == 1; }},
+      {900, 500,
+       [](Picture& p) {
+         return vxUnblock(0, p.bytes.data(), 3, p.step, p.width, p.height, 60, 1, 4, 0) == 4;
+       }},
+      {700, 500, [](Picture& p) {
+         return vxYUVEdgeRGB(0, p.bytes.data(), p.step, p.width, p.height, 2, 0.01, 1, 1, 2, 1, 1,
+                             1, 1, 1, 1, 0.02, 0) == 1;
+       }}};
+  for (const auto& c : cases)
+    EXPECT_EXIT(std::exit(growUntilDone(c.call, c.width, c.height)), testing::ExitedWithCode(0),
+                "");
 }
 
 }  // namespace

@@ -11,8 +11,7 @@
 #include <cstring>
 #include <numbers>
 
-#include "jpeg/samples.h"
-#include "lqlib/src/unblock_strip.h"
+#include "lqlib/src/failing_trips.h"
 #include "tests/jpeg/pictures.h"
 
 namespace {
@@ -20,19 +19,6 @@ namespace {
 using namespace vx;
 using test::Rgb;
 using test::Scene;
-
-struct Shifted final : JpegRowSource {
-  const ImageBuffer<std::uint8_t, 3>& source;
-  bool useYcc;
-  int top, left;
-
-  Shifted(const ImageBuffer<std::uint8_t, 3>& s, bool ycc, int t, int l)
-      : source(s), useYcc(ycc), top(t), left(l) {}
-  void read(int y, int length, std::int16_t* const rows[3]) const override {
-    jpegSampleRow(source.row(std::clamp(y - top, 0, source.height - 1)), source.width, useYcc, left,
-                  length, rows);
-  }
-};
 
 // Both bounds against the scans of some trips; returns how much above the longest the first one is.
 double expectBounds(Rgb& picture, int quality, int jpegMode) {
@@ -50,7 +36,7 @@ double expectBounds(Rgb& picture, int quality, int jpegMode) {
   std::int64_t longest = 0;
   for (int top = 0; top < 8; ++top)
     for (int left = 0; left < 8; ++left) {
-      const Shifted rows(source, plan.coding.useYcc, top, left);
+      const ShiftedRows rows(source, plan.coding.useYcc, top, left);
       const std::int64_t bytes =
           jpegEncodeScan(plan.coding, w + 8, h + 8, rows, nullptr, LLONG_MAX);
       longest = std::max(longest, bytes);
