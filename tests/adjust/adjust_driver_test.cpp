@@ -220,27 +220,28 @@ TEST(AdjustDriver, anyRowStepGivesTheSamePixels) {
 // Rows that overlap are read as they are and written in their order, whole row after whole row, by
 // whatever number of threads; nothing beyond the last row is touched.
 TEST(AdjustDriver, rowsThatOverlapAreWrittenInTheirOrder) {
-  constexpr int kHeight = 200;
+  const std::tuple<int, int, int> cases[] = {
+      {600, 200, 7}, {600, 200, 1201}, {30, 200, 1}, {2400, 9, 2000}, {30, 2304, 7}};
   for (const int format : kFormats)
-    for (const auto& [w, step] : {std::pair(600, 7), {600, 1201}, {30, 1}, {2400, 2000}}) {
+    for (const auto& [w, h, step] : cases) {
       const int rowBytes = w * vx::bytesPerPixel(format);
-      std::vector<std::uint8_t> memory(static_cast<std::size_t>((kHeight - 1) * step + rowBytes));
+      std::vector<std::uint8_t> memory(static_cast<std::size_t>((h - 1) * step + rowBytes));
       for (std::size_t i = 0; i < memory.size(); ++i)
         memory[i] = static_cast<std::uint8_t>(i * i / 61 % (deep(format) ? 100 : 230));
-      Picture p(format, w, kHeight);
-      for (int y = 0; y < kHeight; ++y)
+      Picture p(format, w, h);
+      for (int y = 0; y < h; ++y)
         std::memcpy(p.bytes.data() + y * p.step, memory.data() + y * step,
                     static_cast<std::size_t>(rowBytes));
       ASSERT_EQ(adjust(p, kBrighter), 1);
       std::vector<std::uint8_t> wanted = memory;
-      for (int y = 0; y < kHeight; ++y) {
+      for (int y = 0; y < h; ++y) {
         for (int i = 0; i < 3 * w; ++i) {
           const int at = static_cast<int>(p.at(i / 3, y, i % 3) - p.bytes.data());
           std::memcpy(wanted.data() + y * step + at % p.step, p.bytes.data() + at,
                       deep(format) ? 2 : 1);
         }
         // The cut of format 6 in one piece.
-        for (int i = 0; format == 6 && w < 2304 && i < 3 * w; ++i) {
+        for (int i = 0; format == 6 && w < 2304 && h < 2304 && i < 3 * w; ++i) {
           std::uint8_t* const word = wanted.data() + y * step + 2 * i;
           if (word[1] >= 128) word[0] = 0, word[1] = 128;
         }
@@ -248,9 +249,9 @@ TEST(AdjustDriver, rowsThatOverlapAreWrittenInTheirOrder) {
       for (const int threads : {1, 2, 7}) {
         const Threads team(threads);
         std::vector<std::uint8_t> bytes = memory;
-        EXPECT_EQ(adjust(bytes.data(), format, step, w, kHeight, kBrighter), 1);
-        EXPECT_TRUE(bytes == wanted)
-            << format << ", width " << w << ", step " << step << ", " << threads << " threads";
+        EXPECT_EQ(adjust(bytes.data(), format, step, w, h, kBrighter), 1);
+        EXPECT_TRUE(bytes == wanted) << format << ", " << w << "x" << h << ", step " << step << ", "
+                                     << threads << " threads";
       }
     }
 }
