@@ -14,18 +14,13 @@ struct Places {
   std::string file;
 };
 
-// Never destroyed: an exit handler of the host may still call the library.
-union Immortal {
-  std::unique_ptr<const Places> value;
-  constexpr Immortal() : value() {}
-  constexpr ~Immortal() {}
-};
-
 // All of it is initialised by the compiler, because the load notification may run before any
 // constructor of the library would.
 constinit std::mutex mutex;
 constinit int traceMask = 1;
-constinit Immortal places;  // null until the first setTrace
+// Null until the first setTrace. Never released: an exit handler of the host may still call the
+// library.
+constinit const Places* places = nullptr;
 constinit unsigned recordNumber = 0;
 
 constexpr const char* kFirstFolder = "/tmp/";
@@ -38,7 +33,7 @@ struct CloseFile {
 // Appends one record; the mutex is held. `format` takes the number and what follows.
 template <class... Values>
 int append(const char* format, Values... values) {
-  const char* path = places.value == nullptr ? kFirstFile : places.value->file.c_str();
+  const char* path = places == nullptr ? kFirstFile : places->file.c_str();
   const std::unique_ptr<std::FILE, CloseFile> file(std::fopen(path, "ae"));
   if (file == nullptr) return 0;
   std::fprintf(file.get(), format, static_cast<int>(recordNumber++), values...);
@@ -54,13 +49,14 @@ std::mutex& traceLock() noexcept { return mutex; }
 
 int setTrace(int mask, const char* folder) noexcept try {
   const std::lock_guard lock(mutex);
-  if (folder == nullptr)
-    folder = places.value == nullptr ? kFirstFolder : places.value->folder.c_str();
+  if (folder == nullptr) folder = places == nullptr ? kFirstFolder : places->folder.c_str();
   // A folder that ends in a slash keeps both.
-  places.value.reset(new Places{folder, std::string(folder) + "/vxtrace_log.txt"});
+  const Places* const next = new Places{folder, std::string(folder) + "/vxtrace_log.txt"};
+  delete places;
+  places = next;
   traceMask = mask;
   if ((mask & 1) == 0) return 0;
-  append(kTextRecord, "setTrace - traceFile: ", places.value->file.c_str());
+  append(kTextRecord, "setTrace - traceFile: ", places->file.c_str());
   return append(kNumberRecord, "setTrace - traceMask: ", mask);
 } catch (const std::bad_alloc&) {
   return 0;
