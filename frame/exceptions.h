@@ -4,8 +4,8 @@
 
 namespace vx {
 
-/// Base of what the library throws about itself; caught by reference, never constructed alone. A
-/// host, which has not this type, catches std::exception.
+/// Base of what the library throws about itself; caught by reference, never constructed alone.
+/// Hosts do not have this type: they catch std::exception.
 class BException : public std::exception {
  protected:
   BException() = default;
@@ -16,7 +16,7 @@ class BException : public std::exception {
   virtual void mark() const = 0;
 };
 
-/// Memory for an ImageBuffer could not be had. Thrown by value; nothing in the library catches it.
+/// Memory for an ImageBuffer could not be allocated. Thrown by value; nothing in the library catches it.
 class MemoryException final : public BException {
  public:
   const char* what() const noexcept override { return "vxicore26: out of memory"; }
