@@ -1,0 +1,28 @@
+// How much a picture deviates within its blocks: what an estimate of noise has to go by.
+#pragma once
+
+#include <vector>
+
+#include "hosts/auto/auto_picture.h"
+
+namespace vx::automatic {
+
+/// Deviations of the luma, 0 to 255, in whole blocks; rows of blocks one after the other. A picture
+/// below 16 pixels on an axis has none.
+struct BlockStatistics {
+  /// Blocks of 8 by 8: rms around a fitted plane (divided by 64 - 3, so that white noise gives its
+  /// sigma).
+  std::vector<float> plane8;
+  /// Blocks of 8 by 8: rms of the luma filtered by [1 -2 1; -2 4 -2; 1 -2 1] / 6, of which white
+  /// noise gives its sigma, too, and correlated noise less. The picture is mirrored at its edges.
+  std::vector<float> fine8;
+  /// Blocks of 16 by 16: as plane8.
+  std::vector<float> plane16;
+};
+
+/// In one pass over the picture. Blocks in which a quarter of the pixels is clipped do not count,
+/// as noise is cut off there; where fewer than 32 of 8 by 8 would remain, all count. Throws
+/// std::bad_alloc.
+BlockStatistics blockStatistics(const VxAutoPicture& picture);
+
+}  // namespace vx::automatic
