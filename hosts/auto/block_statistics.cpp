@@ -1,10 +1,11 @@
 #include "hosts/auto/block_statistics.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstddef>
 
-#include "hosts/auto/luma_rows.h"
+#include "hosts/auto/picture_rows.h"
 
 namespace vx::automatic {
 namespace {
@@ -16,14 +17,14 @@ constexpr std::size_t kFewest = 32;
 // of 16 columns, so that a flat block loses no digits to its brightness.
 struct Columns {
   explicit Columns(std::size_t width)
-      : sum(width), squares(width), byRow(width), fine(width), clipped(width) {}
+      : sum(width), squares(width), byRow(width), fine(width), colour(width), clipped(width) {}
 
   std::vector<float> sum, squares, byRow;  // of the luma; byRow: times the row, -3.5 to 3.5
-  std::vector<float> fine;                 // squares of the filtered luma
+  std::vector<float> fine, colour;         // squares of what filters leave of luma and colour
   std::vector<float> clipped;
 
   void clear() {
-    for (auto* column : {&sum, &squares, &byRow, &fine, &clipped})
+    for (auto* column : {&sum, &squares, &byRow, &fine, &colour, &clipped})
       std::fill(column->begin(), column->end(), 0.0F);
   }
 };
@@ -59,6 +60,35 @@ Moments stacked(const Moments& upper, const Moments& lower) {
           upper.byRow + lower.byRow + 4 * (lower.sum - upper.sum)};
 }
 
+// Squares of a row filtered by [1 -2 1] over [1 -2 1]. `second` is space for the row and a sample
+// on either side.
+void addFine(const std::vector<float>& above, const std::vector<float>& here,
+             const std::vector<float>& below, std::vector<float>& second,
+             std::vector<float>& squares) {
+  const std::size_t width = here.size();
+  for (std::size_t x = 0; x < width; ++x) second[x + 1] = above[x] - 2.0F * here[x] + below[x];
+  second[0] = second[2];
+  second[width + 1] = second[width - 1];
+  for (std::size_t x = 0; x < width; ++x) {
+    const float f = second[x] - 2.0F * second[x + 1] + second[x + 2];
+    squares[x] += f * f;
+  }
+}
+
+// `weight` times the squares of what the smoothing by [1 2 1] over [1 2 1] takes away.
+void addSmoothed(const std::vector<float>& above, const std::vector<float>& here,
+                 const std::vector<float>& below, float weight, std::vector<float>& smooth,
+                 std::vector<float>& squares) {
+  const std::size_t width = here.size();
+  for (std::size_t x = 0; x < width; ++x) smooth[x + 1] = above[x] + 2.0F * here[x] + below[x];
+  smooth[0] = smooth[2];
+  smooth[width + 1] = smooth[width - 1];
+  for (std::size_t x = 0; x < width; ++x) {
+    const float lost = here[x] - 0.0625F * (smooth[x] + 2.0F * smooth[x + 1] + smooth[x + 2]);
+    squares[x] += weight * lost * lost;
+  }
+}
+
 class Pass {
  public:
   explicit Pass(const VxAutoPicture& picture)
@@ -67,17 +97,13 @@ class Pass {
         upper_(width_),
         lower_(width_),
         level_(width_),
-        second_(width_ + 2) {
-    for (Line& line : lines_) {
-      line.luma.resize(width_);
-      line.clipped.resize(width_);
-    }
-  }
+        space_(width_ + 2),
+        window_{PictureRow(width_), PictureRow(width_), PictureRow(width_)} {}
 
   BlockStatistics run() {
     if (rows_.width() < kLarge || rows_.height() < kLarge) return {};
-    read(1, lines_[0]);  // mirrored at the top
-    read(0, lines_[1]);
+    rows_.read(-1, window_[0]);
+    rows_.read(0, window_[1]);
     for (int y = 0; y + kSmall <= rows_.height(); y += kSmall) {
       const bool even = y % kLarge == 0;
       if (even) takeLevels();
@@ -91,9 +117,9 @@ class Pass {
   }
 
  private:
-  // A block with how much of it is clipped.
+  // A block with whether too much of it is clipped.
   struct Small {
-    float plane, fine;
+    float plane, fine, colour;
     bool clipped;
   };
   struct Large {
@@ -101,58 +127,52 @@ class Pass {
     bool clipped;
   };
 
-  struct Line {
-    std::vector<float> luma, clipped;
-  };
-
-  void read(int y, Line& line) { rows_.read(y, line.luma.data(), line.clipped.data()); }
-
   void takeLevels() {
-    for (std::size_t x = 0; x < width_; ++x) level_[x] = lines_[1].luma[x / kLarge * kLarge];
+    for (std::size_t x = 0; x < width_; ++x) level_[x] = window_[1].luma[x / kLarge * kLarge];
   }
 
-  // lines_ holds the rows above and at y; the one below is read here.
+  // The window holds the rows above and at y; the one below is read here.
   void addRow(int y, float row, Columns& columns) {
-    read(y + 1 < rows_.height() ? y + 1 : rows_.height() - 2, lines_[2]);
-    const std::vector<float>&above = lines_[0].luma, &here = lines_[1].luma,
-          &below = lines_[2].luma, &clipped = lines_[1].clipped;
+    // Mean square of R, G and B for a unit of B - Y and of R - Y that goes, Y staying.
+    constexpr float kBlue = 0.345F, kRed = 0.419F;
+    rows_.read(y + 1, window_[2]);
+    const PictureRow &above = window_[0], &here = window_[1], &below = window_[2];
     for (std::size_t x = 0; x < width_; ++x) {
-      const float v = here[x] - level_[x];
-      columns.clipped[x] += clipped[x];
+      const float v = here.luma[x] - level_[x];
+      columns.clipped[x] += here.clipped[x];
       columns.sum[x] += v;
       columns.squares[x] += v * v;
       columns.byRow[x] += row * v;
-      second_[x + 1] = above[x] - 2.0F * here[x] + below[x];
     }
-    second_[0] = second_[2];
-    second_[width_ + 1] = second_[width_ - 1];
-    for (std::size_t x = 0; x < width_; ++x) {
-      const float f = second_[x] - 2.0F * second_[x + 1] + second_[x + 2];
-      columns.fine[x] += f * f;
-    }
-    std::swap(lines_[0], lines_[1]);
-    std::swap(lines_[1], lines_[2]);
+    addFine(above.luma, here.luma, below.luma, space_, columns.fine);
+    addSmoothed(above.blue, here.blue, below.blue, kBlue, space_, columns.colour);
+    addSmoothed(above.red, here.red, below.red, kRed, space_, columns.colour);
+    std::swap(window_[0], window_[1]);
+    std::swap(window_[1], window_[2]);
   }
 
   void takeSmallBlocks(const Columns& columns) {
+    constexpr float kPixels = kSmall * kSmall;
     for (std::size_t x = 0; x + kSmall <= width_; x += kSmall) {
-      float fine = 0, clipped = 0;
+      float fine = 0, colour = 0, clipped = 0;
       for (std::size_t i = x; i < x + kSmall; ++i) {
         fine += columns.fine[i];
+        colour += columns.colour[i];
         clipped += columns.clipped[i];
       }
-      const float rms = std::sqrt(fine / (36.0F * kSmall * kSmall));
-      small_.push_back({rmsAroundPlane(moments(columns, x, kSmall), kSmall), rms,
-                        clipped >= 0.25F * kSmall * kSmall});
+      small_.push_back({rmsAroundPlane(moments(columns, x, kSmall), kSmall),
+                        std::sqrt(fine / (36.0F * kPixels)), std::sqrt(colour / kPixels),
+                        clipped >= 0.25F * kPixels});
     }
   }
 
   void takeLargeBlocks() {
+    constexpr float kPixels = kLarge * kLarge;
     for (std::size_t x = 0; x + kLarge <= width_; x += kLarge) {
       float clipped = 0;
       for (std::size_t i = x; i < x + kLarge; ++i) clipped += upper_.clipped[i] + lower_.clipped[i];
       const Moments m = stacked(moments(upper_, x, kLarge), moments(lower_, x, kLarge));
-      large_.push_back({rmsAroundPlane(m, kLarge), clipped >= 0.25F * kLarge * kLarge});
+      large_.push_back({rmsAroundPlane(m, kLarge), clipped >= 0.25F * kPixels});
     }
   }
 
@@ -167,17 +187,18 @@ class Pass {
       if (all || !block.clipped) {
         result.plane8.push_back(block.plane);
         result.fine8.push_back(block.fine);
+        result.fineColour8.push_back(block.colour);
       }
     for (const Large& block : large_)
       if (all || !anyLarge || !block.clipped) result.plane16.push_back(block.plane);
     return result;
   }
 
-  LumaRows rows_;
+  PictureRows rows_;
   std::size_t width_;
   Columns upper_, lower_;
-  std::vector<float> level_, second_;
-  Line lines_[3];
+  std::vector<float> level_, space_;
+  std::array<PictureRow, 3> window_;
   std::vector<Small> small_;
   std::vector<Large> large_;
 };

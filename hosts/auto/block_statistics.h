@@ -18,6 +18,9 @@ struct BlockStatistics {
   std::vector<float> fine8;
   /// Blocks of 16 by 16: as plane8.
   std::vector<float> plane16;
+  /// Blocks of 8 by 8: what is lost of R, G and B (rms) where the colour is smoothed by [1 2 1] / 4
+  /// in both directions and the luma is kept.
+  std::vector<float> fineColour8;
 };
 
 /// In one pass over the picture. Blocks in which a quarter of the pixels is clipped do not count,
