@@ -67,13 +67,17 @@ def demosaicked(raw, red, green, blue, gradients):
                      np.where(blue, raw, np.where(red, cross, below))], -1)
 
 
+def first_steps(table):
+    """The first five AC steps in zigzag order, of a table in rows as Pillow gives it."""
+    return [table[i] for i in (1, 8, 16, 9, 2)]
+
+
 def jpeg(picture, quality, subsampling):
     """The picture as its JPEG file shows it, and the luma's first five AC steps in zigzag order."""
     stream = io.BytesIO()
     Image.fromarray(picture).save(stream, 'JPEG', quality=quality, subsampling=subsampling)
     image = Image.open(stream)
-    table = image.quantization[0]
-    return np.asarray(image.convert('RGB')), [table[i] for i in (1, 8, 16, 9, 2)]
+    return np.asarray(image.convert('RGB')), first_steps(image.quantization[0])
 
 
 def choose_camera(random, processed):

@@ -8,24 +8,22 @@ namespace {
 
 double logOf(double deviation) { return std::log(std::max(deviation, 0.15)); }
 
-std::array<double, kInputs> inputs(const NoiseFeatures& f) {
+}  // namespace
+
+NetworkValues networkValues(const NoiseFeatures& f) {
+  return {logOf(f.plane1), logOf(f.plane5), logOf(f.plane25),  logOf(f.fine1), logOf(f.fine25),
+          logOf(f.wide25), logOf(f.colour), logOf(f.colour10), f.steps / 10,   f.dead};
+}
+
+Advice advise(const Network& network, const NoiseFeatures& features) {
   // What lies beyond anything seen in training is taken for the utmost that was.
   constexpr double kUtmost = 2.5;
-  std::array<double, kInputs> x = {
-      logOf(f.plane1), logOf(f.plane5), logOf(f.plane25),  logOf(f.fine1), logOf(f.fine25),
-      logOf(f.wide25), logOf(f.colour), logOf(f.colour10), f.steps / 10,   f.dead};
+  NetworkValues x = networkValues(features);
   for (std::size_t i = 0; i < x.size(); ++i) {
     const auto mean = static_cast<double>(kNetworkInputs.mean[i]);
     x[i] = std::clamp((x[i] - mean) / static_cast<double>(kNetworkInputs.deviation[i]), -kUtmost,
                       kUtmost);
   }
-  return x;
-}
-
-}  // namespace
-
-Advice advise(const Network& network, const NoiseFeatures& features) {
-  const auto x = inputs(features);
   double outputs[2] = {static_cast<double>(network.biases[0]),
                        static_cast<double>(network.biases[1])};
   for (const Network::Unit& unit : network.units) {

@@ -183,6 +183,9 @@ class Pass {
     const bool anyLarge = std::any_of(large_.begin(), large_.end(),
                                       [](const Large& block) { return !block.clipped; });
     BlockStatistics result;
+    const auto dead = std::count_if(small_.begin(), small_.end(),
+                                    [](const Small& block) { return block.plane < kDeadBelow; });
+    result.dead = static_cast<double>(dead) / static_cast<double>(small_.size());
     for (const Small& block : small_)
       if (all || !block.clipped) {
         result.plane8.push_back(block.plane);

@@ -7,6 +7,9 @@
 
 namespace vx::automatic {
 
+/// A block that deviates less around its plane has hardly more than rounding in it: it is dead.
+constexpr float kDeadBelow = 0.35F;
+
 /// Deviations of the luma, 0 to 255, in whole blocks; rows of blocks one after the other. A picture
 /// below 16 pixels on an axis has none.
 struct BlockStatistics {
@@ -21,6 +24,8 @@ struct BlockStatistics {
   /// Blocks of 8 by 8: what is lost of R, G and B (rms) where the colour is smoothed by [1 2 1] / 4
   /// in both directions and the luma is kept.
   std::vector<float> fineColour8;
+  /// Share of dead blocks of 8 by 8 in the whole picture, clipped ones too.
+  double dead = 0;
 };
 
 /// In one pass over the picture. Blocks in which a quarter of the pixels is clipped do not count,

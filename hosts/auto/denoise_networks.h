@@ -13,7 +13,7 @@
 
 namespace vx::automatic {
 
-constexpr int kInputs = 10, kHidden = 18;
+constexpr int kInputs = 10, kHidden = 24;
 
 /// Inputs are the logarithms of the features (`steps` and `dead` as they are), less their mean, by
 /// their deviation, both over the training pictures.
@@ -36,6 +36,11 @@ struct Network {
 
 extern const NetworkInputs kNetworkInputs;
 extern const Network kNonLocalNetwork, kFastNetwork;
+
+using NetworkValues = std::array<double, kInputs>;
+
+/// The features as the networks take them, before mean and deviation.
+NetworkValues networkValues(const NoiseFeatures& features);
 
 struct Advice {
   double amount;  // levels of 255

@@ -26,35 +26,47 @@ double oddsOfTheExposure(const VxAutoEvidence& evidence, const VxAutoPicture& pi
   return odds;
 }
 
-float amount(const Network& network, const NoiseFeatures& features, double odds, double most) {
-  const Advice advice = advise(network, features);
+struct Limits {
+  // Amounts in relation to plane1. Below `least` there is next to nothing to gain, and the advice
+  // contradicts itself; that is fine texture.
+  double least;
+  double most;  // in levels of 255
+};
+constexpr Limits kNonLocalLimits = {0.15, 60}, kFastLimits = {1, 150};
+
+float amount(const Network& network, const NoiseFeatures& features, double odds, Limits limits) {
   constexpr double kSure = 1;  // a loss weighs more than a gain
-  if (!(advice.sure + odds > kSure)) return 0;
-  return static_cast<float>(std::min(advice.amount, most));
+  const Advice advice = advise(network, features);
+  if (!(advice.sure + odds > kSure && advice.amount > limits.least * features.plane1)) return 0;
+  return static_cast<float>(std::min(advice.amount, limits.most));
+}
+
+// Whether so much cannot be noise: coarser than any camera's, or stronger than what can be seen.
+bool impossible(const NoiseFeatures& features, double correlation) {
+  constexpr double kMostCorrelated = 12, kMostFine = 40;
+  return correlation > kMostCorrelated || features.fine1 > kMostFine;
 }
 
 VxAutoNoise estimateNoise(const VxAutoPicture& picture, const VxAutoEvidence& evidence) {
-  constexpr double kDrawing = 0.5;    // share of blocks with nothing but rounding
-  constexpr double kImpossible = 40;  // deviation from pixel to pixel in the flattest places
-  constexpr double kMostNonLocal = 60, kMostFast = 150;
+  constexpr double kDrawing = 0.6;  // share of dead blocks
   VxAutoNoise noise{};
   const BlockStatistics statistics = blockStatistics(picture);
   if (statistics.plane8.empty() || statistics.plane16.empty()) return noise;
-  const NoiseFeatures features = noiseFeatures(statistics, evidence);
-  if (features.dead > kDrawing) {
+  if (statistics.dead > kDrawing) {
     noise.seen = VX_AUTO_DRAWING;
     return noise;
   }
   noise.seen = VX_AUTO_CLEAN;
+  const NoiseFeatures features = noiseFeatures(statistics, evidence);
   const double correlation = features.plane1 / std::max(features.fine1, 0.15);
   // The lowest hundredth lies below the sigma, the more so where noise reaches over a block.
   const double correction = 1.22 + 0.22 * (std::clamp(correlation, 1.2, 5.0) - 1.2);
   noise.sigma = static_cast<float>(correction * features.plane1);
   noise.correlation = static_cast<float>(correlation);
-  if (features.fine1 > kImpossible) return noise;
+  if (impossible(features, correlation)) return noise;
   const double odds = oddsOfTheExposure(evidence, picture);
-  noise.nonLocal = amount(kNonLocalNetwork, features, odds, kMostNonLocal);
-  noise.fast = amount(kFastNetwork, features, odds, kMostFast);
+  noise.nonLocal = amount(kNonLocalNetwork, features, odds, kNonLocalLimits);
+  noise.fast = amount(kFastNetwork, features, odds, kFastLimits);
   if (noise.nonLocal > 0 || noise.fast > 0) noise.seen = VX_AUTO_NOISY;
   return noise;
 }

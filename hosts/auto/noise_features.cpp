@@ -35,11 +35,10 @@ double meanStep(const VxAutoEvidence& evidence) {
 }  // namespace
 
 NoiseFeatures noiseFeatures(const BlockStatistics& statistics, const VxAutoEvidence& evidence) {
-  constexpr float kDead = 0.35F;
   constexpr std::size_t kFewest = 8;
   std::vector<float> plane, fine;
   for (std::size_t i = 0; i < statistics.plane8.size(); ++i) {
-    if (statistics.plane8[i] < kDead) continue;
+    if (statistics.plane8[i] < kDeadBelow) continue;
     plane.push_back(statistics.plane8[i]);
     fine.push_back(statistics.fine8[i]);
   }

@@ -8,10 +8,10 @@
 
 namespace vx::automatic {
 
-/// Deviations are in levels of 255. Blocks with hardly more than rounding in them ("dead") are left
-/// out of the percentiles of plane8 and fine8.
+/// Deviations are in levels of 255. Dead blocks are left out of the percentiles of plane8 and
+/// fine8, clipped ones out of everything.
 struct NoiseFeatures {
-  double dead;                     // share of such blocks: large in drawings
+  double dead;                     // share of dead blocks
   double plane1, plane5, plane25;  // percentiles of plane8
   double fine1, fine25;            // of fine8
   double wide25;                   // of plane16
