@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <limits>
 
 #include "tests/auto/scenes.h"
 
@@ -83,6 +84,23 @@ TEST(AutoNoise, IsOffWhereThereIsNone) {
   }));
   EXPECT_EQ(texture.nonLocal, 0);
   EXPECT_EQ(texture.fast, 0);
+}
+
+// The weakest noise that is filtered, in steps of a quarter of a level.
+double weakestSeen(const VxAutoEvidence& evidence) {
+  for (int step = 1; step < 40; ++step)
+    if (noiseOf(Bytes(withNoise(photograph(192, 128), 0.25 * step), 255), evidence).nonLocal > 0)
+      return 0.25 * step;
+  return 10;
+}
+
+TEST(AutoNoise, BelievesTheExposureBesideThePixels) {
+  const double alone = weakestSeen({});
+  EXPECT_LT(weakestSeen({6400, 2, 0, {}}), alone);
+  EXPECT_GT(weakestSeen({100, 0.01, 0, {}}), alone);
+  EXPECT_EQ(weakestSeen({6400, 2, 12, {}}), alone) << "a picture that was reduced lost noise";
+  const double nan = std::numeric_limits<double>::quiet_NaN();
+  EXPECT_EQ(weakestSeen({nan, nan, nan, {}}), alone);
 }
 
 TEST(AutoNoise, AnswersForEverySize) {
