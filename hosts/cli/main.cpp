@@ -21,7 +21,7 @@ GLogWriterOutput dropLog(GLogLevelFlags, const GLogField*, gsize, gpointer) {
   return G_LOG_WRITER_HANDLED;
 }
 
-// --help-all has the groups of each command at the margin, as the command's own help has them.
+// Makes --help-all print the groups of each command at the margin, as the command's own help does.
 class HelpFormatter : public CLI::Formatter {
  public:
   std::string make_expanded(const CLI::App* command) const override {
@@ -31,17 +31,17 @@ class HelpFormatter : public CLI::Formatter {
 };
 
 void startLibraries(const char* program) {
-  // libvips' warnings would stand between our lines; what matters comes back as an error.
+  // libvips' warnings would be mixed with our lines; what matters comes back as an error.
   g_log_set_writer_func(dropLog, nullptr, nullptr);
   if (vips_init(program) != 0)
     throw FileError(std::string("libvips does not start: ") + vips_error_buffer());
-  // Every picture is read once.
+  // No picture is read twice.
   vips_cache_set_max(0);
   initialiseMetadata();
 }
 
 int usage(const std::string& reason) {
-  // CLI11's texts may have several lines.
+  // CLI11's messages may have several lines.
   std::string line = reason.substr(0, reason.find('\n'));
   std::fprintf(stderr, "vxicore: %s (--help shows the options)\n", line.c_str());
   return kExitUsage;

@@ -1,8 +1,8 @@
 // vxstrip [--noise SIGMA] [--part LEFT,TOP,WIDTH,HEIGHT[,ZOOM]] OUT BEFORE AFTER...: the same part
 // of each picture at 100 % or ZOOM times as large, side by side, as people see it (upright, in
 // sRGB); without --part the one with the most going on. OUT is PNG, or WebP by its extension.
-// --noise adds Gaussian noise of SIGMA steps of 255, the same in every run: photographs that are
-// free of conditions are free of noise, too.
+// --noise adds Gaussian noise of SIGMA steps of 255, the same in every run: the freely licensed
+// photographs at hand have none.
 #include <algorithm>
 #include <cmath>
 #include <cstdio>

@@ -116,7 +116,7 @@ TEST_F(Edge, PresetsBelongToTheirCommand) {
   for (const auto& [command, preset] : {std::pair<std::string, std::string>{"adjust", "mine.toml"},
                                         {"adjust", "soft-lens"},
                                         {"edge", "vivid"}}) {
-    runBadly(2, "made for vxicore " + std::string(command == "edge" ? "adjust" : "edge"),
+    runBadly(2, "made for " + std::string(command == "edge" ? "adjust" : "edge"),
              {command, "in.png", "-o", "wrong.png", "--preset", preset});
   }
 }

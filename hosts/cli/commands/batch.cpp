@@ -100,7 +100,7 @@ void runJob(const Job& job, const FileOptions& options, const Treatment& treatme
 
     progress.beginStep("writing");
     file = encodePicture(picture, job.format, outDepth, options.quality, progress);
-    // The pixels make room before metadata is put in, which needs further copies of the file.
+    // The pixels are freed first: adding metadata needs further copies of the file.
     picture.raster = Raster(1, 1, 8, 0);
     metadata.setSize(width, height);
     metadata.attach(file, job.format);

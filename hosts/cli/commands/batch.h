@@ -1,4 +1,4 @@
-// Runs the jobs of one command line, whatever is done to the pixels.
+// Runs the jobs of one command line: reads, processes and writes each picture.
 #pragma once
 
 #include <filesystem>
@@ -20,8 +20,8 @@ struct Treatment {
       apply;
 };
 
-/// Treats every picture; one that fails is told in one line on stderr and does not stop the others.
-/// Returns the exit code. Throws UsageError before anything has been written.
+/// Processes every picture; a failure is reported in one line on stderr and does not stop the
+/// others. Returns the exit code. Throws UsageError before anything has been written.
 int runBatch(const FileOptions& options, const Treatment& treatment);
 
 }  // namespace vx::cli

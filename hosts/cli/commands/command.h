@@ -37,8 +37,8 @@ class Command {
 
 inline constexpr const char* kNoMemory = "not enough memory to enhance a picture of this size";
 
-/// The result of a call of the library, which lets nothing out but a failed allocation; that
-/// becomes a FileError.
+/// Returns the result of a library call. The only exception that leaves the library is a failed
+/// allocation; it becomes a FileError.
 template <typename Call>
 int callLibrary(const Call& call) {
   try {

@@ -1,4 +1,4 @@
-// One picture after the other, whatever is done with it.
+// The loop over the pictures of a command line.
 #pragma once
 
 #include <filesystem>
@@ -13,8 +13,8 @@ namespace vx::cli {
 /// One line about a picture on stderr.
 void tell(Progress& progress, const std::filesystem::path& input, const std::string& text);
 
-/// Calls `work` with the index of each picture. A FileError or want of memory is told in one line
-/// and does not stop the others; Cancelled does. Returns the exit code.
+/// Calls `work` with the index of each picture. A FileError or lack of memory is reported in one
+/// line and does not stop the others; Cancelled does. Returns the exit code.
 int forEachPicture(const std::vector<std::filesystem::path>& inputs,
                    const std::function<void(std::size_t index, Progress& progress)>& work);
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "hosts/cli/commands/treating_command.h"
+#include "hosts/settings/edge_settings.h"
 
 namespace vx::cli {
 
@@ -13,18 +14,7 @@ class EdgeCommand final : public TreatingCommand {
   void treat(const std::filesystem::path& input, Picture& picture, Progress& progress) override;
   int libraryBytes() const override;
 
-  float baseGain_ = 1;
-  float rangeFloor_ = 0.01F;
-  float blurX_ = 0;
-  float blurY_ = 0;
-  float adaptiveGain_ = 0;
-  float chromaBlurX_ = 0;
-  float chromaBlurY_ = 0;
-  float chromaShiftX_ = 0;
-  float chromaShiftY_ = 0;
-  float alignX_ = 0;
-  float alignY_ = 0;
-  float alignThreshold_ = 0;
+  settings::EdgeValues values_;
 };
 
 }  // namespace vx::cli

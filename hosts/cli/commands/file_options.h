@@ -1,4 +1,4 @@
-// The options that subcommands share: which pictures, where to, in which form.
+// The options that subcommands share: input pictures, destination and format.
 #pragma once
 
 #include <CLI/CLI.hpp>

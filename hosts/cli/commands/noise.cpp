@@ -72,7 +72,7 @@ int NoiseCommand::run() {
     }
   });
   if (json_) {
-    // Also of an interrupted run: what was measured until then.
+    // An interrupted run prints what was measured until then.
     const std::string text = all.dump(2, ' ', false, Json::error_handler_t::replace);
     std::printf("%s\n", text.c_str());
   }

@@ -1,4 +1,4 @@
-// The subcommand "noise": tells the noise of pictures by vxDenoiseEstNoise.
+// The subcommand "noise": reports the noise of pictures.
 #pragma once
 
 #include "hosts/cli/commands/command.h"

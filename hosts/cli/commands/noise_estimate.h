@@ -5,16 +5,17 @@
 #include <string>
 
 #include "hosts/cli/pictures/picture.h"
+#include "hosts/settings/adjust_settings.h"
 #include "vxicore26.h"
 
 namespace vx::cli {
 
-enum class NoiseFilter { kFast, kNonLocal };  // the denoiseMode of vxAdjustRgb
+using settings::NoiseFilter;
 
 /// The estimate of vxDenoiseEstNoise. Throws FileError for want of memory.
 NoiseProfile estimateNoise(Raster& raster);
-/// The same of a file, at full size, of which no more is kept than the estimate looks at. Throws
-/// FileError, Cancelled.
+/// The same for a file at full size; only the part that the estimate looks at is kept in memory.
+/// Throws FileError, Cancelled.
 NoiseProfile estimateNoise(const std::filesystem::path& input, double maxMegapixels,
                            Progress& progress);
 
@@ -22,8 +23,8 @@ NoiseProfile estimateNoise(const std::filesystem::path& input, double maxMegapix
 /// reduced picture would not tell: reduced texture is finer and counts as noise.
 NoiseProfile reducedNoise(NoiseProfile profile, int scale);
 
-/// Whether the estimate is one: no deviation is larger than the scale of 1, but a picture without
-/// pixels of middle brightness, or below 4 pixels on an axis, is told to have more.
+/// Whether there is an estimate. The library reports a deviation above 1, which cannot occur, for
+/// pictures without pixels of middle brightness or with an axis below 4 pixels.
 bool noiseKnown(const NoiseProfile& profile);
 
 /// "luma 3.1, chroma 1.1 of 255 at a brightness of 0.43", or why nothing is known.

@@ -71,7 +71,7 @@ Job makeJob(const fs::path& input, const Target& target, const FileOptions& opti
     return job;
   }
   job.format = format ? *format : own.value_or(Format::kPng);
-  // The input's own spelling (.JPG, .jpeg) stays where it is right.
+  // The input's own spelling (.JPG, .jpeg) is kept where it fits the format.
   fs::path extension = input.extension();
   if (formatByExtension(input) != job.format) extension = traits(job.format).extension;
   const fs::path folder = options.output.empty() ? input.parent_path() : target.folder;

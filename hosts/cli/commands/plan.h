@@ -14,7 +14,7 @@ struct Job {
   std::filesystem::path input;
   std::filesystem::path output;
   Format format{};      // of the output
-  std::string refusal;  // why the input cannot be treated; empty: it seems that it can
+  std::string refusal;  // why the input cannot be processed; empty: no reason known yet
 };
 
 /// The pictures of the command line in the order given; folders are expanded (not into subfolders),

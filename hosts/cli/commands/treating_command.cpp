@@ -4,18 +4,36 @@
 #include <cstdio>
 #include <utility>
 
-#include "hosts/cli/commands/presets.h"
+#include "hosts/cli/pictures/output_file.h"
 
 namespace vx::cli {
+namespace {
+
+settings::PresetFolders presetFolders() {
+  std::error_code error;
+  const auto program = std::filesystem::read_symlink("/proc/self/exe", error);
+  return error ? settings::PresetFolders() : settings::presetFoldersBeside(program);
+}
+
+void write(const std::filesystem::path& path, const std::string& text, bool force) {
+  const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
+  try {
+    writeFile(path, {bytes, text.size()}, force);
+  } catch (const FileError& error) {
+    throw FileError(path.string() + ": " + error.what());
+  }
+}
+
+}  // namespace
 
 TreatingCommand::TreatingCommand(CLI::App& program, const std::string& name,
                                  const std::string& summary)
-    : Command(program, name, summary) {
+    : Command(program, name, summary), presetFolders_(presetFolders()) {
   addInputOptions(app(), files_);
   addOutputOptions(app(), files_);
   const char* group = "Presets";
   std::string shipped;
-  for (const std::string& preset : shippedPresets(name))
+  for (const std::string& preset : settings::shippedPresets(presetFolders_, name))
     shipped += (shipped.empty() ? ", or one of the shipped ones by name: " : ", ") + preset;
   app()
       .add_option("--preset", presets_,
@@ -32,33 +50,36 @@ TreatingCommand::TreatingCommand(CLI::App& program, const std::string& name,
       ->group(group);
 }
 
-void TreatingCommand::addSettings(std::vector<Setting> table) {
+void TreatingCommand::addSettings(std::vector<settings::BoundSetting> table) {
   table_ = std::move(table);
-  for (const Setting& setting : table_) {
-    std::string range = describeRange(setting);
+  for (const auto& [setting, value] : table_) {
+    std::string range = settings::describeRange(*setting);
     std::replace(range.begin(), range.end(), ' ', kNoBreak);
     app()
-        .add_option("--" + std::string(setting.name), typed_[setting.name],
-                    helpText(std::string(setting.help) + ' ' + range))
-        ->option_text(valueName(setting))
-        ->group(std::string(setting.group));
+        .add_option("--" + std::string(setting->name), typed_[setting->name],
+                    helpText(std::string(setting->help) + ' ' + range))
+        ->option_text(settings::valueName(*setting))
+        ->group(std::string(setting->group));
   }
 }
 
-void TreatingCommand::applySettings() {
-  for (const std::string& preset : presets_) applyPreset(preset, name(), table_);
-  for (const Setting& setting : table_) {
-    const std::string option = "--" + std::string(setting.name);
+void TreatingCommand::applySettings() try {
+  for (const std::string& preset : presets_)
+    settings::applyPreset(presetFolders_, preset, name(), table_);
+  for (const auto& [setting, value] : table_) {
+    const std::string option = "--" + std::string(setting->name);
     if (app().count(option) == 0) continue;
-    *setting.value = parseSetting(setting, typed_.at(setting.name), option);
+    *value = settings::parse(*setting, typed_.at(setting->name), option);
   }
+} catch (const settings::SettingError& error) {
+  throw UsageError(error.what());
 }
 
 int TreatingCommand::run() {
   applySettings();
   if (!savePreset_.empty()) {
     try {
-      savePreset(savePreset_, name(), table_, files_.force);
+      write(savePreset_, settings::presetText(name(), table_), files_.force);
     } catch (const FileError& error) {
       std::fprintf(stderr, "vxicore: %s\n", error.what());
       return kExitSomeFailed;
@@ -67,7 +88,7 @@ int TreatingCommand::run() {
   }
   return runBatch(files_,
                   {.verb = "enhancing",
-                   .settings = describe(table_),
+                   .settings = settings::describe(table_),
                    .libraryBytes = libraryBytes(),
                    .apply = [this](const std::filesystem::path& input, Picture& picture,
                                    Progress& progress) { treat(input, picture, progress); }});

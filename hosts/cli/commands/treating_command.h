@@ -8,12 +8,12 @@
 
 #include "hosts/cli/commands/batch.h"
 #include "hosts/cli/commands/command.h"
-#include "hosts/cli/commands/settings.h"
+#include "hosts/settings/presets.h"
 
 namespace vx::cli {
 
-/// A derived class holds the settings, hands their table to addSettings() in its constructor, and
-/// does the work in treat().
+/// A derived class holds the values, hands the table bound to them to addSettings() in its
+/// constructor, and does the work in treat().
 class TreatingCommand : public Command {
  public:
   int run() override;
@@ -22,7 +22,7 @@ class TreatingCommand : public Command {
   TreatingCommand(CLI::App& program, const std::string& name, const std::string& summary);
 
   void addPreviewOption() { cli::addPreviewOption(app(), files_); }
-  void addSettings(std::vector<Setting> table);
+  void addSettings(std::vector<settings::BoundSetting> table);
 
   int previewScale() const { return files_.previewScale; }
 
@@ -38,7 +38,8 @@ class TreatingCommand : public Command {
   FileOptions files_;
   std::vector<std::string> presets_;
   std::string savePreset_;
-  std::vector<Setting> table_;
+  settings::PresetFolders presetFolders_;
+  std::vector<settings::BoundSetting> table_;
   std::map<std::string_view, std::string> typed_;  // by the name of the setting
 };
 

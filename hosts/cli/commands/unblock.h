@@ -2,6 +2,7 @@
 #pragma once
 
 #include "hosts/cli/commands/treating_command.h"
+#include "hosts/settings/unblock_settings.h"
 
 namespace vx::cli {
 
@@ -13,10 +14,7 @@ class UnblockCommand final : public TreatingCommand {
   void treat(const std::filesystem::path& input, Picture& picture, Progress& progress) override;
   int libraryBytes() const override;
 
-  float quality_ = kAuto;
-  float chroma_ = 0;
-  float colours_ = 0;
-  float shiftStep_ = 1;
+  settings::UnblockValues values_;
 };
 
 }  // namespace vx::cli

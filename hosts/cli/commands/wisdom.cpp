@@ -17,7 +17,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// As the XDG base directory rules want it: a relative path is ignored.
+// The XDG base directory rules require that a relative path is ignored.
 fs::path cacheFile() {
   const auto absolute = [](const char* name) {
     const char* value = std::getenv(name);
@@ -69,7 +69,7 @@ void Wisdom::keep() const {
     fs::create_directories(file_.parent_path());
     writeFile(file_, {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()}, true);
   } catch (const std::exception&) {
-    // Pictures were written; the cache is nothing that they depend on.
+    // The pictures are written; nothing depends on the cache.
   }
 }
 

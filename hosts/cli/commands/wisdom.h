@@ -8,8 +8,8 @@
 namespace vx::cli {
 
 /// FFTW's "wisdom" belongs to the process, and the library's plans are in it. A missing, foreign or
-/// damaged file counts as none; where it cannot be written the next run plans again. No two calls
-/// at once, and none while the library plans.
+/// damaged file counts as none; if it cannot be written, the next run plans again. Calls must not
+/// overlap with each other or with planning in the library.
 class Wisdom {
  public:
   /// Takes in what the file holds.

@@ -31,11 +31,11 @@ void installSignalHandlers() {
   sigemptyset(&action.sa_mask);
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
     struct sigaction inherited {};
-    // nohup and background shells start us with these ignored; that wish stays.
+    // nohup and background shells start us with these ignored, and that is respected.
     if (sigaction(signal, nullptr, &inherited) == 0 && inherited.sa_handler == SIG_IGN) continue;
     sigaction(signal, &action, nullptr);
   }
-  // A file size limit is then an error of write(), like a full disk.
+  // With SIGXFSZ ignored, a file size limit makes write() fail, as a full disk does.
   signal(SIGXFSZ, SIG_IGN);
 }
 

@@ -1,5 +1,5 @@
 // Leaving on SIGINT, SIGTERM or SIGHUP: the first asks the work to stop at its next callback, the
-// second leaves at once. Neither leaves a file that is not finished.
+// second leaves at once. Neither leaves an unfinished file behind.
 #pragma once
 
 namespace vx::cli {
@@ -8,8 +8,8 @@ void installSignalHandlers();
 bool cancelRequested() noexcept;
 void throwIfCancelled();
 
-/// The part file that a second signal has to remove; null when there is none. The text has to stay
-/// until it is replaced by null.
+/// The unfinished file that a second signal has to remove; null when there is none. The text must
+/// stay valid until null is set.
 void setPartFile(const char* path) noexcept;
 
 }  // namespace vx::cli

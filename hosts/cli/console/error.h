@@ -1,5 +1,5 @@
-// What can go wrong with one file, with the command line, or by the user's wish. The texts are
-// complete reasons for people and fit one line.
+// Errors of one file, errors of the command line, and cancelling. Each text is a complete reason,
+// written for people, on one line.
 #pragma once
 
 #include <stdexcept>

@@ -1,4 +1,4 @@
-// One line on the terminal that is written over while a picture is on its way.
+// A progress line on the terminal, overwritten while a picture is processed.
 #pragma once
 
 #include <chrono>
@@ -15,11 +15,11 @@ class Progress {
   Progress& operator=(const Progress&) = delete;
 
   void beginPicture(std::string name);
-  /// `step` says what is being done, as "reading". Shown at once.
+  /// `step` says what is being done, such as "reading". Shown at once.
   void beginStep(std::string step);
   /// Shown at most five times a second.
   void update(int percent);
-  /// Wipes the line, so that a message can take its place.
+  /// Erases the line, so that a message can take its place.
   void clear();
 
  private:

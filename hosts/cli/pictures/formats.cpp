@@ -15,8 +15,8 @@
 namespace vx::cli {
 namespace {
 
-// The axis limits are those of the file formats; the one of PNG and TIFF is ours, below the size
-// where tiles placed in single precision could leave gaps.
+// The axis limits of JPEG and WebP come from the formats. The one of PNG and TIFF is ours: above
+// it, tiles placed in single precision could leave gaps.
 constexpr std::array<FormatTraits, 4> kFormats{{
     {Format::kJpeg, "jpeg", ".jpg", 8, false, 65535},
     {Format::kPng, "png", ".png", 16, true, 300000},

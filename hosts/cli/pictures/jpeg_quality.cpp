@@ -26,7 +26,7 @@ int scaledStep(int step, int quality) {
   return std::clamp((step * percent + 50) / 100, 1, 255);
 }
 
-// By the logarithm: a step is as far off at half its size as at the double.
+// Logarithmic: half a step is as far off as twice the step.
 double distance(const Table& table, int quality) {
   double sum = 0;
   for (std::size_t i = 0; i < table.size(); ++i) {
@@ -63,7 +63,7 @@ void onMessage(j_common_ptr, int) {}
 // Whether the table of the first component is there and whole.
 bool takeTable(const jpeg_decompress_struct& decoder, Table& luma) {
   if (decoder.num_components < 1) return false;
-  // The library looks at this number only where it decodes.
+  // libjpeg checks this number only when it decodes.
   const int number = decoder.comp_info[0].quant_tbl_no;
   if (number < 0 || number >= NUM_QUANT_TBLS) return false;
   const JQUANT_TBL* table = decoder.quant_tbl_ptrs[number];

@@ -42,7 +42,7 @@ bool isStructure(const Exiv2::Exifdatum& datum) {
          std::find(kTags.begin(), kTags.end(), datum.tag()) != kTags.end();
 }
 
-// Also drops what stands there twice: PNG files of some programs carry EXIF in two chunks.
+// Also drops duplicates: PNG files of some programs carry EXIF in two chunks.
 void dropStructure(Exiv2::ExifData& exif) {
   std::set<std::string> seen;
   for (auto datum = exif.begin(); datum != exif.end();) {
@@ -79,7 +79,7 @@ void replaceInt(Exiv2::XmpData& xmp, const char* key, int value) {
 }
 
 bool isMakerNote(const Exiv2::Exifdatum& datum) {
-  // Groups of makers are all that are not of the standard.
+  // Every group outside the standard belongs to a maker note.
   static constexpr std::array<std::string_view, 6> kStandard{"Image", "Photo",     "GPSInfo",
                                                              "Iop",   "Thumbnail", "MakerNote"};
   return std::find(kStandard.begin(), kStandard.end(), datum.groupName()) == kStandard.end();
@@ -192,8 +192,8 @@ void Metadata::attachByExiv2(std::vector<std::uint8_t>& file, Format format,
   const auto image = openImage(file);
   image->readMetadata();
   if (format != Format::kTiff && !image->exifData().empty()) {
-    // libvips makes a little EXIF of its own, whose byte order Exiv2 would go on with; a maker note
-    // that Exiv2 cannot read is copied as it is and has to keep its order.
+    // libvips writes a small EXIF block of its own, and Exiv2 would keep its byte order. A maker
+    // note that Exiv2 cannot read is copied as it is and must keep the order it came in.
     image->clearExifData();
     image->writeMetadata();
     image->readMetadata();

@@ -13,7 +13,7 @@
 namespace vx::cli {
 
 /// Once per process, before the first Metadata. Silences Exiv2: damaged maker notes are common,
-/// they are copied as they are, and the remarks about them help nobody.
+/// they are copied as they are, and warnings about them would not help the user.
 void initialiseMetadata();
 
 class Metadata {
@@ -24,7 +24,8 @@ class Metadata {
   Metadata(const Metadata&) = delete;
   Metadata& operator=(const Metadata&) = delete;
 
-  /// Makes every mention of the picture's size true. Orientation stays: the pixels were not turned.
+  /// Updates every tag that states the picture's size. Orientation stays: the pixels were not
+  /// turned.
   void setSize(int width, int height);
 
   /// Puts all of it into `file`, an encoded picture of `format`. What the format cannot hold is

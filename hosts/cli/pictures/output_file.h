@@ -9,8 +9,8 @@
 namespace vx::cli {
 
 /// Throws FileError when `target` must not be written: it exists and `force` is not given, it is
-/// not a regular file, or its folder is missing. Asked before the work, so that it is not done in
-/// vain.
+/// not a regular file, or its folder is missing. Called before the work starts, so that
+/// none is wasted.
 void checkWritable(const std::filesystem::path& target, bool force);
 
 /// Puts `bytes` in `target` (through a symbolic link, if it is one). An existing file is replaced

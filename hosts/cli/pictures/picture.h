@@ -27,14 +27,14 @@ struct Picture {
   std::vector<std::string> notes;  // what was converted on the way in, one line each
 };
 
-/// What the output asks of the reading.
+/// What the output requires of the reader.
 struct ReadOptions {
   Format output;
   int depth = 0;  // of the output: 8, 16, or 0 for the input's as far as the output format goes
   int previewScale = 1;
   double maxMegapixels = 500;
   int libraryBytes = 0;  // per pixel, that the library will take beside the raster
-  // Of an axis of more pixels only that many, of its centre, are kept, though all are read; 0: all.
+  // Longer axes are cut to this many pixels around their centre, though all are read; 0: no limit.
   int centre = 0;
 };
 

@@ -14,7 +14,7 @@ constexpr unsigned scale(unsigned value, unsigned numerator, unsigned denominato
   return (value * numerator + denominator / 2) / denominator;
 }
 
-// A file's sample to the library's and back, by the depths of both.
+// Conversion of a sample between the depths of the file and of the library.
 template <int fileDepth, int libraryDepth>
 constexpr unsigned toLibrary(unsigned value) {
   if constexpr (libraryDepth == 8) {

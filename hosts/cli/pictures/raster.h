@@ -1,6 +1,5 @@
 // The pixels of one picture in the layout that the library treats: interleaved RGB, 8 or 16 bits,
-// both sizes even. Alpha waits beside it, in the samples of its file, and is never part of the
-// work.
+// both sizes even. Alpha is kept beside it, in the samples of its file, and is never changed.
 #pragma once
 
 #include <cstddef>

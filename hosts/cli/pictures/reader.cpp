@@ -16,7 +16,7 @@ namespace {
 
 using vips::VImage;
 
-// A damaged or truncated file is refused rather than filled up with grey.
+// A damaged or truncated file is refused; by default libvips would fill the gap with grey.
 VImage load(const std::filesystem::path& path, Format format, int jpegShrink) {
   vips::VOption* options =
       VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL)->set("fail_on", VIPS_FAIL_ON_ERROR);
@@ -187,8 +187,8 @@ Picture read(const std::filesystem::path& path, const ReadOptions& options, Prog
   const Format format = formatByContent(path);
   const int scale = options.previewScale;
   VImage image = load(path, format, 1);
-  // The JPEG decoder reduces for little, but drops blocks that are not whole: where it is exact
-  // only.
+  // Reducing in the JPEG decoder is nearly free, but it drops incomplete blocks: use it only where
+  // the result is exact.
   const bool inDecoder = format == Format::kJpeg && (scale == 2 || scale == 4 || scale == 8) &&
                          image.width() % scale == 0 && image.height() % scale == 0;
   if (inDecoder) image = load(path, format, scale);

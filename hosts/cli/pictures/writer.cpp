@@ -37,8 +37,8 @@ void showPercent(VipsImage*, VipsProgress* state, Progress* progress) {
   progress->update(state->percent);
 }
 
-// An image whose pixels are made from the raster as they are asked for: no second copy in the depth
-// of the file.
+// An image that converts rows of the raster on demand, so that no second copy in the depth of the
+// file is held.
 VImage describe(Source& source) {
   const Picture& picture = source.picture;
   const bool deep = source.depth == 16;

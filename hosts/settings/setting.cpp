@@ -1,12 +1,10 @@
-#include "hosts/cli/commands/settings.h"
+#include "hosts/settings/setting.h"
 
 #include <array>
 #include <charconv>
 #include <cmath>
 
-#include "hosts/cli/console/error.h"
-
-namespace vx::cli {
+namespace vx::settings {
 namespace {
 
 bool takesNumbers(const Setting& setting) { return setting.low <= setting.high; }
@@ -23,13 +21,13 @@ std::string listWords(const Setting& setting, const std::string& last) {
   return text;
 }
 
-}  // namespace
-
 std::string formatNumber(float value) {
   std::array<char, 32> text{};
   const auto result = std::to_chars(text.data(), text.data() + text.size(), value);
   return {text.data(), result.ptr};
 }
+
+}  // namespace
 
 std::string_view wordFor(const Setting& setting, float value) {
   for (const Word& word : setting.words) {
@@ -38,7 +36,7 @@ std::string_view wordFor(const Setting& setting, float value) {
   return {};
 }
 
-std::string formatValue(const Setting& setting, float value) {
+std::string format(const Setting& setting, float value) {
   const std::string_view word = wordFor(setting, value);
   return word.empty() ? formatNumber(value) : std::string(word);
 }
@@ -50,7 +48,7 @@ std::string valueName(const Setting& setting) {
   return name + (setting.whole ? "N" : "X");
 }
 
-float parseSetting(const Setting& setting, std::string_view text, const std::string& where) {
+float parse(const Setting& setting, std::string_view text, const std::string& where) {
   for (const Word& word : setting.words) {
     if (word.name == text) return word.value;
   }
@@ -59,15 +57,15 @@ float parseSetting(const Setting& setting, std::string_view text, const std::str
   const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
   const bool number = result.ec == std::errc() && result.ptr == text.data() + text.size();
   if (!number || !std::isfinite(value) || !takesNumbers(setting)) {
-    throw UsageError(where + ": '" + std::string(text) + "' is not " +
-                     listWords(setting, takesNumbers(setting) ? "a number" : ""));
+    throw SettingError(where + ": '" + std::string(text) + "' is not " +
+                       listWords(setting, takesNumbers(setting) ? "a number" : ""));
   }
   if (value < setting.low || value > setting.high) {
-    throw UsageError(where + ": " + std::string(text) + " is not in the range " +
-                     formatNumber(setting.low) + " to " + formatNumber(setting.high));
+    throw SettingError(where + ": " + std::string(text) + " is not in the range " +
+                       formatNumber(setting.low) + " to " + formatNumber(setting.high));
   }
   if (setting.whole && value != std::trunc(value)) {
-    throw UsageError(where + ": " + std::string(text) + " is not a whole number");
+    throw SettingError(where + ": " + std::string(text) + " is not a whole number");
   }
   return value;
 }
@@ -78,18 +76,17 @@ std::string describeRange(const Setting& setting) {
     numbers = formatNumber(setting.low) + " to " + formatNumber(setting.high);
     if (setting.whole) numbers += ", whole";
   }
-  return "[" + listWords(setting, numbers) + ", default " + formatValue(setting, setting.neutral) +
-         "]";
+  return "[" + listWords(setting, numbers) + ", default " + format(setting, setting.neutral) + "]";
 }
 
-std::string describe(SettingTable table) {
+std::string describe(BoundTable table) {
   std::string text;
-  for (const Setting& setting : table) {
-    if (*setting.value == setting.neutral) continue;
+  for (const auto& [setting, value] : table) {
+    if (*value == setting->neutral) continue;
     if (!text.empty()) text += ", ";
-    text += std::string(setting.name) + ' ' + formatValue(setting, *setting.value);
+    text += std::string(setting->name) + ' ' + format(*setting, *value);
   }
   return text.empty() ? "defaults" : text;
 }
 
-}  // namespace vx::cli
+}  // namespace vx::settings

@@ -1,0 +1,97 @@
+#include "hosts/settings/adjust_settings.h"
+
+namespace vx::settings {
+namespace {
+
+constexpr std::string_view kBlocks = "Block artifacts of JPEG";
+constexpr std::string_view kNoise = "Noise";
+constexpr std::string_view kEq = "Local contrast of lightness (histogram equalisation by place)";
+constexpr std::string_view kTone = "Brightness";
+constexpr std::string_view kDetail = "Fine detail of lightness (against an edge-preserving base)";
+constexpr std::string_view kSharp = "Sharpness";
+constexpr std::string_view kColour = "Colour";
+
+constexpr Word kFilters[] = {{"fast", static_cast<float>(NoiseFilter::kFast)},
+                             {"nonlocal", static_cast<float>(NoiseFilter::kNonLocal)}};
+
+// Ranges end where the formulas stop making pictures: a gamma of 4.5 is an exponent of 0, a top
+// cut or floor of 1 leaves no output range. Radii of less than 6 pixels (after the preview
+// reduction) count as 6 in the library.
+constexpr auto kFields = withNeutral(std::to_array<Field<AdjustValues>>({
+    {{"unblock", 0, 1, kBlocks,
+      "Strength: JPEG quality 100 - 85 x of round trips at shifted block grids. auto takes the "
+      "quality from the quantisation tables of the file, tells it, and leaves pictures alone that "
+      "were coded above 86 or are no JPEG. Works on 8 bits, and at full size only (not in "
+      "previews). 0 is off",
+      false, kAutoWord},
+     &AdjustValues::unblock},
+    {{"denoise", 0, 1.5F, kNoise,
+      "Strength of the filter, in relation to the noise that is estimated in each picture. auto "
+      "chooses it by the estimate (20 times the noise on a scale of 1, at most 0.8; nonlocal: "
+      "0.25 and 15 times the noise, at most 0.6; none for a noise below one step of 255) and "
+      "tells it. 0 is off",
+      false, kAutoWord},
+     &AdjustValues::denoise},
+    {{"denoise-mode", 1, 0, kNoise,
+      "fast smooths beside edges; nonlocal compares places of the picture, keeps more and takes "
+      "far longer",
+      false, kFilters},
+     &AdjustValues::denoiseMode},
+    {{"grain", 0, 1, kNoise,
+      "Share of the removed noise that comes back at the end, against a plastic look; up to 0.01 "
+      "is off"},
+     &AdjustValues::grain},
+    {{"luma-eq-amount", 0, 1, kEq,
+      "Strength: at 0.3 five sixths of the way to full equalisation with a low limit on contrast; "
+      "higher values raise the limit. 0 is off"},
+     &AdjustValues::lumaEqAmount},
+    {{"luma-eq-radius", 0, 4096, kEq,
+      "Size of a place, in pixels of the full picture; below 6 counts as 6. Usual: 60 to 300"},
+     &AdjustValues::lumaEqRadius},
+    {{"luma-eq-peak-gain", -10, 10, kEq,
+      "Above 0 gives more contrast to the middle tones, below 0 to shadows and lights"},
+     &AdjustValues::lumaEqPeakGain},
+    {{"luma-eq-top-cut", 0, 0.95F, kEq,
+      "Share of the output range that is cut off at the top: darkens the lights"},
+     &AdjustValues::lumaEqTopCut},
+    {{"luma-eq-floor", 0, 0.95F, kEq, "Lightness that black becomes: lifts the shadows"},
+     &AdjustValues::lumaEqFloor},
+    {{"luma-gamma", -4, 4, kTone,
+      "Above 0 lightens (exponent 1 - g/4.5), below 0 darkens (exponent 1 - g); with fine detail "
+      "on, acts on the base alone. 0 is off"},
+     &AdjustValues::lumaGamma},
+    {{"luma-detail-range", 0, 1, kDetail,
+      "Height of a lightness step that counts as an edge and stays in the base; 0 turns this "
+      "group off. Usual: 0.05 to 0.3"},
+     &AdjustValues::lumaDetailRange},
+    {{"luma-detail-radius", 0, 4096, kDetail,
+      "Size of what counts as detail, in pixels of the full picture; below 6 counts as 6"},
+     &AdjustValues::lumaDetailRadius},
+    {{"luma-detail-gain", 0, 10, kDetail,
+      "Gain of the detail: above 1 brings it out, below 1 smooths. 1 is neutral"},
+     &AdjustValues::lumaDetailGain},
+    {{"luma-detail-gamma", 0.1F, 4, kDetail,
+      "Below 1 lifts weak detail towards the strongest, above 1 suppresses it. 1 is neutral"},
+     &AdjustValues::lumaDetailGamma},
+    {{"sharpen-amount", 0, 10, kSharp, "Above 1 sharpens, below 1 softens. 1 is neutral"},
+     &AdjustValues::sharpenAmount},
+    {{"sat-eq-amount", 0, 1, kColour,
+      "Strength of the equalisation of saturation by place. 0 is off"},
+     &AdjustValues::satEqAmount},
+    {{"sat-eq-radius", 0, 4096, kColour,
+      "Size of a place for it, in pixels of the full picture; below 6 counts as 6"},
+     &AdjustValues::satEqRadius},
+    {{"sat-contrast", 0, 4, kColour, "Gain of the saturation: 0 gives grey. 1 is neutral"},
+     &AdjustValues::satContrast},
+    {{"sat-gamma", 0.1F, 4, kColour,
+      "Below 1 lifts pale colours towards the strongest, above 1 mutes them. 1 is neutral"},
+     &AdjustValues::satGamma},
+    {{"hue-shift", -1, 1, kColour, "Rotation of all hues, in turns. 0 is off"},
+     &AdjustValues::hueShift},
+}));
+
+}  // namespace
+
+std::span<const Field<AdjustValues>> adjustSettings() { return kFields; }
+
+}  // namespace vx::settings
