@@ -2,7 +2,7 @@
 # libvxicore26-1 with the library, libvxicore26-dev for programs that are built against it, vxicore.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_VENDOR vxicore26)
-set(CPACK_PACKAGE_CONTACT "vxicore26 maintainers <maintainers@users.noreply.c-seed-06a9402c.example>")
+set(CPACK_PACKAGE_CONTACT "vxicore26 maintainers <maintainers@vxicore26.invalid>")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")  # each package has a first line of its own
 set(CPACK_PACKAGE_DIRECTORY ${PROJECT_BINARY_DIR}/packages)
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
