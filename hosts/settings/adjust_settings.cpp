@@ -21,8 +21,7 @@ constexpr auto kFields = withNeutral(std::to_array<Field<AdjustValues>>({
     {{"unblock", 0, 1, kBlocks,
       "Strength: JPEG quality 100 - 85 x of round trips at shifted block grids. auto takes the "
       "quality from the quantisation tables of the file, tells it, and leaves pictures alone that "
-      "were coded above 86 or are no JPEG. Works on 8 bits, and at full size only (not in "
-      "previews). 0 is off",
+      "were coded above 86 or are no JPEG. At full size only, not in previews. 0 is off",
       false, kAutoWord},
      &AdjustValues::unblock},
     {{"denoise", 0, 1.5F, kNoise,

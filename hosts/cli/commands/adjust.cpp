@@ -4,8 +4,8 @@
 #include <array>
 #include <cstdio>
 
+#include "hosts/cli/commands/block_removal.h"
 #include "hosts/cli/console/cancel.h"
-#include "hosts/cli/pictures/jpeg_quality.h"
 #include "vxicore26.h"
 
 namespace vx::cli {
@@ -37,13 +37,11 @@ int AdjustCommand::run() {
   return code;
 }
 
-float AdjustCommand::unblockStrength(const std::filesystem::path& input,
-                                     std::vector<std::string>& notes) const {
-  if (values_.unblock != settings::kAuto || previewScale() != 1)
-    return std::max(values_.unblock, 0.0F);
-  const auto quality = fittingTripQuality(input, notes);
-  // The library truncates 100 - 85 * strength: aim at the middle between two qualities.
-  return quality ? (99.5F - static_cast<float>(*quality)) / 85 : 0;
+int AdjustCommand::tripQuality(const std::filesystem::path& input,
+                               std::vector<std::string>& notes) const {
+  if (previewScale() != 1 || values_.unblock == 0) return 0;
+  if (values_.unblock == settings::kAuto) return fittingTripQuality(input, notes);
+  return std::clamp(static_cast<int>(100 - 85 * values_.unblock), 1, 99);
 }
 
 float AdjustCommand::denoiseStrength(const NoiseProfile& profile,
@@ -59,7 +57,7 @@ float AdjustCommand::denoiseStrength(const NoiseProfile& profile,
 void AdjustCommand::treat(const std::filesystem::path& input, Picture& picture,
                           Progress& progress) {
   Raster& raster = picture.raster;
-  const float unblock = unblockStrength(input, picture.notes);
+  const int trips = tripQuality(input, picture.notes);
   NoiseProfile profile{};
   float denoise = 0;
   if (values_.denoise != 0) {
@@ -69,6 +67,7 @@ void AdjustCommand::treat(const std::filesystem::path& input, Picture& picture,
     denoise = denoiseStrength(profile, picture.notes);
     profile = reducedNoise(profile, previewScale());
   }
+  if (trips > 0) removeBlocks(raster, trips);
   if (denoise > 0 && filter() == NoiseFilter::kNonLocal && !wisdom_) wisdom_.emplace();
   const int result = callLibrary([&] {
     return vxAdjustRgb(raster.pixels(), raster.libraryFormat(), raster.rowBytes(),
@@ -78,8 +77,8 @@ void AdjustCommand::treat(const std::filesystem::path& input, Picture& picture,
                        values_.lumaEqFloor, values_.lumaDetailRange, values_.lumaDetailRadius,
                        values_.lumaDetailGamma, values_.lumaDetailGain, values_.sharpenAmount,
                        values_.satEqAmount, values_.satEqRadius, values_.satContrast,
-                       values_.satGamma, values_.hueShift, denoise, &profile, values_.grain,
-                       unblock, static_cast<int>(values_.denoiseMode));
+                       values_.satGamma, values_.hueShift, denoise, &profile, values_.grain, 0,
+                       static_cast<int>(values_.denoiseMode));
   });
   if (result == 0) throw Cancelled();
   if (result == -1) throw FileError(kNoMemory);

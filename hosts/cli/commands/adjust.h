@@ -22,7 +22,7 @@ class AdjustCommand final : public TreatingCommand {
   NoiseFilter filter() const {
     return static_cast<NoiseFilter>(static_cast<int>(values_.denoiseMode));
   }
-  float unblockStrength(const std::filesystem::path& input, std::vector<std::string>& notes) const;
+  int tripQuality(const std::filesystem::path& input, std::vector<std::string>& notes) const;
   float denoiseStrength(const NoiseProfile& profile, std::vector<std::string>& notes) const;
 
   settings::AdjustValues values_;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace vx::cli {
 namespace {
@@ -113,6 +114,18 @@ void Raster::takeRow(const void* source, int sourceDepth, int colours, int x, in
   } else {
     take(static_cast<const std::uint8_t*>(source), target, alpha, colours, count);
   }
+}
+
+void Raster::deepen() {
+  if (depth_ == 16) return;
+  const auto rows = static_cast<std::size_t>(paddedHeight());
+  const std::size_t count = static_cast<std::size_t>(rowBytes()) * rows;
+  auto deep = std::make_unique_for_overwrite<std::uint8_t[]>(2 * count);
+  auto* target = reinterpret_cast<std::uint16_t*>(deep.get());
+  for (std::size_t i = 0; i < count; ++i)
+    target[i] = static_cast<std::uint16_t>(toLibrary<8, 16>(pixels_[i]));
+  pixels_ = std::move(deep);
+  depth_ = 16;
 }
 
 void Raster::pad() {

@@ -39,6 +39,9 @@ class Raster {
   /// of `sourceDepth` bits per pixel, followed by an alpha sample when the raster has alpha.
   void takeRow(const void* source, int sourceDepth, int colours, int x, int y, int count);
 
+  /// Makes an 8-bit raster one of 16 bits. Throws std::bad_alloc.
+  void deepen();
+
   /// Repeats the last column and row into the padding, once every row is there.
   void pad();
 
