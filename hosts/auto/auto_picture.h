@@ -3,8 +3,9 @@
  * A picture in the host's memory, as the functions that choose settings read it. They write
  * nothing into it and keep nothing of it.
  *
- * All headers of this library are C; none needs more than vxicore26.h and the standard library, and
- * linking it does not link libvxicore26 itself.
+ * All headers of this library are C; none needs more than vxicore26.h and the standard library.
+ * Linking it does not link libvxicore26: hosts that remove blocks or choose a tone do that
+ * themselves.
  */
 #ifndef VX_AUTO_PICTURE_H
 #define VX_AUTO_PICTURE_H
