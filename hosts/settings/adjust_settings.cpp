@@ -3,6 +3,7 @@
 namespace vx::settings {
 namespace {
 
+constexpr std::string_view kAutomatic = "Automatic";
 constexpr std::string_view kBlocks = "Block artifacts of JPEG";
 constexpr std::string_view kNoise = "Noise";
 constexpr std::string_view kEq = "Local contrast of lightness (histogram equalisation by place)";
@@ -11,29 +12,41 @@ constexpr std::string_view kDetail = "Fine detail of lightness (against an edge-
 constexpr std::string_view kSharp = "Sharpness";
 constexpr std::string_view kColour = "Colour";
 
-constexpr Word kFilters[] = {{"fast", static_cast<float>(NoiseFilter::kFast)},
+constexpr Word kFilters[] = {{"auto", kAuto},
+                             {"fast", static_cast<float>(NoiseFilter::kFast)},
                              {"nonlocal", static_cast<float>(NoiseFilter::kNonLocal)}};
 
 // Ranges end where the formulas stop making pictures: a gamma of 4.5 is an exponent of 0, a top
 // cut or floor of 1 leaves no output range. Radii of less than 6 pixels (after the preview
 // reduction) count as 6 in the library.
 constexpr auto kFields = withNeutral(std::to_array<Field<AdjustValues>>({
+    {{"auto", 1, 0, kAutomatic,
+      "Choose the removal of blocks and noise and a restrained tone (luma-gamma, luma-eq-amount, "
+      "sat-contrast) for each picture, where these settings are neutral, and tell it in a line. "
+      "Night, drawings and what is far from usual keep their tone. Together with --save-preset, "
+      "what was chosen for a single picture is written",
+      false, kSwitchWords},
+     &AdjustValues::automatic},
     {{"unblock", 0, 1, kBlocks,
       "Strength: JPEG quality 100 - 85 x of round trips at shifted block grids. auto takes the "
       "quality from the quantisation tables of the file, tells it, and leaves pictures alone that "
       "were coded above 86 or are no JPEG. At full size only, not in previews. 0 is off",
       false, kAutoWord},
      &AdjustValues::unblock},
-    {{"denoise", 0, 1.5F, kNoise,
-      "Strength of the filter, in relation to the noise that is estimated in each picture. auto "
-      "chooses it by the estimate (20 times the noise on a scale of 1, at most 0.8; nonlocal: "
-      "0.25 and 15 times the noise, at most 0.6; none for a noise below one step of 255) and "
-      "tells it. 0 is off",
+    {{"denoise", 0, 4, kNoise,
+      "Strength of the filter, in relation to what fits the noise of each picture: 1 takes away "
+      "what was seen, and where none was seen, or a drawing, nothing is done. What was seen and "
+      "chosen is told. auto is 1. 0 is off",
       false, kAutoWord},
      &AdjustValues::denoise},
+    {{"noise", 0, 100, kNoise,
+      "Noise to reckon with instead of the noise that is seen: standard deviation of the luma in "
+      "flat places, in steps of 255",
+      false, kAutoWord},
+     &AdjustValues::noise},
     {{"denoise-mode", 1, 0, kNoise,
       "fast smooths beside edges; nonlocal compares places of the picture, keeps more and takes "
-      "far longer",
+      "far longer. auto is nonlocal together with --auto, and fast elsewhere",
       false, kFilters},
      &AdjustValues::denoiseMode},
     {{"grain", 0, 1, kNoise,

@@ -10,6 +10,7 @@ enum class NoiseFilter { kFast, kNonLocal };
 
 /// The neutral set: with it the library changes nothing but float rounding.
 struct AdjustValues {
+  float automatic = 0;
   float lumaEqAmount = 0;
   float lumaEqRadius = 0;
   float lumaEqPeakGain = 0;
@@ -27,7 +28,8 @@ struct AdjustValues {
   float satGamma = 1;
   float hueShift = 0;
   float denoise = 0;
-  float denoiseMode = 0;
+  float noise = kAuto;
+  float denoiseMode = kAuto;
   float grain = 0;
   float unblock = 0;
 };

@@ -28,6 +28,9 @@ struct Word {
 inline constexpr float kAuto = -1;
 inline constexpr Word kAutoWord[] = {{"auto", kAuto}};
 
+/// For settings that are switched on by their name alone.
+inline constexpr Word kSwitchWords[] = {{"off", 0}, {"on", 1}};
+
 struct Setting {
   std::string_view name;   // in lower case with hyphens; also the key in a preset
   float low, high;         // of numbers, inclusive; words alone where low is above high
@@ -70,6 +73,8 @@ std::vector<BoundSetting> bind(std::span<const Field<Values>> fields, Values& va
   }
   return table;
 }
+
+inline bool isSwitch(const Setting& setting) { return setting.words.data() == kSwitchWords; }
 
 /// The value of `text`: one of the setting's words, or a number, finite, within the range and whole
 /// where it has to be. Otherwise throws SettingError, which names `where` (an option or a key).

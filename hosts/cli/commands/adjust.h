@@ -3,7 +3,7 @@
 
 #include <optional>
 
-#include "hosts/cli/commands/noise_estimate.h"
+#include "hosts/auto/auto_noise.h"
 #include "hosts/cli/commands/treating_command.h"
 #include "hosts/cli/commands/wisdom.h"
 #include "hosts/settings/adjust_settings.h"
@@ -19,11 +19,12 @@ class AdjustCommand final : public TreatingCommand {
   void treat(const std::filesystem::path& input, Picture& picture, Progress& progress) override;
   int libraryBytes() const override;
 
-  NoiseFilter filter() const {
-    return static_cast<NoiseFilter>(static_cast<int>(values_.denoiseMode));
-  }
-  int tripQuality(const std::filesystem::path& input, std::vector<std::string>& notes) const;
-  float denoiseStrength(const NoiseProfile& profile, std::vector<std::string>& notes) const;
+  bool choosesSettings() const override { return values_.automatic != 0; }
+
+  /// Chooses what is neutral in `values`.
+  void choose(const VxAutoNoise& noise, Picture& picture, settings::AdjustValues& values) const;
+  VxAutoNoise noiseOf(const std::filesystem::path& input, Picture& picture,
+                      Progress& progress) const;
 
   settings::AdjustValues values_;
 

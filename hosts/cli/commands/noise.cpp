@@ -15,27 +15,51 @@ namespace {
 using Json = nlohmann::basic_json<nlohmann::ordered_map, std::vector, std::string, bool,
                                   std::int64_t, std::uint64_t, float>;
 
-Json toJson(const std::filesystem::path& input, const NoiseProfile& profile) {
-  return {{"file", input.string()},
-          {"known", noiseKnown(profile)},
-          {"lumaLevel", profile.lumaLevel},
-          {"lumaNoise", profile.lumaNoise},
-          {"lumaReserved", profile.lumaReserved},
-          {"chromaLevel", profile.chromaLevel},
-          {"chromaNoise", profile.chromaNoise},
-          {"chromaReserved", profile.chromaReserved},
-          {"denoiseFast", fittingStrength(profile, NoiseFilter::kFast)},
-          {"denoiseNonlocal", fittingStrength(profile, NoiseFilter::kNonLocal)}};
+struct Report {
+  VxAutoNoise noise;
+  VxAutoDenoise nonLocal, fast;  // what adjust --denoise auto takes
+  NoiseProfile library;
+};
+
+Report reportOn(const std::filesystem::path& input, double maxMegapixels, Progress& progress) {
+  Picture picture = readForNoise(input, maxMegapixels, progress);
+  Report report{};
+  report.noise = measureNoise(input, picture.raster);
+  report.nonLocal = vxAutoChooseDenoise(&report.noise, VX_AUTO_NON_LOCAL, 1);
+  report.fast = vxAutoChooseDenoise(&report.noise, VX_AUTO_FAST, 1);
+  report.library = libraryEstimate(picture.raster);
+  return report;
 }
 
-void print(const std::filesystem::path& input, const NoiseProfile& profile) {
-  std::printf("%s: noise %s", input.c_str(), describeNoise(profile).c_str());
-  if (noiseKnown(profile)) {
-    std::printf("; --denoise auto: fast %.2f, nonlocal %.2f",
-                static_cast<double>(fittingStrength(profile, NoiseFilter::kFast)),
-                static_cast<double>(fittingStrength(profile, NoiseFilter::kNonLocal)));
-  }
-  std::printf("\n");
+Json toJson(const NoiseProfile& profile) {
+  return {{"lumaLevel", profile.lumaLevel},       {"lumaNoise", profile.lumaNoise},
+          {"lumaReserved", profile.lumaReserved}, {"chromaLevel", profile.chromaLevel},
+          {"chromaNoise", profile.chromaNoise},   {"chromaReserved", profile.chromaReserved}};
+}
+
+Json toJson(const VxAutoDenoise& choice) {
+  return {{"denoiseMode", choice.mode},
+          {"denoiseStrength", choice.strength},
+          {"noiseProfile", toJson(choice.profile)}};
+}
+
+Json toJson(const std::filesystem::path& input, const Report& report) {
+  return {{"file", input.string()},
+          {"seen", describeDenoise(&report.noise, nullptr)},
+          {"sigma", report.noise.sigma},
+          {"correlation", report.noise.correlation},
+          {"nonlocal", toJson(report.nonLocal)},
+          {"fast", toJson(report.fast)},
+          {"library", toJson(report.library)},
+          {"libraryKnown", noiseKnown(report.library)}};
+}
+
+void print(const std::filesystem::path& input, const Report& report) {
+  std::printf("%s: %s\n", input.c_str(), describeDenoise(&report.noise, nullptr).c_str());
+  std::printf("  --denoise auto   %s (--denoise-mode nonlocal), %s (fast)\n",
+              describeDenoise(nullptr, &report.nonLocal).c_str(),
+              describeDenoise(nullptr, &report.fast).c_str());
+  std::printf("  pixel to pixel   %s\n", describeNoise(report.library).c_str());
   std::fflush(stdout);
 }
 
@@ -47,15 +71,16 @@ NoiseCommand::NoiseCommand(CLI::App& program)
   app().add_flag(
       "--json", json_,
       helpText(
-          "Print a list with an object per picture: file, the six fields of the "
-          "estimate (noise as standard deviation on a scale of 1), whether it is known, and the "
-          "strengths that adjust --denoise auto would take. Bytes of a name that are not UTF-8 "
-          "become U+FFFD"));
+          "Print a list with an object per picture: file, what was seen, sigma (standard deviation "
+          "of the luma in flat places, in steps of 255), correlation, the arguments that adjust "
+          "--denoise auto would hand to the library in either mode (strength 0 is off), and the "
+          "library's own estimate. Bytes of a name that are not UTF-8 become U+FFFD"));
   addExamples(
       "  vxicore noise photo.jpg\n"
-      "  vxicore noise holiday/ --json | jq '.[] | select(.lumaNoise > 0.02) | .file'\n",
-      "Fine texture counts as noise too. The centre of a picture, up to 2048 x 2048 pixels, is "
-      "measured.");
+      "  vxicore noise holiday/ --json | jq '.[] | select(.sigma > 4) | .file'\n",
+      "The centre of a picture, up to 4096 x 4096 pixels, is looked at. The library's own estimate "
+      "measures deviations from pixel to pixel in up to 2048 x 2048 pixels: fine texture counts "
+      "there, and what JPEG has smoothed does not.");
 }
 
 int NoiseCommand::run() {
@@ -63,12 +88,12 @@ int NoiseCommand::run() {
   Json all = Json::array();
   const int code = forEachPicture(inputs, [&](std::size_t index, Progress& progress) {
     progress.beginStep("reading");
-    const NoiseProfile profile = estimateNoise(inputs[index], files_.maxMegapixels, progress);
+    const Report report = reportOn(inputs[index], files_.maxMegapixels, progress);
     progress.clear();
     if (json_) {
-      all.push_back(toJson(inputs[index], profile));
+      all.push_back(toJson(inputs[index], report));
     } else {
-      print(inputs[index], profile);
+      print(inputs[index], report);
     }
   });
   if (json_) {

@@ -1,27 +1,30 @@
-// The noise of a picture, and the strength of the noise filter that fits it.
+// The noise of pictures in files and rasters.
 #pragma once
 
-#include <optional>
 #include <string>
 
+#include "hosts/auto/auto_noise.h"
 #include "hosts/cli/pictures/picture.h"
-#include "hosts/settings/adjust_settings.h"
 #include "vxicore26.h"
 
 namespace vx::cli {
 
-using settings::NoiseFilter;
+/// Of a longer axis the noise is looked for in so many pixels around the centre.
+inline constexpr int kNoiseCentre = 4096;
+
+/// The noise in the centre of a raster that was read from `input` at full size. Throws FileError
+/// for want of memory.
+VxAutoNoise measureNoise(const std::filesystem::path& input, Raster& raster);
+
+/// A picture at full size; of a longer axis only the part in which noise is looked for. Throws
+/// FileError, Cancelled.
+Picture readForNoise(const std::filesystem::path& input, double maxMegapixels, Progress& progress);
+
+/// What was seen and what is done about it, in a line. Either may be null.
+std::string describeDenoise(const VxAutoNoise* noise, const VxAutoDenoise* choice);
 
 /// The estimate of vxDenoiseEstNoise. Throws FileError for want of memory.
-NoiseProfile estimateNoise(Raster& raster);
-/// The same for a file at full size; only the part that the estimate looks at is kept in memory.
-/// Throws FileError, Cancelled.
-NoiseProfile estimateNoise(const std::filesystem::path& input, double maxMegapixels,
-                           Progress& progress);
-
-/// The noise left when a picture with this noise, white, is reduced by `scale`. An estimate of the
-/// reduced picture would not tell: reduced texture is finer and counts as noise.
-NoiseProfile reducedNoise(NoiseProfile profile, int scale);
+NoiseProfile libraryEstimate(Raster& raster);
 
 /// Whether there is an estimate. The library reports a deviation above 1, which cannot occur, for
 /// pictures without pixels of middle brightness or with an axis below 4 pixels.
@@ -29,9 +32,5 @@ bool noiseKnown(const NoiseProfile& profile);
 
 /// "luma 3.1, chroma 1.1 of 255 at a brightness of 0.43", or why nothing is known.
 std::string describeNoise(const NoiseProfile& profile);
-
-/// The strength (denoiseStrength) that came out best for the estimated noise; 0 where nothing is
-/// known or the noise is below one step of 255.
-float fittingStrength(const NoiseProfile& profile, NoiseFilter filter);
 
 }  // namespace vx::cli

@@ -53,13 +53,18 @@ TreatingCommand::TreatingCommand(CLI::App& program, const std::string& name,
 void TreatingCommand::addSettings(std::vector<settings::BoundSetting> table) {
   table_ = std::move(table);
   for (const auto& [setting, value] : table_) {
+    const std::string name = "--" + std::string(setting->name), group(setting->group);
+    if (settings::isSwitch(*setting)) {
+      const std::string help = helpText(setting->help);
+      app().add_flag(name, help)->group(group);
+      continue;
+    }
     std::string range = settings::describeRange(*setting);
     std::replace(range.begin(), range.end(), ' ', kNoBreak);
     app()
-        .add_option("--" + std::string(setting->name), typed_[setting->name],
-                    helpText(std::string(setting->help) + ' ' + range))
+        .add_option(name, typed_[setting->name], helpText(std::string(setting->help) + ' ' + range))
         ->option_text(settings::valueName(*setting))
-        ->group(std::string(setting->group));
+        ->group(group);
   }
 }
 
@@ -69,29 +74,41 @@ void TreatingCommand::applySettings() try {
   for (const auto& [setting, value] : table_) {
     const std::string option = "--" + std::string(setting->name);
     if (app().count(option) == 0) continue;
-    *value = settings::parse(*setting, typed_.at(setting->name), option);
+    *value = settings::isSwitch(*setting)
+                 ? 1
+                 : settings::parse(*setting, typed_.at(setting->name), option);
   }
 } catch (const settings::SettingError& error) {
   throw UsageError(error.what());
 }
 
+bool TreatingCommand::keepsChoice() const {
+  std::error_code error;
+  return choosesSettings() && !savePreset_.empty() && files_.inputs.size() == 1 &&
+         !std::filesystem::is_directory(files_.inputs[0], error);
+}
+
+bool TreatingCommand::save() const try {
+  if (!savePreset_.empty()) write(savePreset_, settings::presetText(name(), table_), files_.force);
+  return true;
+} catch (const FileError& error) {
+  std::fprintf(stderr, "vxicore: %s\n", error.what());
+  return false;
+}
+
 int TreatingCommand::run() {
   applySettings();
-  if (!savePreset_.empty()) {
-    try {
-      write(savePreset_, settings::presetText(name(), table_), files_.force);
-    } catch (const FileError& error) {
-      std::fprintf(stderr, "vxicore: %s\n", error.what());
-      return kExitSomeFailed;
-    }
-    if (files_.inputs.empty()) return kExitDone;
-  }
-  return runBatch(files_,
-                  {.verb = "enhancing",
-                   .settings = settings::describe(table_),
-                   .libraryBytes = libraryBytes(),
-                   .apply = [this](const std::filesystem::path& input, Picture& picture,
-                                   Progress& progress) { treat(input, picture, progress); }});
+  const bool late = keepsChoice();  // treat() has yet to choose
+  if (!late && !save()) return kExitSomeFailed;
+  if (!savePreset_.empty() && files_.inputs.empty()) return kExitDone;
+  const int code =
+      runBatch(files_, {.verb = "enhancing",
+                        .settings = settings::describe(table_),
+                        .libraryBytes = libraryBytes(),
+                        .apply = [this](const std::filesystem::path& input, Picture& picture,
+                                        Progress& progress) { treat(input, picture, progress); }});
+  if (code == kExitDone && late && !save()) return kExitSomeFailed;
+  return code;
 }
 
 }  // namespace vx::cli

@@ -26,6 +26,10 @@ class TreatingCommand : public Command {
 
   int previewScale() const { return files_.previewScale; }
 
+  /// Whether what treat() chooses for the one picture is to be saved as a preset: it then changes
+  /// the bound values.
+  bool keepsChoice() const;
+
  private:
   /// Changes the raster in place; what the user should know goes to the picture's notes. Throws
   /// FileError or Cancelled.
@@ -33,7 +37,12 @@ class TreatingCommand : public Command {
   /// Bytes per pixel that the library takes beside the raster, for the settings in force.
   virtual int libraryBytes() const = 0;
 
+  /// Whether treat() chooses settings for each picture.
+  virtual bool choosesSettings() const { return false; }
+
   void applySettings();
+  /// The preset, if one is wanted. Tells why it could not be written.
+  bool save() const;
 
   FileOptions files_;
   std::vector<std::string> presets_;
