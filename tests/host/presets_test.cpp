@@ -3,6 +3,8 @@
 namespace vx::host_test {
 namespace {
 
+using vips::VImage;
+
 class Presets : public HostTest {
  protected:
   void SetUp() override {
@@ -44,12 +46,52 @@ TEST_F(Presets, MistakesAreUsageErrorsThatNameTheKey) {
 }
 
 TEST_F(Presets, ShippedOnesWorkAndDiffer) {
-  std::vector<std::vector<std::uint8_t>> results{bytesOf(path("in.png"))};
+  const VImage noisy =
+      pattern(300, 200, 3, 8) * 0.6 + 30 +
+      VImage::gaussnoise(300, 200, VImage::option()->set("sigma", 12)->set("mean", 0));
+  noisy.cast(VIPS_FORMAT_UCHAR).jpegsave(path("in.jpg").c_str(), VImage::option()->set("Q", 60));
+  std::vector<std::vector<std::uint8_t>> results;
   for (const std::string name : {"clean-jpeg", "high-iso", "low-light", "old-jpeg", "vivid"}) {
-    EXPECT_EQ(run({"adjust", "in.png", "-o", name + ".png", "--preset", name}).code, 0);
+    EXPECT_EQ(run({"adjust", "in.jpg", "-o", name + ".png", "--preset", name}).code, 0);
+    EXPECT_GT(largestDifference(open(path("in.jpg")), open(path(name + ".png"))), 0) << name;
     for (const auto& other : results) EXPECT_NE(bytesOf(path(name + ".png")), other) << name;
     results.push_back(bytesOf(path(name + ".png")));
   }
+}
+
+// Dark, coarsely coded and noisy: every part of it has something to do.
+TEST_F(Presets, AutoTellsInALineWhatItChoseAndSavesIt) {
+  const VImage scene = pattern(300, 200, 3, 8).gaussblur(2) * 0.5 + 15;
+  const VImage noise = VImage::gaussnoise(
+      300, 200, VImage::option()->set("sigma", 10)->set("mean", 0)->set("seed", 1));
+  (scene + noise)
+      .cast(VIPS_FORMAT_UCHAR)
+      .jpegsave(path("in.jpg").c_str(), VImage::option()->set("Q", 60));
+  const Outcome outcome =
+      run({"adjust", "in.jpg", "-o", "a.png", "--auto", "--save-preset", "p.toml"});
+  EXPECT_EQ(outcome.code, 0);
+  EXPECT_EQ(outcome.complaints(), 1) << outcome.err;
+  for (const char* part : {"gamma", "noise ", "non-local", "quality 60"})
+    EXPECT_NE(outcome.err.find(part), std::string::npos) << outcome.err;
+  EXPECT_EQ(run({"adjust", "in.jpg", "-o", "b.png", "--preset", "p.toml"}).code, 0);
+  EXPECT_TRUE(bytesOf(path("a.png")) == bytesOf(path("b.png")));
+  const auto saved = bytesOf(path("p.toml"));
+  EXPECT_EQ(std::string(saved.begin(), saved.end()).find("luma-gamma = 0\n"), std::string::npos);
+  // Without a picture it is the wish that is kept.
+  runWell({"adjust", "--auto", "--save-preset", "wish.toml"});
+  EXPECT_EQ(run({"adjust", "in.jpg", "-o", "c.png", "--preset", "wish.toml"}).code, 0);
+  EXPECT_TRUE(bytesOf(path("a.png")) == bytesOf(path("c.png")));
+}
+
+TEST_F(Presets, AutoLeavesADrawingAlone) {
+  const VImage paper = (VImage::black(300, 200, VImage::option()->set("bands", 3)) + 240)
+                           .cast(VIPS_FORMAT_UCHAR)
+                           .copy(VImage::option()->set("interpretation", VIPS_INTERPRETATION_sRGB));
+  const VImage drawing = paper.copy_memory();
+  drawing.draw_rect({20, 60, 180}, 30, 30, 120, 80, VImage::option()->set("fill", true));
+  drawing.pngsave(path("drawing.png").c_str());
+  runTelling("drawing", {"adjust", "drawing.png", "-o", "a.png", "--auto"});
+  EXPECT_EQ(largestDifference(drawing, open(path("a.png"))), 0);
 }
 
 }  // namespace
