@@ -9,6 +9,7 @@ test_packages=(libturbojpeg0-dev) # what tests compare with; without it they are
 
 package_packages=(dpkg-dev file lintian man-db mandoc) # what makes Debian packages and looks at them
 docs_packages=(doxygen)
+picture_packages=(python3-numpy python3-pil) # what makes and measures pictures for benchmarks and scripts/presets
 
 install_mode=ask # ask, yes (--yes) or no (--no-install)
 
