@@ -15,14 +15,12 @@ constexpr AdjustSettings kBrighter = {.lumaGamma = 1.0f};
 // Each pattern of planes that the host fails to give. A width whose packed and padded steps differ:
 // the planes then have different steps.
 TEST(AdjustMemory, planesThatTheHostCannotGiveComeFromTheLibrary) {
-  Picture wanted(1, 2401, 4);
-  wanted.randomise(5, 255);
+  Picture wanted = randomPicture(1, 2401, 4);
   const Picture before = wanted;
   ASSERT_EQ(adjust(wanted, kBrighter), 1);
   for (unsigned mask = 0; mask < 16; ++mask) {
     Picture p = before;
-    Host host;
-    host.failMask = mask;
+    Host host = {.failMask = mask};
     ASSERT_EQ(adjust(p, kBrighter, &host, true), 1);
     EXPECT_EQ(host.asked, 4);
     EXPECT_EQ(host.live, 0);
@@ -54,8 +52,7 @@ TEST(AdjustMemory, onePieceWithoutMemoryStaysAndItsFormatIsLookedAtFirst) {
 }
 
 TEST(AdjustMemory, exceptionsOfCallbacksPassWithEverythingReleased) {
-  Picture before(1, 2400, 20);
-  before.randomise(8, 255);
+  const Picture before = randomPicture(1, 2400, 20);
   // When the first release throws, the others are made all the same. Together with another
   // exception on its way, or a cancelled call, nothing terminates.
   const std::tuple<int, int, bool, int, bool> cases[] = {
@@ -65,11 +62,8 @@ TEST(AdjustMemory, exceptionsOfCallbacksPassWithEverythingReleased) {
   for (const auto& [report, alloc, release, cancelAt, lend] : cases) {
     const Heap heap;
     Picture p = before;
-    Host host;
-    host.throwAt = report;
-    host.throwAtAlloc = alloc;
-    host.throwAtFree = release;
-    host.cancelAt = cancelAt;
+    Host host = {
+        .cancelAt = cancelAt, .throwAt = report, .throwAtAlloc = alloc, .throwAtFree = release};
     const unsigned saved = _mm_getcsr();
     _mm_setcsr(0x7F80);  // towards zero
     EXPECT_THROW(adjust(p, kBrighter, &host, lend), std::runtime_error);

@@ -17,15 +17,15 @@ struct Host {
   int reports = 0;
   int cancelAt = -1;  ///< report that answers 0
   int throwAt = -1;   ///< report that throws
-  std::vector<int> positions;
-  std::function<void()> onReport;
+  std::vector<int> positions = {};
+  std::function<void()> onReport = {};
 
   int asked = 0;          ///< calls of the allocator
   unsigned failMask = 0;  ///< bit i: allocation i fails
   int throwAtAlloc = -1;
   bool throwAtFree = false;
   int live = 0;  ///< blocks not given back
-  std::function<void()> onMemory;
+  std::function<void()> onMemory = {};
 
   static void* allocate(std::size_t size, void* context) {
     Host& host = *static_cast<Host*>(context);

@@ -38,8 +38,7 @@ constexpr struct { int width, height; } kSizes[] = {{4100, 3}, {7, 700}, {1, 1},
 TEST(HostPixels, readingFollowsItsFormula) {
   for (const int format : kFormats)
     for (const auto& [w, h] : kSizes) {
-      Picture p(format, w + 5, h + 4, 3);
-      p.randomise(11, deep(format) ? 65535 : 255);
+      Picture p = randomPicture(format, w + 5, h + 4, deep(format) ? 65535 : 255, 3);
       IMG3<float> image(w, h);
       ASSERT_EQ(vx::readHostImage(format, p.bytes.data(), p.step, 5, 3, vx::RgbRows(image)), 1);
       for (int y = 0; y < h; ++y)
@@ -86,8 +85,7 @@ TEST(HostPixels, writingRoundsSaturatesAndCuts) {
     for (const auto& [value, bytes, words] : cases) {
       const int wanted = deep(format) ? words : bytes;
       for (const auto write : {writeInterleaved, writePlanes}) {
-        Picture p(format, 20, 2);
-        p.randomise(8, top(format));
+        Picture p = randomPicture(format, 20, 2, top(format));
         write(p, value);
         EXPECT_EQ(p.get(3, 1, 0), wanted) << value << " in format " << format;
         EXPECT_EQ(p.get(14, 0, 2), wanted) << value << " in format " << format;

@@ -17,9 +17,9 @@ struct Plan {
 };
 
 Plan plan(int size, int target) {
-  Plan p{};
-  p.count = vx::planTiles(size, target, 0.4f, p.size, p.step);
-  return p;
+  int tile, step;
+  const int count = vx::planTiles(size, target, 0.4f, tile, step);
+  return {count, tile, step};
 }
 
 TEST(PlanTiles, knownPlans) {

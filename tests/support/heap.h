@@ -52,7 +52,6 @@ class Heap {
     return refused_ < 0 || (call != refused_ && !(stays_ && call > refused_));
   }
   static bool refusedOne() { return refused_ >= 0 && calls_ > refused_; }
-  static int calls() { return calls_; }
   static int live() { return live_; }
   static std::size_t peak() { return peak_; }
 

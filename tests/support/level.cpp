@@ -29,18 +29,6 @@ bool force(const Level& level) {
          primCpuColumn == level.column;
 }
 
-class Announce : public ::testing::Environment {
- public:
-  explicit Announce(const Level& level) : level_(level) {}
-  void SetUp() override {
-    if (!force(level_)) GTEST_SKIP() << "no " << level_.name << " here";
-    std::printf("level %s: the bodies of %s\n", level_.name, columnName(primCpuColumn));
-  }
-
- private:
-  const Level& level_;
-};
-
 // Before each test, because tests of the choice itself change it.
 class ForEachTest : public ::testing::EmptyTestEventListener {
  public:
@@ -56,7 +44,11 @@ class ForEachTest : public ::testing::EmptyTestEventListener {
   if (name == nullptr || *name == 0) return false;
   for (const Level& level : kLevels)
     if (std::strcmp(level.name, name) == 0) {
-      ::testing::AddGlobalTestEnvironment(new Announce(level));
+      if (!force(level)) {
+        std::printf("[  SKIPPED ] no %s here\n", name);
+        std::exit(0);
+      }
+      std::printf("level %s: the bodies of %s\n", name, columnName(primCpuColumn));
       ::testing::UnitTest::GetInstance()->listeners().Append(new ForEachTest(level));
       return true;
     }

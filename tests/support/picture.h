@@ -62,12 +62,19 @@ struct Picture {
   /// Largest difference of a colour sample to another picture.
   int distance(Picture& other) {
     int most = 0;
-    for (int y = 0; y < height; ++y)
-      for (int x = 0; x < width; ++x)
-        for (int c = 0; c < 3; ++c)
-          most = std::max(most, std::abs(get(x, y, c) - other.get(x, y, c)));
+    forEachSample([&](int x, int y, int c) {
+      most = std::max(most, std::abs(get(x, y, c) - other.get(x, y, c)));
+      return get(x, y, c);
+    });
     return most;
   }
 };
+
+/// A picture of random samples up to `top`.
+inline Picture randomPicture(int format, int width, int height, int top = 255, int slack = 0) {
+  Picture p(format, width, height, slack);
+  p.randomise(11, top);
+  return p;
+}
 
 }  // namespace vx::test
