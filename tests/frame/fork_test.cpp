@@ -11,7 +11,6 @@
 #include "tests/frame/services.h"
 #include "tests/support/images.h"
 #include "vxenhlib/nonlocal/fft_plan.h"
-#include "vxicore26.h"
 
 namespace {
 
@@ -22,8 +21,7 @@ using namespace vx::test;
 TEST(Fork, aHundredChildrenGetTheBytesOfTheirParent) {
   const Threads team(4);
   const auto& all = services();
-  std::vector<std::vector<std::uint8_t>> wanted;
-  for (const Service& service : all) wanted.push_back(service.call());
+  const auto wanted = callAll();
   std::atomic<bool> done = false;
   std::thread plans([&] {
     while (!done) const vx::FftPlan plan(2, 2, 2);

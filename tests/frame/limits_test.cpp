@@ -12,7 +12,7 @@
 
 #include "frame/exceptions.h"
 #include "frame/exports/load.h"
-#include "tests/adjust/host.h"
+#include "tests/frame/services.h"
 #include "vxenhlib/nonlocal/search_transform.h"
 
 namespace {
@@ -25,27 +25,20 @@ TEST(Limits, aFullDiskCostsOnlyTheTrace) {
   std::string folder = (fs::temp_directory_path() / "vxfullXXXXXX").string();
   ASSERT_NE(mkdtemp(folder.data()), nullptr);
   fs::create_symlink("/dev/full", folder + "/vxtrace_log.txt");
-  Picture p(1, 20, 20), wanted(p);
-  p.randomise(1, 255);
-  wanted = p;
-  const auto run = [](Picture& q) {
-    EXPECT_EQ(vxUnblock(0, q.bytes.data(), 3, q.step, 20, 20, 50, 1, 1, 0), 64);
-    EXPECT_EQ(
-        vxYUVEdgeRGB(0, q.bytes.data(), q.step, 20, 20, 2, 0.01, 1, 1, 1, 0, 0, 0, 0, 0, 0, 0, 0),
-        1);
+  const auto run = [] {
+    Picture p = randomPicture(1, 20, 20);
+    EXPECT_EQ(unblock(p, 50, 1, 1), 64);
+    EXPECT_EQ(edges(p), 1);
+    return p.bytes;
   };
-  run(wanted);
+  const auto wanted = run();
   const auto openFiles = [] {
     const fs::directory_iterator all("/proc/self/fd");
     return std::distance(begin(all), end(all));
   };
   const auto before = openFiles();
   EXPECT_EQ(vxSetupLib(1, folder.c_str()), 1) << "it was opened";
-  for (int i = 0; i < 10; ++i) {
-    Picture q = p;
-    run(q);
-    EXPECT_TRUE(q.bytes == wanted.bytes);
-  }
+  for (int i = 0; i < 10; ++i) EXPECT_TRUE(run() == wanted);
   EXPECT_EQ(openFiles(), before);
   setDebugTrace(0, "/tmp/");
   fs::remove_all(folder);
@@ -63,9 +56,8 @@ std::size_t addressSpace() {
 // Before that it must end by -1 or an exception, with the picture as it was. 0 when all was well.
 int growUntilDone(bool (*call)(Picture&), int width, int height) {
   mallopt(M_MMAP_THRESHOLD, 1 << 16);  // fixed: what is released goes back to the system
-  Picture before(1, width, height), p(before);
-  before.randomise(3, 255);
-  p = before;
+  const Picture before = randomPicture(1, width, height);
+  Picture p = before;
   if (!call(p)) return 1;  // the team's threads are there now
   const Picture wanted = p;
   const rlim_t start = addressSpace();
@@ -113,20 +105,11 @@ TEST(Limits, callsSurviveAUsedUpAddressSpace) {
     int width, height;
     bool (*call)(Picture&);
   } cases[] = {
-      {2310, 400,
-       [](Picture& p) {
-         return adjust(p, {.lumaEqAmount = 0.4f, .lumaEqRadius = 20.0f, .lumaGamma = 1.0f}) == 1;
-       }},
+      {2310, 400, [](Picture& p) { return adjust(p, kTone) == 1; }},
       {700, 300,
        [](Picture& p) { return adjust(p, {.lumaGamma = 1.0f, .unblockStrength = 0.4f}) == 1; }},
-      {900, 500,
-       [](Picture& p) {
-         return vxUnblock(0, p.bytes.data(), 3, p.step, p.width, p.height, 60, 1, 4, 0) == 4;
-       }},
-      {700, 500, [](Picture& p) {
-         return vxYUVEdgeRGB(0, p.bytes.data(), p.step, p.width, p.height, 2, 0.01, 1, 1, 2, 1, 1,
-                             1, 1, 1, 1, 0.02, 0) == 1;
-       }}};
+      {900, 500, [](Picture& p) { return unblock(p, 60, 1, 4) == 4; }},
+      {700, 500, [](Picture& p) { return edges(p) == 1; }}};
   for (const auto& c : cases)
     EXPECT_EXIT(std::exit(growUntilDone(c.call, c.width, c.height)), testing::ExitedWithCode(0),
                 "");

@@ -140,19 +140,17 @@ TEST_F(Trace, recordsOfManyThreadsStayWhole) {
     });
   for (auto& thread : threads) thread.join();
 
-  std::string text = written();
-  const std::string path = "setTrace - traceFile: \n -- " + file();
+  const std::string text = written(), path = "setTrace - traceFile: \n -- " + file();
   int number = first;
-  for (std::size_t end = 0; !text.empty(); text.erase(0, end), ++number) {
-    end = text.find(" \n>>>>\n");
+  for (std::size_t at = 0, end; at < text.size(); at = end + 7, ++number) {
+    end = text.find(" \n>>>>\n", at);
     ASSERT_NE(end, std::string::npos);
     const std::string head = "<<<<" + std::to_string(number) + ": ";
-    ASSERT_TRUE(text.starts_with(head)) << "numbers follow each other: " << text.substr(0, 20);
-    const std::string body = text.substr(head.size(), end - head.size());
-    const bool whole = body == path || body == "setTrace - traceMask:  1" ||
-                       body == "thread\n -- " + std::string(200, body.back());
-    ASSERT_TRUE(whole) << body;
-    end += 7;
+    ASSERT_EQ(text.substr(at, head.size()), head) << "numbers follow each other";
+    const std::string body = text.substr(at + head.size(), end - at - head.size());
+    ASSERT_TRUE(body == path || body == "setTrace - traceMask:  1" ||
+                body == "thread\n -- " + std::string(200, body.back()))
+        << body;
   }
   EXPECT_EQ(number - first, 2 + kThreads * (kRecords + 2 * kRecords / 25));
 }
