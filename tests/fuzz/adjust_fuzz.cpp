@@ -1,13 +1,10 @@
-// vxDenoiseEstNoise, then vxAdjustRgb with what it found: whatever the arguments, the callbacks and
-// the memory, the answer is one of those that are told, and only pixels change. libFuzzer's
-// interface.
+// vxDenoiseEstNoise, then vxAdjustRgb with what it found: whatever the
+// arguments, the callbacks and the memory, the answer is one of those that are
+// told, and only pixels change. libFuzzer's interface.
 
 #include <fftw3.h>
 
 #include <algorithm>
-#include <memory>
-#include <optional>
-#include <stdexcept>
 
 #include "tests/adjust/host.h"
 #include "tests/fuzz/target.h"
@@ -22,12 +19,11 @@ constexpr int kSizeLimit = 2304;  // from here on an axis is tiled
 
 struct Call {
   void* pixels = nullptr;
-  int format, width, height, rowStep;
+  int format, width, height, rowStep = 0;
   AdjustSettings settings;
   NoiseProfile profile{};
   Host host;
   bool reports, lends;
-  bool reenters = false;
 
   bool known() const { return vx::bytesPerPixel(format) != 0; }
   bool tiled() const { return width >= kSizeLimit || height >= kSizeLimit; }
@@ -58,35 +54,28 @@ void chooseSize(ByteSource& source, Call& call) {
 }
 
 void chooseSettings(ByteSource& source, Call& call) {
-  AdjustSettings& s = call.settings;
-  const auto set = [&](float& setting, double low, double high) {
-    setting = source.setting<float>(low, high);
-  };
+  using S = AdjustSettings;
+  static constexpr struct {
+    float S::*setting;
+    double low, high;
+  } kCurves[] = {
+      {&S::lumaEqAmount, 0, 1},    {&S::lumaEqRadius, 6, 200},    {&S::lumaEqPeakGain, -1, 1},
+      {&S::lumaGamma, -3, 4},      {&S::lumaEqTopCut, 0, 1},      {&S::lumaEqFloor, 0, 1},
+      {&S::lumaDetailRange, 0, 1}, {&S::lumaDetailRadius, 6, 40}, {&S::lumaDetailGamma, 0, 3},
+      {&S::lumaDetailGain, 0, 5},  {&S::sharpenAmount, 0, 4},     {&S::satEqAmount, 0, 1},
+      {&S::satEqRadius, 6, 200},   {&S::satContrast, 0, 2},       {&S::satGamma, 0, 2},
+      {&S::hueShift, -1, 1}};
+  S& s = call.settings;
   s.previewScale = source.oneIn(4) ? source.integer(1, 8) : 1;
-  set(s.lumaEqAmount, 0, 1);
-  set(s.lumaEqRadius, 6, 200);
-  set(s.lumaEqPeakGain, -1, 1);
-  set(s.lumaGamma, -3, 4);
-  set(s.lumaEqTopCut, 0, 1);
-  set(s.lumaEqFloor, 0, 1);
-  set(s.lumaDetailRange, 0, 1);
-  set(s.lumaDetailRadius, 6, 40);
-  set(s.lumaDetailGamma, 0, 3);
-  set(s.lumaDetailGain, 0, 5);
-  set(s.sharpenAmount, 0, 4);
-  set(s.satEqAmount, 0, 1);
-  set(s.satEqRadius, 6, 200);
-  set(s.satContrast, 0, 2);
-  set(s.satGamma, 0, 2);
-  set(s.hueShift, -1, 1);
-  if (source.oneIn(2)) set(s.denoiseStrength, 0, 1);
-  if (source.oneIn(2)) set(s.grainRestore, 0, 1);
-  if (source.oneIn(4)) set(s.unblockStrength, 0, 1);
+  for (const auto& [setting, low, high] : kCurves) s.*setting = source.setting<float>(low, high);
+  if (source.oneIn(2)) s.denoiseStrength = source.setting<float>(0, 1);
+  if (source.oneIn(2)) s.grainRestore = source.setting<float>(0, 1);
+  if (source.oneIn(4)) s.unblockStrength = source.setting<float>(0, 1);
   s.denoiseMode = source.oneIn(16) ? source.integer(1, 2) : 0;
   if (source.oneIn(4))
     for (float* value : {&call.profile.lumaLevel, &call.profile.lumaNoise,
                          &call.profile.chromaLevel, &call.profile.chromaNoise})
-      set(*value, 0, 0.5);
+      *value = source.setting<float>(0, 0.5);
   s.noiseProfile = source.oneIn(8) ? nullptr : &call.profile;
 }
 
@@ -95,72 +84,24 @@ void chooseHost(ByteSource& source, Call& call) {
   call.reports = source.oneIn(2);
   call.lends = source.oneIn(2);
   const int at = static_cast<int>(source.byte() % 4);
-  switch (source.byte() % 8) {
-    case 0:
-      host.cancelAt = at;
-      break;
-    case 1:
-      host.throwAt = at;
-      break;
-    case 2:
-      host.throwAtAlloc = at;
-      break;
-    case 3:
-      host.throwAtFree = true;
-      break;
-    case 4:
-      host.failMask = source.byte();
-      break;
-    case 5:
-      host.onReport = host.onMemory = [] {  // an inner call, on its own picture
-        std::uint8_t inner[5 * 4 * 3] = {1, 2, 3};
-        NoiseProfile profile;
-        require(vxDenoiseEstNoise(inner, 1, 15, 5, 4, &profile) == 1, "an inner call works");
-        require(adjust(inner, 1, 15, 5, 4, {.lumaGamma = 1.0f}) == 1, "an inner call works");
-      };
-      break;
-    default:
-      break;
-  }
+  const unsigned kind = source.byte() % 8;
+  if (kind == 0) host.cancelAt = at;
+  if (kind == 1) host.throwAt = at;
+  if (kind == 2) host.throwAtAlloc = at;
+  if (kind == 3) host.throwAtFree = true;
+  if (kind == 4) host.failMask = source.byte();
+  if (kind == 5)
+    host.onReport = host.onMemory = [] {  // an inner call, on its own picture
+      std::uint8_t inner[5 * 4 * 3] = {1, 2, 3};
+      NoiseProfile profile;
+      require(vxDenoiseEstNoise(inner, 1, 15, 5, 4, &profile) == 1, "an inner call works");
+      require(adjust(inner, 1, 15, 5, 4, {.lumaGamma = 1.0f}) == 1, "an inner call works");
+    };
 }
 
-// Beyond what the guarded memory sees: the extra channel, the odd last column and row, and the
-// limit of 16-bit samples.
-void checkPixels(const Call& call, const GuardedMemory& memory) {
-  const int bytes = vx::bytesPerPixel(call.format);
-  const bool deep = call.format == 3 || call.format == 6;
-  const bool odd = !call.tiled();
-  for (int y = 0; y < call.height; ++y)
-    for (int x = 0; x < call.width; ++x) {
-      const std::uint8_t* now = static_cast<const std::uint8_t*>(call.pixels) +
-                                std::ptrdiff_t{call.rowStep} * y + bytes * x;
-      const std::uint8_t* before = memory.before(now);
-      if (odd && (x == (call.width | 1) - 1 || y == (call.height | 1) - 1)) {
-        require(deep || std::memcmp(now, before, static_cast<std::size_t>(bytes)) == 0,
-                "the odd last column and row stay");
-        continue;
-      }
-      if (call.format == 5) require(*now == *before, "the extra channel stays");
-      for (int i = 0; deep && i < bytes / 2; ++i) {
-        std::uint16_t a, b;
-        std::memcpy(&a, now + 2 * i, 2);
-        std::memcpy(&b, before + 2 * i, 2);
-        if (call.format == 6 && i == 0)
-          require(a == b || (odd && b > 0x8000 && a == 0x8000), "the extra channel stays");
-        else  // of format 6 in one piece, the last quarter of a row has no limit
-          require(a <= 0x8000 || (call.format == 6 && odd && 4 * x + i >= 3 * (call.width & ~1)),
-                  "16-bit samples end at 32768");
-      }
-    }
-}
+[[maybe_unused]] const bool anyPlansDo = (fftwf_set_timelimit(0.0), true);
 
 }  // namespace
-
-extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
-  vx::attachProcess();
-  fftwf_set_timelimit(0.0);  // plans of any quality
-  return 0;
-}
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static GuardedMemory memory(260 * 1024);
@@ -169,77 +110,51 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   chooseSize(source, call);
   static constexpr int kFormats[] = {1, 3, 5, 6, 1, 3, 5, 6, 1, 3, 5, 6, 0, 2, 4, 7};
   call.format = source.oneIn(32) ? source.raw<int>() : source.oneOf(kFormats);
-
   const int pixelBytes = call.known() ? vx::bytesPerPixel(call.format) : 8;
-  const bool sized = call.width >= 1 && call.height >= 1;
-  std::uint8_t* placed = nullptr;
-  const auto place = [&](int step) {
-    call.rowStep = step;
-    if (sized && call.width <= 8192)
-      placed =
-          memory.place({step, 0, std::ptrdiff_t{call.width} * pixelBytes, call.height}, source);
-    return placed != nullptr;
-  };
-  const int rowBytes = std::clamp(call.width, 1, 8192) * pixelBytes;
-  if (!place(fuzzStep(source, rowBytes, call.height))) place(rowBytes);
+  const Shape shape = {call.width, call.height, 1, pixelBytes, pixelBytes};
+  std::uint8_t* const placed = placePicture(memory, source, shape, call.rowStep);
   if (!source.oneIn(16)) call.pixels = placed;
   // Where nothing is to be touched, an address that nobody may touch.
-  const bool noTouch = !sized || call.refusedStep() || (call.tiled() && call.empty());
+  const bool noTouch = !shape.sized() || call.refusedStep() || (call.tiled() && call.empty());
   if (noTouch && source.oneIn(2)) call.pixels = memory.forbidden();
 
   chooseSettings(source, call);
   chooseHost(source, call);
-  const bool faults = source.oneIn(8);
-  const int refused = faults ? static_cast<int>(source.byte() % 128) : -1;
-  const bool fromThenOn = source.oneIn(2);
-  const Surroundings surroundings(source, faults);
+  const Surroundings surroundings(source, 128);
   memory.forbidTheRest();
 
   const auto cropped = [](int n) { return std::min(n, 2048); };
-  if (!sized || cropped(call.width) * cropped(call.height) < 1 << 15) {
-    const bool readable = placed != nullptr && call.pixels == placed;
+  if (!shape.sized() || cropped(call.width) * cropped(call.height) < 1 << 15) {
+    const bool readable = !shape.sized() || (placed != nullptr && call.pixels == placed);
     NoiseProfile found{};
-    surroundings.run([&] {
-      require(
-          vxDenoiseEstNoise(readable || !sized ? call.pixels : nullptr, call.format, call.rowStep,
-                            call.width, call.height, source.oneIn(16) ? nullptr : &found) == 1,
-          "the estimate is made");
+    const End end = surroundings.run([&] {
+      require(vxDenoiseEstNoise(readable ? call.pixels : nullptr, call.format, call.rowStep,
+                                call.width, call.height, source.oneIn(16) ? nullptr : &found) == 1,
+              "the estimate is made");
     });
-    require(std::isfinite(found.lumaNoise) && std::isfinite(found.lumaLevel) &&
+    require(end == End::done && std::isfinite(found.lumaNoise) && std::isfinite(found.lumaLevel) &&
                 found.lumaReserved == 0.0f && found.chromaReserved == 0.0f,
             "the estimate is made of numbers");
     if (call.profile.lumaLevel == 0.0f) call.profile = found;
   }
 
-  std::optional<int> result;
-  int leaked = 0;
-  {
-    const Heap heap(refused, fromThenOn);
-    try {
-      surroundings.run([&] {
-        result =
-            adjust(call.pixels, call.format, call.rowStep, call.width, call.height, call.settings,
-                   call.reports || call.lends ? &call.host : nullptr, call.lends);
-      });
-    } catch (const std::runtime_error&) {
-      require(call.host.throwAt >= 0 || call.host.throwAtAlloc >= 0 || call.host.throwAtFree,
-              "only the host throws this");
-    } catch (const vx::MemoryException&) {
-      require(Heap::refusedOne() && call.settings.unblockStrength > 0.02f,
-              "only want of memory for block artifacts ends a call by another exception");
-    }
-    leaked = Heap::live();
-    if (!Heap::refusedOne() && result.has_value()) {
-      const int cancelled = call.host.cancelAt;
-      const bool asked = call.reports || call.lends;
-      const bool cancels = asked && cancelled >= 0 && call.host.reports > cancelled;
-      require(*result == (cancels ? 0 : call.answer()), "the answer that is told");
-    }
-  }
-  require(leaked == 0 && call.host.live == 0, "everything is given back");
+  const Host& host = call.host;
+  const bool asked = call.reports || call.lends;
+  int result = -9;
+  const End end = surroundings.run(
+      [&] {
+        result = adjust(call.pixels, call.format, call.rowStep, call.width, call.height,
+                        call.settings, asked ? &call.host : nullptr, call.lends);
+      },
+      host.throwAt >= 0 || host.throwAtAlloc >= 0 || host.throwAtFree);
+  require(host.live == 0, "the host gets everything back");
+  require(end != End::noMemory || call.settings.unblockStrength > 0.02f,
+          "only want of memory for block artifacts ends a call by an exception");
+  const bool cancels = asked && host.cancelAt >= 0 && host.reports > host.cancelAt;
+  if (end == End::done && !Heap::refusedOne())
+    require(result == (cancels ? 0 : call.answer()), "the answer that is told");
   // A release that throws comes after the picture was written.
-  memory.check(call.touchesPixels() && (result == 1 || (!result && call.host.throwAtFree)));
-  const bool rowsApart = std::abs(std::int64_t{call.rowStep}) >= rowBytes || call.height == 1;
-  if (result == 1 && call.touchesPixels() && rowsApart && refused < 0) checkPixels(call, memory);
+  memory.check(call.touchesPixels() &&
+               (result == 1 || (end == End::hostThrew && host.throwAtFree)));
   return 0;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <climits>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -9,8 +10,9 @@
 
 namespace vx::test {
 
-/// Turns the bytes of an input into arguments; 0 when they are used up. The first byte says how
-/// hostile they are: from such as a host means well with to any bits at all.
+/// Turns the bytes of an input into arguments; 0 when they are used up. The
+/// first byte says how hostile they are: from such as a host means well with to
+/// any bits at all.
 class ByteSource {
  public:
   ByteSource(const std::uint8_t* data, std::size_t size) : data_(data), left_(size) {
@@ -53,22 +55,10 @@ class ByteSource {
   template <class Float>
   Float setting(double low, double high) {
     using Limits = std::numeric_limits<Float>;
-    static constexpr Float kOdd[] = {Limits::quiet_NaN(),
-                                     Limits::infinity(),
-                                     -Limits::infinity(),
-                                     Limits::max(),
-                                     Limits::lowest(),
-                                     Limits::denorm_min(),
-                                     Limits::min(),
-                                     Float(1e30),
-                                     Float(-1e30),
-                                     Float(-1),
-                                     Float(0),
-                                     -Float(0),
-                                     Float(1),
-                                     Float(2147483648.0),
-                                     Float(1e-6),
-                                     Float(255)};
+    constexpr Float kMost = Limits::max(), kLeast = Limits::denorm_min(), kNormal = Limits::min();
+    static constexpr Float kOdd[] = {NAN,     HUGE_VALF, -HUGE_VALF, kMost,        -kMost, kLeast,
+                                     kNormal, 1e30f,     -1e30f,     -1,           0,      -0.0f,
+                                     1,       255,       1e-6f,      2147483648.0f};
     const unsigned choice = byte();
     if (choice < oddBelow_) return kOdd[choice % std::size(kOdd)];
     if (choice < rawBelow_) return raw<Float>();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <sanitizer/asan_interface.h>
 #include <sys/mman.h>
 
 #include <algorithm>
@@ -13,17 +14,6 @@
 
 #include "tests/fuzz/byte_source.h"
 
-#if defined(__SANITIZE_ADDRESS__)
-#define VX_ADDRESS_SANITIZER
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define VX_ADDRESS_SANITIZER
-#endif
-#endif
-#ifdef VX_ADDRESS_SANITIZER
-#include <sanitizer/asan_interface.h>
-#endif
-
 namespace vx::test {
 
 /// Ends the program, which is how a fuzz target reports a finding.
@@ -33,7 +23,8 @@ inline void require(bool holds, const char* what) {
   std::abort();
 }
 
-/// The rows of a host's picture: pixels of three samples each, any distance apart.
+/// The rows of a host's picture: pixels of three samples each, any distance
+/// apart.
 struct Rows {
   std::ptrdiff_t rowStep;   ///< in bytes, of either sign
   std::ptrdiff_t first;     ///< lowest byte of a row, relative to its address; 0 or below
@@ -41,9 +32,9 @@ struct Rows {
   int height;
 };
 
-/// The host's memory between two pages that nobody may touch. The rows begin at the first page or
-/// end at the last, as the input says. Under the address sanitizer what lies beside the rows may
-/// not be read either.
+/// The host's memory between two pages that nobody may touch. The rows begin at
+/// the first page or end at the last, as the input says. Under the address
+/// sanitizer what lies beside the rows may not be read either.
 class GuardedMemory {
  public:
   static constexpr std::ptrdiff_t kPage = 4096;
@@ -82,7 +73,8 @@ class GuardedMemory {
     return at;
   }
 
-  /// Some bytes of the rows are none of the picture's; where rows overlap, none are left out.
+  /// Some bytes of the rows are none of the picture's; where rows overlap, none
+  /// are left out.
   void except(const std::uint8_t* at, std::ptrdiff_t count) {
     if (!apart_) return;
     std::memset(inRows_.data() + (at - used_), 0, static_cast<std::size_t>(count));
@@ -91,21 +83,17 @@ class GuardedMemory {
   /// Between place() and check(): what is not in a row must not be touched.
   void forbidTheRest() {
     before_.assign(used_, used_ + bytes_);
-#ifdef VX_ADDRESS_SANITIZER
     for (std::size_t i = 0, end; i < bytes_; i = end) {
       end = i;
       while (end < bytes_ && inRows_[end] == inRows_[i]) ++end;
       if (inRows_[i] == 0) ASAN_POISON_MEMORY_REGION(used_ + i, end - i);
     }
-#endif
   }
 
-  /// The memory may be read again; ends the program when anything but rows has changed, or anything
-  /// at all where nothing may.
+  /// The memory may be read again; ends the program when anything but rows has
+  /// changed, or anything at all where nothing may.
   void check(bool mayChange) {
-#ifdef VX_ADDRESS_SANITIZER
     ASAN_UNPOISON_MEMORY_REGION(used_, bytes_);
-#endif
     if (std::equal(before_.begin(), before_.end(), used_)) return;
     require(mayChange, "the picture is as it was");
     for (std::size_t i = 0; i < bytes_; ++i)
@@ -115,23 +103,20 @@ class GuardedMemory {
   /// An address that must not be touched.
   void* forbidden() const { return begin_ + size_; }
 
-  /// What stood before the call at an address inside.
-  const std::uint8_t* before(const std::uint8_t* at) const { return &before_[at - used_]; }
-
  private:
   void fill(ByteSource& source) {
     std::minstd_rand random(source.raw<std::uint16_t>() + 1u);
     const unsigned kind = source.byte() % 4;
-    const auto flat = static_cast<std::uint8_t>(source.byte());
+    const unsigned flat = source.byte();
     unsigned bits = 0;
     for (std::size_t i = 0; i < bytes_; ++i, bits >>= 8) {
       if (i % 3 == 0) bits = static_cast<unsigned>(random());  // 24 of its 31 bits are good
       const unsigned noise = bits & 255u;
-      const auto ramp = static_cast<unsigned>(i / 16 % 256);
-      used_[i] = static_cast<std::uint8_t>(kind == 0   ? flat
-                                           : kind == 1 ? noise
-                                           : kind == 2 ? ramp + noise % 16
-                                                       : (i / 96 % 2 == 0 ? 255u : noise % 4));
+      std::size_t value = flat;
+      if (kind == 1) value = noise;
+      if (kind == 2) value = i / 16 + noise % 16;
+      if (kind == 3) value = i / 96 % 2 == 0 ? 255u : noise % 4;
+      used_[i] = static_cast<std::uint8_t>(value);
     }
   }
 

@@ -7,7 +7,6 @@
 
 // The interface of libFuzzer, which every target implements.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
-extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv);
 
 /// An input for the target that this program is linked with.
 std::vector<std::uint8_t> nextInput(std::mt19937& rng);

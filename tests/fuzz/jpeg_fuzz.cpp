@@ -1,14 +1,13 @@
-// Whatever the bytes, the decoder answers with one of its codes, and a refused stream leaves the
-// image as it was. libFuzzer's interface.
+// Whatever the bytes, the decoder answers with one of its codes, and a refused
+// stream leaves the image as it was. libFuzzer's interface.
 
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <vector>
 
-#include "frame/exports/load.h"
 #include "jpeg/jpeg.h"
-#include "tests/fuzz/inputs.h"
+#include "tests/support/attached.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   // A copy of its own, so that a sanitizer sees the first byte too many.

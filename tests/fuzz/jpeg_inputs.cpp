@@ -37,34 +37,21 @@ void spoil(Stream& stream, std::mt19937& rng) {
     const std::size_t at = rng() % stream.size();
     const auto place = stream.begin() + static_cast<std::ptrdiff_t>(at);
     const auto rest = static_cast<std::ptrdiff_t>(std::min(rng() % 64, stream.size() - at));
-    switch (rng() % 8) {
-      case 0:
-        stream[at] = static_cast<std::uint8_t>(stream[at] ^ 1u << rng() % 8);
-        break;
-      case 1:
-        stream[at] = kBytes[rng() % std::size(kBytes)];
-        break;
-      case 2:
-        stream.resize(at);
-        break;
-      case 3:
-        stream.erase(place, place + rest);
-        break;
-      case 4: {  // a part once more, somewhere else
-        const Stream part(place, place + rest);
-        stream.insert(stream.begin() + static_cast<std::ptrdiff_t>(rng() % stream.size()),
-                      part.begin(), part.end());
-        break;
-      }
-      case 5:
-        stream.insert(place, {0xFF, kMarkers[rng() % std::size(kMarkers)]});
-        break;
-      case 6:  // a restart interval
-        stream.insert(place, {0xFF, 0xDD, 0, 4, 0, static_cast<std::uint8_t>(rng() % 4)});
-        break;
-      default:
-        for (std::ptrdiff_t i = 0; i < rest; ++i) place[i] = static_cast<std::uint8_t>(rng());
+    const unsigned kind = rng() % 8;
+    if (kind == 0) stream[at] = static_cast<std::uint8_t>(stream[at] ^ 1u << rng() % 8);
+    if (kind == 1) stream[at] = kBytes[rng() % std::size(kBytes)];
+    if (kind == 2) stream.resize(at);
+    if (kind == 3) stream.erase(place, place + rest);
+    if (kind == 4) {  // a part once more, somewhere else
+      const Stream part(place, place + rest);
+      stream.insert(stream.begin() + static_cast<std::ptrdiff_t>(rng() % stream.size()),
+                    part.begin(), part.end());
     }
+    if (kind == 5) stream.insert(place, {0xFF, kMarkers[rng() % std::size(kMarkers)]});
+    if (kind == 6)  // a restart interval
+      stream.insert(place, {0xFF, 0xDD, 0, 4, 0, static_cast<std::uint8_t>(rng() % 4)});
+    for (std::ptrdiff_t i = 0; kind == 7 && i < rest; ++i)
+      place[i] = static_cast<std::uint8_t>(rng());
   }
 }
 

@@ -1,5 +1,5 @@
-// Runs a fuzz target without libFuzzer, on the same inputs in every run, or on files: those that
-// libFuzzer found.
+// Runs a fuzz target without libFuzzer, on the same inputs in every run, or on
+// files: those that libFuzzer found.
 
 #include <cstdio>
 #include <cstdlib>
@@ -18,7 +18,6 @@ int main(int argc, char** argv) {
                  argv[0]);
     return 2;
   }
-  LLVMFuzzerInitialize(&argc, &argv);
   for (int i = 1; runs == 0 && i < argc; ++i) {
     std::ifstream file(argv[i], std::ios::binary);
     const std::vector<char> input{std::istreambuf_iterator<char>(file), {}};

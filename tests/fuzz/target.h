@@ -3,94 +3,106 @@
 #include <immintrin.h>
 #include <omp.h>
 
+#include <stdexcept>
+
 #include "frame/exceptions.h"
-#include "frame/exports/load.h"
 #include "prim/dispatch.h"
 #include "tests/fuzz/byte_source.h"
 #include "tests/fuzz/guarded_memory.h"
-#include "tests/fuzz/inputs.h"
+#include "tests/support/attached.h"
 #include "tests/support/heap.h"
-
-#ifdef __SANITIZE_THREAD__
-#define VX_ONE_THREAD true
-#else
-#define VX_ONE_THREAD false
-#endif
 
 namespace vx::test {
 
-/// What a host and its machine bring to a call: a processor level, a number of threads, and a
-/// floating-point state that must not matter and must still be there afterwards.
+/// The size of a picture and how its samples lie in a row; steps in samples.
+struct Shape {
+  int width, height, sampleBytes;
+  int pixelSamples = 3;  ///< that a function may touch
+  int pixelStep = 3;
+
+  bool sized() const { return width >= 1 && height >= 1; }
+  std::int64_t rowSamples() const {
+    return std::abs(std::int64_t{pixelStep}) * (width - 1) + pixelSamples;
+  }
+};
+
+/// Lays out a picture with rows one below the other or above, close together,
+/// apart or overlapping, or as far apart as an int can say. Sets the step
+/// between rows; null for a picture that has no size or finds no room.
+inline std::uint8_t* placePicture(GuardedMemory& memory, ByteSource& source, const Shape& shape,
+                                  int& rowStep) {
+  const int slack = static_cast<int>(source.byte() % 23), kind = source.byte() % 8;
+  if (!shape.sized() || shape.rowSamples() > 1 << 16) return nullptr;
+  const auto samples = static_cast<int>(shape.rowSamples());
+  const auto place = [&](int step) {
+    rowStep = step;
+    const std::int64_t first = std::min<std::int64_t>(
+        0, std::int64_t{shape.pixelStep} * (shape.width - 1) * shape.sampleBytes);
+    return memory.place({std::ptrdiff_t{step} * shape.sampleBytes, first,
+                         std::ptrdiff_t{samples} * shape.sampleBytes, shape.height},
+                        source);
+  };
+  int step = samples + slack % 5;
+  if (kind == 0) step = -samples - slack;
+  if (kind == 1) step = shape.height == 1 ? source.integer(-9, 9) : slack;
+  if (kind == 2) step = samples + slack;
+  if (kind == 3) step = source.integer(-samples, samples);
+  std::uint8_t* const placed = place(step);
+  return placed != nullptr ? placed : place(samples);
+}
+
+enum class End { done, noMemory, hostThrew };
+
+/// What a host and its machine bring to a call: a processor level, a number of
+/// threads, a floating-point state that must not matter and must still be there
+/// afterwards, and in one input of eight an allocation, or all from one on,
+/// that fails.
 class Surroundings {
  public:
-  explicit Surroundings(ByteSource& source, bool oneThread) {
+  Surroundings(ByteSource& source, unsigned allocations) {
+    const bool faults = source.oneIn(8);
+    if (faults) refused_ = static_cast<int>(source.byte() % allocations);
+    fromThenOn_ = source.oneIn(2);
     prim::primCpuColumn = static_cast<int>(source.byte()) % (prim::lastRunnableColumn() + 1);
-    // The thread sanitizer does not see the synchronisation of a team.
-    constexpr int kTeam = VX_ONE_THREAD ? 1 : 2;
-    omp_set_num_threads(!oneThread && source.oneIn(16) ? kTeam : 1);
-    // Fresh, flushing, rounding towards zero, rounding upwards with every exception a trap.
+#ifdef __SANITIZE_THREAD__  // does not see the synchronisation of a team
+    constexpr int kTeam = 1;
+#else
+    constexpr int kTeam = 2;
+#endif
+    omp_set_num_threads(!faults && source.oneIn(16) ? kTeam : 1);
+    // Fresh, flushing, rounding towards zero, rounding upwards with every
+    // exception a trap.
     static constexpr unsigned kStates[] = {0x1F80, 0x9FC0, 0x7F80, 0x4000};
     state_ = source.oneOf(kStates);
   }
-  /// Runs `call` under the host's floating-point state.
+  /// Makes the call; nothing may be left behind, however it ends.
   template <class Call>
-  void run(const Call& call) const {
+  End run(const Call& call, bool hostMayThrow = false) const {
+    End end = End::done;
+    const Heap heap(refused_, fromThenOn_);
     const unsigned own = _mm_getcsr();
-    const auto restore = [&] {
-      const unsigned after = _mm_getcsr();
-      _mm_setcsr(own);
-      constexpr unsigned kFlags = 0x3F;  // of exceptions that have happened
-      require((after & ~kFlags) == state_, "the host keeps its floating-point state");
-    };
     _mm_setcsr(state_);
     try {
       call();
-    } catch (...) {
-      restore();
-      throw;
+    } catch (const MemoryException&) {
+      end = End::noMemory;
+    } catch (const std::runtime_error&) {
+      end = End::hostThrew;
     }
-    restore();
+    const unsigned after = _mm_getcsr();
+    _mm_setcsr(own);
+    constexpr unsigned kFlags = 0x3F;  // of exceptions that have happened
+    require((after & ~kFlags) == state_, "the host keeps its floating-point state");
+    require(end != End::noMemory || Heap::refusedOne(), "there was memory");
+    require(end != End::hostThrew || hostMayThrow, "only the host throws this");
+    require(Heap::live() == 0, "everything is given back");
+    return end;
   }
 
  private:
+  int refused_ = -1;
+  bool fromThenOn_;
   unsigned state_;
 };
-
-/// Rows of `rowBytes` one below the other or above, close together, apart or overlapping, or as
-/// far apart as an int can say.
-inline int fuzzStep(ByteSource& source, int rowBytes, int height) {
-  const int slack = static_cast<int>(source.byte() % 23);
-  switch (source.byte() % 8) {
-    case 0:
-      return -rowBytes - slack;
-    case 1:
-      return height == 1 ? source.integer(-9, 9) : slack;
-    case 2:
-      return rowBytes + slack;
-    case 3:
-      return source.integer(-rowBytes, rowBytes);
-    default:
-      return rowBytes + slack % 5;
-  }
-}
-
-/// Makes the call with the allocation of that number refused (none: -1), or also all after it.
-/// False when the call ended for want of memory; nothing may be left behind in either case.
-template <class Call>
-bool endsOrLacksMemory(const Surroundings& surroundings, int refused, bool onwards,
-                       const Call& call) {
-  bool done = false;
-  {
-    const Heap heap(refused, onwards);
-    try {
-      surroundings.run(call);
-      done = true;
-    } catch (const MemoryException&) {
-      require(Heap::refusedOne(), "there was memory");
-    }
-    require(Heap::live() == 0, "everything is given back");
-  }
-  return done;
-}
 
 }  // namespace vx::test
