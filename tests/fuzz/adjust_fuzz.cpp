@@ -1,6 +1,6 @@
-// vxDenoiseEstNoise, then vxAdjustRgb with what it found: whatever the
-// arguments, the callbacks and the memory, the answer is one of those that are
-// told, and only pixels change. libFuzzer's interface.
+// vxDenoiseEstNoise, then vxAdjustRgb with what it found: whatever the arguments, the callbacks and
+// the memory, the answer is one of those that are told, and only pixels change. libFuzzer's
+// interface.
 
 #include <fftw3.h>
 

@@ -10,9 +10,8 @@
 
 namespace vx::test {
 
-/// Turns the bytes of an input into arguments; 0 when they are used up. The
-/// first byte says how hostile they are: from such as a host means well with to
-/// any bits at all.
+/// Turns the bytes of an input into arguments; 0 when they are used up. The first byte says how
+/// hostile they are: from such as a host means well with to any bits at all.
 class ByteSource {
  public:
   ByteSource(const std::uint8_t* data, std::size_t size) : data_(data), left_(size) {

@@ -1,5 +1,5 @@
-// vxYUVEdgeRGB, whatever its arguments: 1 and only pixels changed, or want of
-// memory and nothing changed. libFuzzer's interface.
+// vxYUVEdgeRGB, whatever its arguments: 1 and only pixels changed, or want of memory and nothing
+// changed. libFuzzer's interface.
 
 #include "tests/fuzz/target.h"
 #include "vxicore26.h"
@@ -9,8 +9,7 @@ using namespace vx::test;
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static GuardedMemory memory(160 * 1024);
   ByteSource source(data, size);
-  // The stages work on tiles of 256 by 32: one input in eight may be wider than
-  // one.
+  // The stages work on tiles of 256 by 32: one input in eight may be wider than one.
   const bool wide = source.oneIn(8);
   const int width = wide ? 1 + source.raw<std::uint16_t>() % 600 : source.integer(1, 48);
   const int height = wide ? 1 + static_cast<int>(source.byte() % 24) : source.integer(1, 40);

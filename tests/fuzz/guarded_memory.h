@@ -23,18 +23,21 @@ inline void require(bool holds, const char* what) {
   std::abort();
 }
 
-/// The rows of a host's picture: pixels of three samples each, any distance
-/// apart.
-struct Rows {
-  std::ptrdiff_t rowStep;   ///< in bytes, of either sign
-  std::ptrdiff_t first;     ///< lowest byte of a row, relative to its address; 0 or below
-  std::ptrdiff_t rowBytes;  ///< from there
-  int height;
+/// The size of a picture and how its samples lie in a row; steps in samples.
+struct Shape {
+  int width, height, sampleBytes;
+  int pixelSamples = 3;  ///< that a function may touch
+  int pixelStep = 3;     ///< of either sign
+
+  bool sized() const { return width >= 1 && height >= 1; }
+  std::int64_t rowSamples() const {
+    return std::abs(std::int64_t{pixelStep}) * (std::int64_t{width} - 1) + pixelSamples;
+  }
 };
 
-/// The host's memory between two pages that nobody may touch. The rows begin at
-/// the first page or end at the last, as the input says. Under the address
-/// sanitizer what lies beside the rows may not be read either.
+/// The host's memory between two pages that nobody may touch. The rows begin at the first page or
+/// end at the last, as the input says. Under the address sanitizer what lies beside the rows may
+/// not be read either.
 class GuardedMemory {
  public:
   static constexpr std::ptrdiff_t kPage = 4096;
@@ -51,12 +54,16 @@ class GuardedMemory {
   GuardedMemory& operator=(const GuardedMemory&) = delete;
   ~GuardedMemory() { munmap(begin_ - kPage, static_cast<std::size_t>(size_ + 2 * kPage)); }
 
-  /// Lays out `rows` with content from the input; null where they do not fit.
-  std::uint8_t* place(const Rows& rows, ByteSource& source) {
-    const __int128 last = static_cast<__int128>(rows.rowStep) * (rows.height - 1);
-    const __int128 low = std::min<__int128>(0, last) + rows.first;
-    const __int128 high = std::max<__int128>(0, last) + rows.first + rows.rowBytes;
-    if (rows.height < 1 || rows.rowBytes < 1 || high - low > size_) return nullptr;
+  /// Lays out a picture with content from the input; null where it does not fit.
+  std::uint8_t* place(const Shape& shape, int rowStep, ByteSource& source) {
+    const std::ptrdiff_t step = std::ptrdiff_t{rowStep} * shape.sampleBytes;
+    const std::ptrdiff_t rowBytes = shape.rowSamples() * shape.sampleBytes;
+    const std::ptrdiff_t first =  // lowest byte of a row, relative to its address
+        std::min<std::ptrdiff_t>(0, shape.pixelStep) * (shape.width - 1) * shape.sampleBytes;
+    const __int128 last = static_cast<__int128>(step) * (shape.height - 1);
+    const __int128 low = std::min<__int128>(0, last) + first;
+    const __int128 high = std::max<__int128>(0, last) + first + rowBytes;
+    if (high - low > size_) return nullptr;
     std::uint8_t* const at = source.oneIn(2) ? begin_ - static_cast<std::ptrdiff_t>(low)
                                              : begin_ + size_ - static_cast<std::ptrdiff_t>(high);
     // All beyond a page around the rows stays as it is, for speed.
@@ -66,15 +73,14 @@ class GuardedMemory {
         begin_ + inside(at - begin_ + static_cast<std::ptrdiff_t>(high) + kPage) - used_);
     fill(source);
     inRows_.assign(bytes_, 0);
-    apart_ = rows.height == 1 || std::abs(rows.rowStep) >= rows.rowBytes;
-    for (int y = 0; y < rows.height; ++y)
-      std::memset(inRows_.data() + (at - used_) + rows.rowStep * y + rows.first, 1,
-                  static_cast<std::size_t>(rows.rowBytes));
+    apart_ = shape.height == 1 || std::abs(step) >= rowBytes;
+    for (int y = 0; y < shape.height; ++y)
+      std::memset(inRows_.data() + (at - used_) + step * y + first, 1,
+                  static_cast<std::size_t>(rowBytes));
     return at;
   }
 
-  /// Some bytes of the rows are none of the picture's; where rows overlap, none
-  /// are left out.
+  /// Some bytes of the rows are none of the picture's; where rows overlap, none are left out.
   void except(const std::uint8_t* at, std::ptrdiff_t count) {
     if (!apart_) return;
     std::memset(inRows_.data() + (at - used_), 0, static_cast<std::size_t>(count));
@@ -90,8 +96,8 @@ class GuardedMemory {
     }
   }
 
-  /// The memory may be read again; ends the program when anything but rows has
-  /// changed, or anything at all where nothing may.
+  /// The memory may be read again; ends the program when anything but rows has changed, or anything
+  /// at all where nothing may.
   void check(bool mayChange) {
     ASAN_UNPOISON_MEMORY_REGION(used_, bytes_);
     if (std::equal(before_.begin(), before_.end(), used_)) return;

@@ -1,5 +1,5 @@
-// Whatever the bytes, the decoder answers with one of its codes, and a refused
-// stream leaves the image as it was. libFuzzer's interface.
+// Whatever the bytes, the decoder answers with one of its codes, and a refused stream leaves the
+// image as it was. libFuzzer's interface.
 
 #include <cstddef>
 #include <cstdint>

@@ -1,5 +1,5 @@
-// Runs a fuzz target without libFuzzer, on the same inputs in every run, or on
-// files: those that libFuzzer found.
+// Runs a fuzz target without libFuzzer, on the same inputs in every run, or on files: those that
+// libFuzzer found.
 
 #include <cstdio>
 #include <cstdlib>

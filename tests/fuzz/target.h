@@ -14,49 +14,29 @@
 
 namespace vx::test {
 
-/// The size of a picture and how its samples lie in a row; steps in samples.
-struct Shape {
-  int width, height, sampleBytes;
-  int pixelSamples = 3;  ///< that a function may touch
-  int pixelStep = 3;
-
-  bool sized() const { return width >= 1 && height >= 1; }
-  std::int64_t rowSamples() const {
-    return std::abs(std::int64_t{pixelStep}) * (width - 1) + pixelSamples;
-  }
-};
-
-/// Lays out a picture with rows one below the other or above, close together,
-/// apart or overlapping, or as far apart as an int can say. Sets the step
-/// between rows; null for a picture that has no size or finds no room.
+/// Lays out a picture with rows one below the other or above, close together, apart or overlapping,
+/// or as far apart as an int can say. Sets the step between rows; null for a picture that has no
+/// size or finds no room.
 inline std::uint8_t* placePicture(GuardedMemory& memory, ByteSource& source, const Shape& shape,
                                   int& rowStep) {
   const int slack = static_cast<int>(source.byte() % 23), kind = source.byte() % 8;
-  if (!shape.sized() || shape.rowSamples() > 1 << 16) return nullptr;
-  const auto samples = static_cast<int>(shape.rowSamples());
-  const auto place = [&](int step) {
-    rowStep = step;
-    const std::int64_t first = std::min<std::int64_t>(
-        0, std::int64_t{shape.pixelStep} * (shape.width - 1) * shape.sampleBytes);
-    return memory.place({std::ptrdiff_t{step} * shape.sampleBytes, first,
-                         std::ptrdiff_t{samples} * shape.sampleBytes, shape.height},
-                        source);
-  };
-  int step = samples + slack % 5;
-  if (kind == 0) step = -samples - slack;
-  if (kind == 1) step = shape.height == 1 ? source.integer(-9, 9) : slack;
-  if (kind == 2) step = samples + slack;
-  if (kind == 3) step = source.integer(-samples, samples);
-  std::uint8_t* const placed = place(step);
-  return placed != nullptr ? placed : place(samples);
+  const auto samples = static_cast<int>(std::clamp<std::int64_t>(shape.rowSamples(), 1, 1 << 16));
+  rowStep = samples + slack % 5;
+  if (kind == 0) rowStep = -samples - slack;
+  if (kind == 1) rowStep = shape.height == 1 ? source.integer(-9, 9) : slack;
+  if (kind == 2) rowStep = samples + slack;
+  if (kind == 3) rowStep = source.integer(-samples, samples);
+  if (!shape.sized() || shape.rowSamples() > samples) return nullptr;
+  if (std::uint8_t* const placed = memory.place(shape, rowStep, source)) return placed;
+  rowStep = samples;
+  return memory.place(shape, rowStep, source);
 }
 
 enum class End { done, noMemory, hostThrew };
 
-/// What a host and its machine bring to a call: a processor level, a number of
-/// threads, a floating-point state that must not matter and must still be there
-/// afterwards, and in one input of eight an allocation, or all from one on,
-/// that fails.
+/// What a host and its machine bring to a call: a processor level, a number of threads, a
+/// floating-point state that must not matter and must still be there afterwards, and in one input
+/// of eight an allocation, or all from one on, that fails.
 class Surroundings {
  public:
   Surroundings(ByteSource& source, unsigned allocations) {
@@ -70,8 +50,7 @@ class Surroundings {
     constexpr int kTeam = 2;
 #endif
     omp_set_num_threads(!faults && source.oneIn(16) ? kTeam : 1);
-    // Fresh, flushing, rounding towards zero, rounding upwards with every
-    // exception a trap.
+    // Fresh, flushing, rounding towards zero, rounding upwards with every exception a trap.
     static constexpr unsigned kStates[] = {0x1F80, 0x9FC0, 0x7F80, 0x4000};
     state_ = source.oneOf(kStates);
   }

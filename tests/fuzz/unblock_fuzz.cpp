@@ -1,5 +1,5 @@
-// vxUnblock, whatever its arguments: the number of round trips and only samples
-// changed, or want of memory and nothing changed. libFuzzer's interface.
+// vxUnblock, whatever its arguments: the number of round trips and only samples changed, or want of
+// memory and nothing changed. libFuzzer's interface.
 
 #include "tests/fuzz/target.h"
 #include "vxicore26.h"
