@@ -148,27 +148,4 @@ TEST(FilterGauss, mirroredImageGivesTheMirroredResult) {
   }
 }
 
-// Steps that end within the last pixel that a row needs, then the divisor or the mask.
-TEST(Filters, refuseShortStepsThenTheParameters) {
-  const U8 bytes[16] = {};
-  const float floats[16] = {}, taps[3] = {};
-  const int kernel[3] = {};
-  U8 to8[16];
-  float to32[16];
-  static constexpr int kRows[][5] = {{6, 4, 3, 1, 0},   {5, 4, 3, 0, -14}, {6, 3, 3, 0, -14},
-                                     {6, 4, 3, 0, -51}, {0, 0, 0, 0, -6},  {0, 0, -1, 0, -6}};
-  for (const auto& [s, d, n, divisor, status] : kRows) {
-    EXPECT_EQ(primFilterRow_8u_C1R(bytes, s, to8, d, 4, 1, kernel, n, 2, divisor), status);
-    EXPECT_EQ(primFilterColumn_8u_C1R(bytes, s - 2, to8, d, 4, 1, kernel, n, 2, divisor), status);
-    EXPECT_EQ(primFilter_8u_C1R(bytes, s, to8, d, 4, 1, kernel, n, 1, 2, 0, divisor), status);
-    if (status == -51) continue;
-    EXPECT_EQ(primFilterRow_32f_C1R(floats, 4 * s, to32, 4 * d, 4, 1, taps, n, 2), status);
-    EXPECT_EQ(primFilterColumn_32f_C1R(floats, 4 * s - 8, to32, 4 * d, 4, 1, taps, n, 2), status);
-  }
-  static constexpr int kGauss[][4] = {
-      {7, 8, 0, -14}, {8, 7, 0, -14}, {8, 8, 0, -33}, {8, 8, 13, -33}, {8, 8, 35, -33}};
-  for (const auto& [srcStep, dstStep, mask, status] : kGauss)
-    EXPECT_EQ(primFilterGauss_32f_C1R(floats, srcStep, to32, dstStep, 2, 1, mask), status);
-}
-
 }  // namespace

@@ -11,9 +11,6 @@ TEST(Transpose, exchangesRowsAndColumnsOfSquares) {
     ASSERT_EQ(call(primTranspose_32f_C1IR, a, a.size()), 0);
     expectPlane(a, [=](int x, int y) { return x * n + y; });
   }
-  float a[32];
-  EXPECT_EQ(primTranspose_32f_C1IR(a, 0, 5, 4), -6);
-  EXPECT_EQ(primTranspose_32f_C1IR(a, 15, 4, 4), -14);
 }
 
 // Weights of one axis as a dense row over the samples, in double and from other formulas than the
@@ -120,27 +117,6 @@ TEST(Resize, staysInsideTheImageWhateverIsAsked) {
               0);
     expectPlane(dst, [&](int x, int y) { return src.at(6 + std::min(x, 3), y); });
   }
-}
-
-// The first regions lie right and left of the image.
-TEST(Resize, refusesRegionsStepsFactorsAndMethods) {
-  const double inf = std::numeric_limits<double>::infinity();
-  const std::tuple<int, int, int, double, double, int, int> kRows[] = {
-      {0, 8, 0, 0, 0, 0, -6},         {0, -8, 0, 0, 0, 0, -6},
-      {31, 0, 16, 0, 0, 0, -14},      {32, 0, 15, 0, 0, 0, -14},
-      {32, 0, 16, 0, 1, 0, -23},      {32, 0, 16, 1, -1, 0, -23},
-      {32, 0, 16, inf, 1, 0, -23},    {32, 0, 16, 1, std::nan(""), 0, -23},
-      {32, 0, 16, 0.5, 1, 0, -22},    {32, 0, 16, 0.5, 1, 3, -22},
-      {32, 0, 16, 0.5, 1, 32, -22},   {32, 0, 16, 0.5, 1, -1, -22},
-      {32, 0, 16, 1.01, 0.5, 8, -22}, {32, 0, 16, 0.5, 1.01, 8, -22}};
-  const float src[8] = {};
-  float dst[4];
-  for (const auto& [srcStep, regionX, dstStep, fx, fy, code, status] : kRows)
-    EXPECT_EQ(
-        primResize_32f_C1R(src, 8, 1, srcStep, regionX, 0, 8, 1, dst, dstStep, 4, 1, fx, fy, code),
-        status)
-        << "status " << status << " for steps " << srcStep << ", " << dstStep << ", factors " << fx
-        << ", " << fy;
 }
 
 }  // namespace

@@ -73,17 +73,4 @@ TEST(Pyramid, bufferSizesFollowTheFormulas) {
     EXPECT_EQ(query(0, 0, 0, nullptr), -8);
 }
 
-TEST(Pyramid, refusesShortStepsThenUnevenOnes) {
-  const float src[16] = {};
-  float dst[64];
-  char buffer[1024];
-  EXPECT_EQ(primPyrDown_Gauss5x5_32f_C1R(src, 12, dst, 7, 3, 1, buffer), -14);
-  EXPECT_EQ(primPyrUp_Gauss5x5_32f_C1R(src, 12, dst, 23, 3, 1, buffer), -14);
-  for (auto step : {primPyrDown_Gauss5x5_32f_C1R, primPyrUp_Gauss5x5_32f_C1R}) {
-    EXPECT_EQ(step(src, 11, dst, 64, 3, 1, buffer), -14);
-    EXPECT_EQ(step(src, 13, dst, 64, 3, 1, buffer), -108);
-    EXPECT_EQ(step(src, 12, dst, 66, 3, 1, buffer), -108);
-  }
-}
-
 }  // namespace

@@ -64,30 +64,6 @@ TEST(Median, ofACross) {
   expectCross<S16>(primFilterMedianCross_16s_C1R, -32768, 32767);
 }
 
-TEST(Median, refusesStepsThenMasksThenAnchors) {
-  U8 image[64] = {};
-  static constexpr int kRows[][6] = {
-      {3, 0, 0, 0, 0, -14},  {8, 0, 3, 9, 9, -33}, {8, 3, 0, 9, 9, -33},  {8, -3, 3, 9, 9, -33},
-      {8, 3, 2, 9, 9, -33},  {8, 4, 3, 9, 9, -33}, {8, 3, 3, -1, 0, -34}, {8, 3, 3, 3, 0, -34},
-      {8, 3, 3, 0, -1, -34}, {8, 3, 3, 0, 3, -34}};
-  for (const auto& [step, width, height, anchorX, anchorY, status] : kRows)
-    EXPECT_EQ(primFilterMedian_8u_C1R(image, step, image, 8, 4, 4, width, height, anchorX, anchorY),
-              status);
-  using Form = std::tuple<decltype(&primFilterMedianCross_8u_C1R), int, int>;
-  for (const auto& [filter, small, large] : {Form{primFilterMedianCross_8u_C1R, 33, 55},
-                                             {primFilterMedianVert_8u_C1R, 13, 15},
-                                             {primFilterMedianHoriz_8u_C1R, 31, 51}}) {
-    EXPECT_EQ(filter(image, 4, image, 3, 4, 4, 0), -14);
-    for (int mask : {0, 3, 5, 11, 13, 15, 31, 33, 51, 55})
-      if (mask != small && mask != large) {
-        EXPECT_EQ(filter(image, 8, image, 8, 4, 4, mask), -33) << mask;
-      }
-  }
-  S16 word = 0;
-  EXPECT_EQ(primFilterMedianCross_16s_C1R(&word, 1, &word, 2, 1, 1, 33), -14);
-  EXPECT_EQ(primFilterMedianCross_16s_C1R(&word, 2, &word, 2, 1, 1, 31), -33);
-}
-
 TEST(Morphology, largestAndSmallestOfNine) {
   std::mt19937 rng(3);
   for (int width : {1, 2, 67, 600})
@@ -119,13 +95,6 @@ TEST(Morphology, nanStaysOnlyWhereItComesFirst) {
       EXPECT_EQ(smallest, 0.0f) << at;
     }
   }
-}
-
-TEST(Morphology, refusesShortSteps) {
-  float image[32] = {};
-  for (auto filter : {primDilate3x3_32f_C1R, primErode3x3_32f_C1R})
-    for (const auto& [srcStep, dstStep] : {std::pair{23, 16}, {24, 15}})
-      EXPECT_EQ(filter(image, srcStep, image, dstStep, 4, 1), -37);
 }
 
 }  // namespace

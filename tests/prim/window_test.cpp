@@ -43,11 +43,8 @@ TEST(Window, bartlettIsTheProductOfTwoTriangles) {
     }
 }
 
-TEST(Window, refusesSizesBelow3AndMissingMemory) {
+TEST(Window, refusesWithoutMemory) {
   float v[9] = {};
-  EXPECT_EQ(primvWinHamming_32f_I(v, 2), -6);
-  EXPECT_EQ(primWinBartlett2D_32f_C1IR(v, 0, 2, 3), -6);
-  EXPECT_EQ(primWinBartlett2D_32f_C1IR(v, 12, 3, 2), -6);
   const vx::test::Heap noMemory(0, true);
   EXPECT_EQ(primWinBartlett2D_32f_C1IR(v, 12, 3, 3), -9);
 }

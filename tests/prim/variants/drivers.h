@@ -16,6 +16,7 @@ struct Operands {
   Images images{};
   float* planes[3] = {};
   const std::int16_t* rows[8] = {};
+  std::vector<RowSize> rowSizes{};  ///< of the steps among the arguments
   std::size_t next = 0;
 
   template <class E>
@@ -37,6 +38,7 @@ struct Operands {
   T argument() {
     const std::size_t i = next++;
     const std::string_view name = entry.argument(i);
+    rowSizes.push_back(name.ends_with("tep") ? images.back()->rowSize(plan.reach) : RowSize{});
     if constexpr (std::is_same_v<T, float* const*>) {  // three planes of one step
       const int padding = t.nextPadding(sizeof(float));
       for (float*& plane : planes)
@@ -86,7 +88,7 @@ void drive(const Prim& entry, Row<Args...> row) {
     const Plan plan = planOf(entry, t);
     Operands operands{entry, t, plan};
     const std::tuple<Args...> args{operands.argument<Args>()...};
-    match<Args...>(entry, t, row, operands.images, plan.expect, args);
+    match<Args...>(entry, t, row, operands.images, plan.expected, args, operands.rowSizes);
   });
 }
 

@@ -32,6 +32,11 @@ struct Frame {
   int left = 0, top = 0, right = 0, bottom = 0;
 };
 
+/// What a row of an image holds.
+struct RowSize {
+  int bytes = 0, elementBytes = 0;
+};
+
 /// One image argument of a call, with random bytes around the region and between its elements.
 ///
 /// For every column of the dispatch table restore() puts the elements back and changes the bytes
@@ -87,6 +92,12 @@ class GuardedImage {
   GuardedImage(const GuardedImage&) = delete;
   GuardedImage& operator=(const GuardedImage&) = delete;
 
+  /// Bytes of a row with at most `reach` pixels of its frame.
+  RowSize rowSize(int reach) const {
+    const int framed = std::min(reach, layout_.frame.left + layout_.frame.right);
+    return {(layout_.width + framed) * layout_.pixels.stride * layout_.elementBytes,
+            layout_.elementBytes};
+  }
   int step() const { return layout_.bottomUp ? -stride_ : stride_; }
 
   /// Takes what the image holds now as the start of every call.

@@ -18,9 +18,10 @@ namespace vx::test {
 
 /// Arguments of a trial by their names.
 struct Plan {
-  Expect expect;
+  int expected;     ///< 0, or the status of the refusal that the arguments ask for
   int setting = 0;  ///< every integer that is neither size nor step nor listed below
   Frame frame{};    ///< readable pixels around the sources
+  int reach = 0;    ///< how many of those beside a row its step must hold
   std::map<std::string_view, double> numbers{};
   /// Of images and lists that are not the trial's size.
   std::map<std::string_view, Shape> shapes{};
@@ -28,9 +29,9 @@ struct Plan {
   std::map<std::string_view, std::shared_ptr<void>> objects{};        ///< no images
   bool ontoSource = false;  ///< the destination is the first image
 
-  /// An outcome is promised only when the arguments are as they should be.
-  void require(bool good) {
-    if (!good) expect = Expect::anything;
+  /// Sizes are checked first, then steps, then the rest in the order of these calls.
+  void refuse(bool bad, prim::Status status) {
+    if (bad && (expected == prim::kStatusOk || status == prim::kStatusBadSize)) expected = status;
   }
   template <class... Values>
   void set(std::string_view names, Values... values) {
@@ -51,10 +52,11 @@ inline Frame reachOf(int columns, int anchorX, int rows, int anchorY) {
 inline void planMask(const Prim& entry, Trial& t, Plan& plan) {
   const int small = entry.has("Vert") ? 13 : entry.has("Horiz") ? 31 : 33;
   const int large = entry.has("Vert") ? 15 : entry.has("Horiz") ? 51 : 55;
-  const int mask = t.oneIn(10) ? t.pick({0, 11, 13, 31, 35, -33, 77}) : t.pick({small, large});
+  const int mask = t.oneIn(10) ? t.pick({0, 3, 5, 11, 13, 15, 31, 33, 35, 51, 55, -33, 77})
+                               : t.pick({small, large});
   // An unsupported mask of one primitive is the mask of another and must not be taken for it.
   const bool known = mask == small || mask == large;
-  plan.require(known);
+  plan.refuse(!known, prim::kStatusBadMask);
   plan.setting = mask;
   const int x = mask / 10 / 2, y = mask % 10 / 2;
   if (known) plan.frame = {x, y, x, y};
@@ -83,7 +85,9 @@ inline void planConvolution(const Prim& entry, Trial& t, Plan& plan) {
   plan.frame = reachOf(columns, anchorX, rows, anchorY);
   plan.set("kernelWidth kernelHeight kernelLen anchor anchorX anchorY divisor", columns, rows,
            columns * rows, across ? anchorX : anchorY, anchorX, anchorY, divisor);
-  plan.require(columns * rows > 0 && (divisor != 0 || !entry.takes("divisor")));
+  plan.reach = columns - 1;
+  plan.refuse(columns * rows < 1, prim::kStatusBadSize);
+  plan.refuse(divisor == 0 && entry.takes("divisor"), prim::kStatusZeroDivisor);
 }
 
 /// A median of any odd size; the last two are even or negative and refused.
@@ -97,36 +101,46 @@ inline void planMedian(Trial& t, Plan& plan) {
   // The window begins at the anchor's distance before the pixel.
   plan.frame = reachOf(x, x - 1 - anchorX, y, y - 1 - anchorY);
   plan.set("maskWidth maskHeight anchorX anchorY", maskWidth, maskHeight, anchorX, anchorY);
-  plan.require(x % 2 == 1 && y % 2 == 1 && centred);
+  plan.refuse(x % 2 == 0 || y % 2 == 0, prim::kStatusBadMask);
+  plan.refuse(anchorX < 0 || anchorX >= x || anchorY < 0 || anchorY >= y, prim::kStatusBadAnchor);
 }
 
-/// Into a larger destination; one time in 8 the source does not fit or lies outside.
+/// Into a larger destination; one time in 4 the source does not fit or lies outside.
 inline void planBorder(const Prim& entry, Trial& t, Plan& plan) {
   const int left = t.uniform(0, 20), top = t.uniform(0, 4);
-  const bool misplaced = t.oneIn(8);
   const int dstWidth = left + t.width + t.uniform(0, 20);
   const int dstHeight = top + t.height + t.uniform(0, 4);
+  const bool outside = t.oneIn(8), below = !outside && t.oneIn(8);
   plan.shapes = {{"dst", {dstWidth, dstHeight, entry.destination}}};
   plan.set("srcWidth srcHeight dstWidth dstHeight top left", t.width, t.height, dstWidth, dstHeight,
-           misplaced ? t.pick({-1, dstHeight, top}) : top,
-           misplaced ? t.pick({-1, dstWidth}) : left);
-  plan.require(!misplaced);
+           below ? t.pick({-1, dstHeight - t.height + 1, INT_MAX}) : top,
+           outside ? t.pick({-1, dstWidth - t.width + 1, INT_MAX}) : left);
+  plan.refuse(outside || below, prim::kStatusBadSize);
 }
 
-/// A region that may touch the source's edges or lie inside.
+/// A region that may touch the source's edges or lie inside or, one time in 12, beside it.
 inline void planResize(Trial& t, Plan& plan) {
+  constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
   const int x = t.oneIn(2) ? 0 : t.uniform(0, 9), y = t.oneIn(2) ? 0 : t.uniform(0, 9);
   const int srcWidth = x + t.width + (t.oneIn(2) ? 0 : t.uniform(0, 9));
   const int srcHeight = y + t.height + (t.oneIn(2) ? 0 : t.uniform(0, 9));
-  const double xFactor = t.pick({0.5, 1.0, 2.0, 0.3, 1.7, 3.0, 0.5, 1.0, 2.0, 0.0, -1.0});
-  const double yFactor = t.oneIn(3) ? t.pick({0.5, 1.0, 2.0, 0.4, 1.3, 0.0}) : xFactor;
+  const double xFactor = t.pick({0.5, 1.0, 2.0, 0.3, 1.7, 3.0, 0.5, 1.0, 2.0});
+  const double yFactor = t.oneIn(3) ? t.pick({0.5, 1.0, 2.0, 0.4, 1.3}) : xFactor;
   const int dstWidth = std::max(1, int(t.width * xFactor));
   const int dstHeight = std::max(1, int(t.height * yFactor));
-  plan.setting = t.oneIn(2) ? 4 : t.pick({1, 2, 4, 8, 16, 0, 3, 32});
+  const bool beside = t.oneIn(12), badX = t.oneIn(12), badY = t.oneIn(12);
+  plan.setting = t.oneIn(2) ? 4 : t.pick({1, 2, 4, 8, 16, 0, 3, 32, -1});
   plan.shapes = {{"src", {srcWidth, srcHeight}}, {"dst", {dstWidth, dstHeight}}};
   plan.set("srcWidth srcHeight roiX roiY roiWidth roiHeight dstWidth dstHeight xFactor yFactor",
-           srcWidth, srcHeight, x, y, t.width, t.height, dstWidth, dstHeight, xFactor, yFactor);
-  plan.require(xFactor > 0 && yFactor > 0 && plan.setting == 4);
+           srcWidth, srcHeight, beside ? t.pick({-t.width, srcWidth}) : x, y, t.width, t.height,
+           dstWidth, dstHeight, badX ? t.pick({0.0, -1.0, kInfinity, kNone}) : xFactor,
+           badY ? t.pick({0.0, -1.0, kInfinity, kNone}) : yFactor);
+  plan.refuse(beside, prim::kStatusBadSize);
+  plan.refuse(badX || badY, prim::kStatusBadFactor);
+  const bool known = plan.setting == 1 || plan.setting == 2 || plan.setting == 4 ||
+                     plan.setting == 16 || (plan.setting == 8 && xFactor <= 1 && yFactor <= 1);
+  plan.refuse(!known, prim::kStatusBadInterpolation);
 }
 
 /// One state for all columns, since its scratch must not matter.
@@ -142,7 +156,7 @@ inline void planDeconvolution(Trial& t, Plan& plan) {
   plan.objects["state"] =
       std::shared_ptr<void>(state, [state](void*) { prim::primDeconvLRFree_32f_C1R(state); });
   plan.setting = t.pick({0, 1, 1, 2, 3});
-  plan.require(plan.setting > 0);
+  plan.refuse(plan.setting < 1, prim::kStatusBadParameter);
 }
 
 /// Levels that rise, but for one time in 6: of a curve over the range of the trial's values, where
@@ -155,7 +169,7 @@ inline void planLevels(const Prim& entry, Trial& t, Plan& plan) {
   plan.list("levels", count);
   plan.list("hist", count - 1);
   plan.setting = count;
-  plan.require(count >= 2);
+  plan.refuse(count < 2, curve ? prim::kStatusFewLutLevels : prim::kStatusFewHistogramLevels);
   const bool rising = !t.oneIn(6), repeats = t.oneIn(4), few = t.fill == Fill::few;
   const bool unit = few || t.fill == Fill::unit;
   if (curve && rising)
@@ -171,23 +185,24 @@ inline void planLevels(const Prim& entry, Trial& t, Plan& plan) {
     };
 }
 
-/// Candidates to the right of each pixel; packed rows have no room for those of the last one.
+/// Candidates to the right of each pixel.
 inline void planSearch(Trial& t, Plan& plan) {
-  plan.setting = t.pick({1, 2, 5, 13});
+  plan.setting = t.pick({0, 1, 2, 5, 13});
+  plan.reach = std::max(0, plan.setting - 1);
   plan.list("weights", plan.setting);
   for (const char* name : {"candidate", "srcU", "srcV"})
-    plan.shapes[name] = {t.width, t.height, {}, {0, 0, plan.setting - 1, 0}};
-  plan.require(!t.packed && !t.bottomUp);
+    plan.shapes[name] = {t.width, t.height, {}, {0, 0, plan.reach, 0}};
+  plan.refuse(plan.setting < 1, prim::kStatusBadSize);
 }
 
-/// Templates around the groups of rows and vectors; packed rows have no room for the last one.
+/// Templates around the groups of rows and vectors.
 inline void planCorrelation(Trial& t, Plan& plan) {
   const int columns = t.pick({1, 2, 5, 8, 12, 0}), rows = t.pick({1, 3, 8, -1});
   plan.set("tplWidth tplHeight", columns, rows);
   plan.list("tpl", columns * rows);
-  plan.shapes["src"] = {
-      t.width, t.height, {}, {0, 0, std::max(0, columns - 1), std::max(0, rows - 1)}};
-  plan.require(columns > 0 && rows > 0 && !t.packed && !t.bottomUp);
+  plan.reach = std::max(0, columns - 1);
+  plan.shapes["src"] = {t.width, t.height, {}, {0, 0, plan.reach, std::max(0, rows - 1)}};
+  plan.refuse(columns < 1 || rows < 1, prim::kStatusBadSize);
 }
 
 /// An axis that meets the trial's values, or one that they miss on both sides; the read goes into a
@@ -241,8 +256,8 @@ inline void planJpeg(const Prim& entry, Trial& t, Plan& plan) {
 }
 
 inline Plan planOf(const Prim& entry, Trial& t) {
-  Plan plan{t.bottomUp && entry.checksSteps ? Expect::badStep : Expect::success};
-  if (entry.has("3x3")) plan.frame = {1, 1, 1, 1};
+  Plan plan{t.bottomUp && entry.checksSteps ? prim::kStatusBadStep : prim::kStatusOk};
+  if (entry.has("3x3")) plan.frame = {1, 1, 1, 1}, plan.reach = 2;
   if (entry.takes("roundMode")) plan.setting = t.pick({0, 1, 1, 2, 7, -1});
   if (entry.takes("selector")) plan.setting = t.pick({0, 1, 2, 3, 4, 5, -1});
   if (entry.takes("scaleFactor"))
@@ -269,9 +284,10 @@ inline Plan planOf(const Prim& entry, Trial& t) {
                           down ? (t.height + 1) / 2 : 2 * t.height};
   }
   // Windows refuse sizes below 3, the transposition all but squares.
-  plan.require(!entry.has("Win") || std::min(t.width, t.height) >= 3);
+  const int shortest = entry.takes("length") ? t.width : std::min(t.width, t.height);
+  plan.refuse(entry.has("Win") && shortest < 3, prim::kStatusBadSize);
   if (entry.has("Transpose") && !t.oneIn(20)) t.height = t.width = t.width % 300;
-  plan.require(!entry.has("Transpose") || t.width == t.height);
+  plan.refuse(entry.has("Transpose") && t.width != t.height, prim::kStatusBadSize);
   return plan;
 }
 

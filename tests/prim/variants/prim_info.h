@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <string_view>
 
+#include "prim/types.h"
 #include "tests/prim/variants/guarded_image.h"
 
 namespace vx::test {
@@ -13,6 +14,9 @@ struct Prim {
   std::string_view arguments;  ///< "(src, srcStep, ...)"
   Pixels source, destination;
   bool checksSteps = false;  ///< refuses a step below 1; others take any
+  // Answers to a step shorter than its row and to one that is no multiple of its floats; 0:
+  // allowed.
+  int shortStep = 0, unevenStep = 0;
 
   constexpr bool has(std::string_view part) const {
     return name.find(part) != std::string_view::npos;
@@ -52,22 +56,28 @@ inline constexpr LayoutCode kLayoutCodes[] = {
 
 /// Reads a name of the list. An unknown layout is not a constant expression: it does not compile.
 consteval Prim readPrim(std::string_view name, std::string_view arguments) {
-  Prim prim{name, arguments, {}, {}};
+  Prim result{name, arguments, {}, {}};
   const std::string_view layout = name.substr(name.rfind('_') + 1);
   bool known = false;
   for (const auto& code : detail::kLayoutCodes)
     if (code.text == layout) {
-      prim.source = code.source;
-      prim.destination = code.destination;
+      result.source = code.source;
+      result.destination = code.destination;
       known = true;
     }
   if (!known) throw "unknown layout code";
-  for (const std::string_view start :
-       {"primAbsDiff_32f", "primAddProduct", "primCompare", "primConvert", "primColorTwist",
-        "primCopyReplicate", "primTranspose", "primFilter", "primPyr", "primResize", "primDeconv",
-        "primNormDiff", "primWin", "primDilate", "primErode", "primSearch"})
-    prim.checksSteps |= name.starts_with(start);
-  return prim;
+  const auto isOneOf = [name](auto... starts) { return (name.starts_with(starts) || ...); };
+  if (isOneOf("primDilate", "primErode"))
+    result.shortStep = prim::kStatusShortStep;
+  else if (isOneOf("primAbsDiff_32f", "primAddProduct", "primTranspose", "primFilter", "primPyr",
+                   "primResize", "primDeconv", "primSearch", "primCrossCorr"))
+    result.shortStep = prim::kStatusBadStep;
+  if (isOneOf("primPyr", "primDeconv")) result.unevenStep = prim::kStatusUnevenStep;
+  if (isOneOf("primAddProduct")) result.unevenStep = prim::kStatusBadStep;
+  result.checksSteps =
+      result.shortStep != 0 || isOneOf("primCompare", "primConvert", "primColorTwist",
+                                       "primCopyReplicate", "primNormDiff", "primWin");
+  return result;
 }
 
 }  // namespace vx::test
