@@ -1,13 +1,8 @@
 #include "prim/alloc.h"
 
-#include <gtest/gtest.h>
-
-#include <climits>
-#include <cstdint>
-#include <cstdlib>
 #include <cstring>
 
-#include "tests/support/heap.h"
+#include "tests/prim/plane.h"
 
 namespace {
 

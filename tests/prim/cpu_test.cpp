@@ -1,15 +1,8 @@
 #include "prim/cpu.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <string_view>
-#include <tuple>
-#include <utility>
-#include <vector>
-
 #include "prim/common/cpu_model.h"
 #include "prim/dispatch.h"
+#include "tests/prim/plane.h"
 
 namespace {
 
@@ -117,27 +110,20 @@ TEST(CpuModel, wideBodiesNeedTheProcessorAndTheOperatingSystem) {
   }
 }
 
-// Kilobytes of the second and third levels that the vendor documents, and their descriptors.
-constexpr std::pair<int, std::string_view> kCacheSizes[] = {
-    {16384, "\x4D"},
-    {12288, "\x4C"},
-    {8192, "\x47\x4B"},
-    {6144, "\x4A\x4E"},
-    {4096, "\x29\x46\x49"},
-    {3072, "\x48"},
-    {2048, "\x25\x45\x7D\x85"},
-    {1024, "\x23\x44\x78\x7C\x84\x87"},
-    {512, "\x22\x3E\x43\x7B\x7F\x80\x83\x86"},
-    {384, "\x3D"},
-    {256, "\x21\x3C\x42\x7A\x82"},
-    {192, "\x3A"},
-    {128, "\x39\x3B\x41\x79"}};
+// Descriptors of the second and third levels, and the kilobytes that the vendor documents.
+constexpr std::pair<int, int> kCaches[] = {
+    {0x4D, 16384}, {0x4C, 12288}, {0x47, 8192}, {0x4B, 8192}, {0x4A, 6144}, {0x4E, 6144},
+    {0x29, 4096},  {0x46, 4096},  {0x49, 4096}, {0x48, 3072}, {0x25, 2048}, {0x45, 2048},
+    {0x7D, 2048},  {0x85, 2048},  {0x23, 1024}, {0x44, 1024}, {0x78, 1024}, {0x7C, 1024},
+    {0x84, 1024},  {0x87, 1024},  {0x22, 512},  {0x3E, 512},  {0x43, 512},  {0x7B, 512},
+    {0x7F, 512},   {0x80, 512},   {0x83, 512},  {0x86, 512},  {0x3D, 384},  {0x21, 256},
+    {0x3C, 256},   {0x42, 256},   {0x7A, 256},  {0x82, 256},  {0x3A, 192},  {0x39, 128},
+    {0x3B, 128},   {0x41, 128},   {0x79, 128}};
 
 // In every byte that may hold one, alone and beside every other.
 TEST(CpuModel, findsTheLargestCacheOfTheDescriptors) {
   int kilobytes[256] = {};
-  for (const auto& [size, descriptors] : kCacheSizes)
-    for (const unsigned char descriptor : descriptors) kilobytes[descriptor] = size;
+  for (const auto& [descriptor, size] : kCaches) kilobytes[descriptor] = size;
   CpuRecord cpu = processor(6, 15, 0);
   const auto expectCache = [&](int status, int size) {
     int found = -1;

@@ -38,30 +38,18 @@ TEST(Threshold, clipsFloatsFromAboveAndBelow) {
   expectClipped(primThreshold_LT_32f_C3IR, false, kLevels, 3);
 }
 
-// NaN stands in no relation, so no relation may be the negation of another.
-template <class T>
-bool holds(int selector, T a, T b) {
-  if (a != a || b != b) return false;
-  const int order = a < b ? -1 : a > b ? 1 : 0;
-  return selector == 0   ? order < 0
-         : selector == 1 ? order <= 0
-         : selector == 2 ? order == 0
-         : selector == 3 ? order >= 0
-                         : order > 0;
-}
-
-// All pairs of the values. Unknown selectors do nothing. compare(x, y, mark, selector)
+// All pairs of the values; NaN stands in no relation, so no relation may be the negation of
+// another. Unknown selectors do nothing. compare(x, y, mark, selector)
 template <class T, class Compare>
 void expectRelations(const std::vector<T>& values, Compare compare) {
   for (int selector : {0, 1, 2, 3, 4, 5, -1, std::numeric_limits<int>::max()})
     for (T x : values)
       for (T y : values) {
+        const bool relations[] = {x<y, x <= y, x == y, x >= y, x> y};
+        const int want = selector < 0 || selector > 4 ? 7 : relations[selector] ? 255 : 0;
         U8 mark = 7;
         EXPECT_EQ(compare(&x, y, &mark, selector), 0);
-        EXPECT_EQ(mark, selector < 0 || selector > 4 ? 7
-                        : holds(selector, x, y)      ? 255
-                                                     : 0)
-            << +x << ", " << +y << ", selector " << selector;
+        EXPECT_EQ(mark, want) << +x << ", " << +y << ", selector " << selector;
       }
 }
 
