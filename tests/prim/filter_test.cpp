@@ -66,6 +66,10 @@ TEST(FilterFloat, addsFromTheLastTapToTheFirstInSinglePrecision) {
   ASSERT_EQ(primFilterColumn_32f_C1R(pixels + 1, 4, dst, 4, 1, 2, ones, 3, 1), 0);
   EXPECT_EQ(dst[0], 0.0f);
   EXPECT_EQ(dst[1], 1.0f);
+  // Beyond the first eight taps, too: the float after 1e8 is 1e8 + 8.
+  const float ten[] = {1e8f, 0, 0, 0, 0, 0, 0, 0, 4, 4}, taps[] = {1, 1, 1, 1, 1, 1, 1, 1, 1, 1};
+  ASSERT_EQ(primFilterRow_32f_C1R(ten, 40, dst, 4, 1, 1, taps, 10, 9), 0);
+  EXPECT_EQ(dst[0], 1e8f) << "(1e8 + 4) + 4";
 }
 
 // The sum as a 32-bit register holds it, the quotient in 64-bit integers or, by the float of a
