@@ -31,17 +31,15 @@ NoiseProfile estimate(Picture& p) {
 // The estimate pixel by pixel, on plain integers and without a primitive.
 using Ints = std::vector<int>;
 
-std::size_t index(int i) { return static_cast<std::size_t>(i); }
-
 // The median over a cross with arms of that length; a frame of two keeps the values of `to`.
 void crossMedian(const Ints& from, Ints& to, int w, int h, int arm) {
   for (int i = 0; i < w * h; ++i) {
     if (i % w < 2 || i % w >= w - 2 || i / w < 2 || i / w >= h - 2) continue;
-    Ints cross = {from[index(i)]};
+    Ints cross = {from[i]};
     for (int k = 1; k <= arm; ++k)
-      for (const int d : {-k, k, -k * w, k * w}) cross.push_back(from[index(i + d)]);
+      for (const int d : {-k, k, -k * w, k * w}) cross.push_back(from[i + d]);
     std::sort(cross.begin(), cross.end());
-    to[index(i)] = cross[cross.size() / 2];
+    to[i] = cross[cross.size() / 2];
   }
 }
 
@@ -224,7 +222,7 @@ TEST(NoiseEstimator, bothMasksAndThePlaneComesBack) {
   paint(p, 500.0, 9);
   const auto luma = referenceLuma(p, 0, 0, 120, 75);
   test::Plane plane(120, 75), before(120, 75);
-  test::paint(before, [&](int x, int y) { return luma[index(120 * y + x)]; });
+  test::paint(before, [&](int x, int y) { return luma[120 * y + x]; });
   for (const int mask : {3, 5}) {
     test::copyImage(before, plane);
     estimator.maskSize = mask;

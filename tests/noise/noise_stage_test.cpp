@@ -1,17 +1,12 @@
 #include "adjust/noise_stage.h"
 
-#include <fftw3.h>
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <limits>
-#include <thread>
 
-#include "prim/prims.h"
 #include "tests/adjust/host.h"
-#include "tests/support/images.h"
 #include "tests/support/picture.h"
-#include "vxicore26.h"
 
 namespace {
 
@@ -87,17 +82,6 @@ TEST_P(NoiseModes, thresholdAndMissingProfileLeaveThePicture) {
   EXPECT_TRUE(filtered(before, s, 1.0f).bytes == plain.bytes);
 }
 
-TEST_P(NoiseModes, theSameBytesForAnyThreads) {
-  const Picture before = noisyPicture(1, 210, 133, 8.0);
-  const auto run = [&](int threads) {
-    const test::Threads team(threads);
-    return filtered(before, denoising(0.7f, GetParam()), 0.2f);
-  };
-  const Picture wanted = run(1);
-  EXPECT_FALSE(wanted.bytes == before.bytes);
-  for (const int threads : {2, 7}) EXPECT_TRUE(run(threads).bytes == wanted.bytes) << threads;
-}
-
 TEST_P(NoiseModes, picturesBelowTheSearchTileAndFlatOnesStay) {
   const auto expectStays = [](const Picture& p) {
     Picture plain = filtered(p, {});
@@ -110,39 +94,6 @@ TEST_P(NoiseModes, picturesBelowTheSearchTileAndFlatOnesStay) {
     Picture p(1, 64, 48);
     p.forEachSample([&](int, int, int) { return level; });
     expectStays(p);
-  }
-}
-
-// Both plan all sizes of all geometries at the same time, from nothing. What they then know decides
-// the plans of the calls one by one, too.
-TEST(NoiseThreads, twoHostThreadsAtOnceGiveWhatEachGivesAlone) {
-  const float noises[] = {0.02f, 0.15f, 0.3f};
-  Picture noisy[2] = {noisyPicture(1, 76, 64, 9.0), noisyPicture(3, 64, 80, 9.0)};
-  std::vector<Picture> results[2];
-  const auto work = [&](int t) {
-    const test::Threads one(1);
-    std::vector<Picture> made;
-    for (int i = 0; i < 3; ++i) {
-      Picture p = noisy[t];
-      NoiseProfile profile{};
-      EXPECT_EQ(vxDenoiseEstNoise(p.bytes.data(), p.format, p.step, p.width, p.height, &profile),
-                1);
-      profile.lumaNoise = noises[(t + i) % 3];
-      AdjustSettings s = denoising(1.0f, 1);
-      s.noiseProfile = &profile;
-      EXPECT_EQ(adjust(p, s), 1);
-      made.push_back(p);
-    }
-    return made;
-  };
-  fftwf_forget_wisdom();
-  std::thread first([&] { results[0] = work(0); }), second([&] { results[1] = work(1); });
-  first.join();
-  second.join();
-  for (int t = 0; t < 2; ++t) {
-    const std::vector<Picture> alone = work(t);
-    for (std::size_t i = 0; i < 3; ++i)
-      EXPECT_TRUE(alone[i].bytes == results[t][i].bytes) << t << ", " << i;
   }
 }
 

@@ -137,19 +137,16 @@ TEST(NoiseFilterRecord, theFastModeIsThreeGridsOverTheImage) {
     fromLumaChroma(planes.all, true);
     for (int i = 0; i < 3 * 97 * 70; ++i)
       wanted.row(i / 291)[i % 291] = at(planes.plane[i % 3], i % 291 / 3, i / 291);
-    for (const int threads : {1, 2, 7})
-      for (const float grain : {0.0f, 1.0f}) {
-        const Threads team(threads);
-        copyImage(image, filtered);
-        settings.grainRestore = grain;
-        NoiseStage stage;
-        stage.filter(filtered, settings);
-        EXPECT_TRUE(sameBits(wanted, filtered)) << c.noise << ", " << threads << ", " << grain;
-        EXPECT_EQ(stage.hasGrain(), grain > 0.0f);
-        if (grain == 0.0f) continue;
-        stage.restoreGrain(filtered, settings);
-        EXPECT_LT(largestDifference(image, filtered), 2e-7f);
-      }
+    for (const float grain : {0.0f, 1.0f}) {
+      copyImage(image, filtered);
+      settings.grainRestore = grain;
+      NoiseStage stage;
+      stage.filter(filtered, settings);
+      EXPECT_TRUE(sameBits(wanted, filtered)) << c.noise << ", " << grain;
+      EXPECT_EQ(stage.hasGrain(), grain > 0.0f);
+      stage.restoreGrain(filtered, settings);
+      EXPECT_TRUE(grain == 0.0f || largestDifference(image, filtered) < 2e-7f);
+    }
   }
   NoiseFilterRecord record;
   record.configure(profile(0.25f, 0.03f), true, true);

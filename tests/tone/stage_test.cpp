@@ -19,11 +19,12 @@ struct StageCase {
   int width = 60, height = 41;
 };
 
-void reshape(SaturationTone& s, int mode, float contrast, float brightness, float range,
-             float gamma) {
-  s.mode = mode;
-  std::tie(s.contrast, s.brightness, s.detailRange, s.gamma) =
-      std::tuple(contrast, brightness, range, gamma);
+void curve(Stage& s, int mode, float contrast, float brightness, float range, float gamma) {
+  s.saturation.mode = mode;
+  s.saturation.contrast = contrast;
+  s.saturation.brightness = brightness;
+  s.saturation.detailRange = range;
+  s.saturation.gamma = gamma;
 }
 const auto kNothing = [](Stage&) {};
 const StageCase kCases[] = {
@@ -44,8 +45,8 @@ const StageCase kCases[] = {
     {"hue back", [](Stage& s) { s.hueShift = -0.7f; }},
     {"hue beyond a turn", [](Stage& s) { s.hueShift = 1.3f; }},
     {"saturation beyond one", [](Stage& s) { s.saturation.contrast = 4, s.saturation.gamma = 2; }},
-    {"saturation curve", [](Stage& s) { reshape(s.saturation, 1, 0.7f, -0.05f, 0.1f, 0.9f); }},
-    {"of logarithms", [](Stage& s) { reshape(s.saturation, 2, 1.3f, 0.02f, 0.04f, 1.0005f); }}};
+    {"saturation curve", [](Stage& s) { curve(s, 1, 0.7f, -0.05f, 0.1f, 0.9f); }},
+    {"of logarithms", [](Stage& s) { curve(s, 2, 1.3f, 0.02f, 0.04f, 1.0005f); }}};
 
 // One scratch for all of them: nothing of an image may be left for the next.
 TEST(ToneStage, bandsAndThreadsGiveTheBitsOfWholePlanePasses) {
@@ -81,6 +82,7 @@ TEST(ToneStage, stepsBeginAtTheirThresholds) {
     s.lightness.detailGain = gain;
     s.lightness.detailGamma = gamma;
   };
+  const auto bare = [](Stage& s) -> SaturationTone& { return s.saturation = {}; };
   const std::tuple<const char*, std::function<void(Stage&, float)>, float, float> thresholds[] = {
       {"sharpenAmount", [](Stage& s, float v) { s.sharpenAmount = v; }, 1.0009f, 1.0011f},
       {"sharpenSigma", [](Stage& s, float v) { s.sharpenSigma = v; }, 0.5f, 0.501f},
@@ -96,17 +98,12 @@ TEST(ToneStage, stepsBeginAtTheirThresholds) {
       {"satEqSample", [](Stage& s, float v) { s.saturation.eqSample = int(v); }, 3, 4},
       {"contrast", [](Stage& s, float v) { s.saturation.contrast = v; }, 1.00009f, 1.00011f},
       {"gamma", [](Stage& s, float v) { s.saturation.gamma = v; }, 1.00009f, 1.00011f},
-      {"curve", [](Stage& s, float v) { s.saturation = {}, s.saturation.detailGain = v; }, 1.0f,
-       1.00002f},
-      {"its slope", [](Stage& s, float v) { s.saturation = {}, s.saturation.contrast = v; },
-       1.000009f, 1.000012f},
-      {"its gamma", [](Stage& s, float v) { s.saturation = {}, s.saturation.gamma = v; }, 1.00009f,
-       1.00011f},
-      {"that of its detail", [](Stage& s, float v) { reshape(s.saturation, 1, 1.2f, 0, 0.1f, v); },
-       1.0009f, 1.0011f},
-      {"of logarithms",
-       [](Stage& s, float v) { s.saturation = {}, reshape(s.saturation, 2, 1, v, 0, 1); }, 0.9e-5f,
-       1.1e-5f}};
+      {"curve", [&](Stage& s, float v) { bare(s).detailGain = v; }, 1.0f, 1.00002f},
+      {"its slope", [&](Stage& s, float v) { bare(s).contrast = v; }, 1.000009f, 1.000012f},
+      {"its gamma", [&](Stage& s, float v) { bare(s).gamma = v; }, 1.00009f, 1.00011f},
+      {"of its detail", [](Stage& s, float v) { curve(s, 1, 1.2f, 0, 0.1f, v); }, 1.0009f, 1.0011f},
+      {"of logarithms", [&](Stage& s, float v) { bare(s).mode = 2, s.saturation.brightness = v; },
+       0.9e-5f, 1.1e-5f}};
   const Threads one(1);
   for (const auto& [name, set, out, in] : thresholds)
     for (const float value : {out, in}) {
@@ -122,22 +119,21 @@ TEST(ToneStage, stepsBeginAtTheirThresholds) {
 }
 
 TEST(ToneStage, toolsSplitAPlaneAsTheStageDoes) {
-  for (const float range : {0.05f, 0.0499f}) {
-    Plane base(60, 41), detail(60, 41);
-    fill(base, 17);
-    referenceSplit(base, detail, range, 9);
-    const auto expectSplit = [&](auto tone) {
-      Plane plane(60, 41), rest(60, 41);
+  const auto expectSplit = [](auto tone) {
+    for (const float range : {0.05f, 0.0499f}) {
+      Plane base(60, 41), detail(60, 41), plane(60, 41), rest(60, 41);
+      fill(base, 17);
       fill(plane, 17);
+      referenceSplit(base, detail, range, 9);
       tone.detailRange = range;
       tone.detailSample = 9;
       tone.splitBaseDetail(plane, rest);
       EXPECT_TRUE(sameBits(base, plane)) << range;
       EXPECT_TRUE(sameBits(detail, rest)) << range;
-    };
-    expectSplit(LightnessTone());
-    expectSplit(SaturationTone());
-  }
+    }
+  };
+  expectSplit(LightnessTone());
+  expectSplit(SaturationTone());
 }
 
 TEST(Unsharp, bandsGiveTheBitsOfWholePlanePasses) {
