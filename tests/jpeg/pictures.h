@@ -1,7 +1,7 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
-#include <cstdlib>
 #include <random>
 #include <vector>
 
@@ -36,9 +36,7 @@ inline Rgb makePicture(Scene scene, int width, int height, unsigned seed = 1) {
           if ((x / 11 + y / 7) % 3 == 0) value = (c * 97 + x / 11 * 53) % 256;
           value += random % 13 - 6;
         }
-        picture.row(y)[3 * x + c] = static_cast<std::uint8_t>(value < 0     ? 0
-                                                              : value > 255 ? 255
-                                                                            : value);
+        picture.row(y)[3 * x + c] = static_cast<std::uint8_t>(std::clamp(value, 0, 255));
       }
   return picture;
 }

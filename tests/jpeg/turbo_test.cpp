@@ -20,7 +20,7 @@ namespace {
 using vx::test::Rgb;
 using vx::test::Scene;
 
-constexpr int kSizes[][2] = {{1, 1}, {7, 3}, {8, 8}, {17, 16}, {33, 47}, {64, 31}};
+constexpr int kSizes[][2] = {{1, 1}, {7, 3}, {8, 8}, {17, 16}, {33, 47}, {160, 120}};
 
 #ifdef VX_TURBOJPEG
 
@@ -42,24 +42,20 @@ Difference compare(const Rgb& a, const Rgb& b) {
   return d;
 }
 
-// Flat blocks lie on ties now and then, so that all pixels of a few blocks may differ by one.
-bool hasManyBlocks(const Rgb& picture) { return picture.width * picture.height > 1000; }
-
-bool turboDecode(const std::vector<std::uint8_t>& stream, std::size_t size, Rgb& picture) {
+bool turboDecode(const std::vector<std::uint8_t>& stream, Rgb& picture) {
   const tjhandle handle = tjInitDecompress();
-  const int status = tjDecompress2(handle, stream.data(), size, picture.bytes.data(), picture.width,
-                                   0, picture.height, TJPF_RGB, TJFLAG_ACCURATEDCT);
+  const int status = tjDecompress2(handle, stream.data(), stream.size(), picture.bytes.data(),
+                                   picture.width, 0, picture.height, TJPF_RGB, TJFLAG_ACCURATEDCT);
   tjDestroy(handle);
   return status == 0;
 }
 
-std::vector<std::uint8_t> turboEncode(const Rgb& picture, int sampling, int quality,
-                                      int flags = 0) {
+std::vector<std::uint8_t> turboEncode(const Rgb& picture, int sampling, int quality) {
   const tjhandle handle = tjInitCompress();
   unsigned char* data = nullptr;
   unsigned long size = 0;
   EXPECT_EQ(tjCompress2(handle, picture.bytes.data(), picture.width, 0, picture.height, TJPF_RGB,
-                        &data, &size, sampling, quality, flags | TJFLAG_ACCURATEDCT),
+                        &data, &size, sampling, quality, TJFLAG_ACCURATEDCT),
             0);
   std::vector<std::uint8_t> stream(data, data + size);
   tjFree(data);
@@ -67,49 +63,57 @@ std::vector<std::uint8_t> turboEncode(const Rgb& picture, int sampling, int qual
   return stream;
 }
 
-TEST(Turbo, readsWhatWeWrite) {
-  for (const auto& size : kSizes)
+// What both decoders make of a stream differs by `largest` levels at most, and on average by `mean`
+// where the tables are not the coarsest: flat blocks lie on ties now and then, so that all pixels
+// of a few blocks may differ by one.
+void expectSameDecoded(Rgb& ours, std::vector<std::uint8_t>& stream, int quality, int largest,
+                       double mean) {
+  Rgb theirs(ours.width, ours.height);
+  ASSERT_EQ(vx::test::decode(ours, stream), 0);
+  ASSERT_TRUE(turboDecode(stream, theirs)) << tjGetErrorStr();
+  const Difference d = compare(ours, theirs);
+  EXPECT_LE(d.largest, largest);
+  if (ours.width * ours.height > 1000 && quality >= 10) {
+    EXPECT_LE(d.mean, mean);
+  }
+}
+
+// Both encoders see the same picture: what they lose is about the same.
+TEST(Turbo, readsWhatWeWriteAndLosesAsMuch) {
+  for (const auto& [width, height] : kSizes)
     for (int subsampling = 0; subsampling <= 2; ++subsampling)
       for (const int color : {vx::kJpegYcc, vx::kJpegRgb})
         for (int quality = 1; quality <= 100; ++quality) {
-          Rgb picture = vx::test::makePicture(Scene::edges, size[0], size[1]);
-          Rgb ours(size[0], size[1]), theirs(size[0], size[1]);
-          auto stream = vx::test::roomFor(picture);
-          SCOPED_TRACE(testing::Message() << size[0] << "x" << size[1] << " subsampling "
+          SCOPED_TRACE(testing::Message() << width << "x" << height << " subsampling "
                                           << subsampling << " color " << color << " q " << quality);
+          Rgb picture = vx::test::makePicture(Scene::edges, width, height);
+          Rgb ours(width, height), theirs(width, height);
+          auto stream = vx::test::roomFor(picture);
           vx::test::Codec codec(picture, stream);
           codec.p.streamColor = color;
           codec.p.streamSubsampling = subsampling;
           codec.p.quality = quality;
           ASSERT_EQ(vx::jpegWrite(&codec.p, vx::kJpegWriteImage), 0);
-          ASSERT_EQ(vx::test::decode(ours, stream), 0);
-          ASSERT_TRUE(turboDecode(stream, stream.size(), theirs)) << tjGetErrorStr();
-          const Difference d = compare(ours, theirs);
           // A level of Cb is 1.8 levels of blue; the colour formulas here round downward.
-          EXPECT_LE(d.largest, color == vx::kJpegRgb ? 1 : 4);
-          if (hasManyBlocks(picture) && quality >= 10) {
-            EXPECT_LE(d.mean, color == vx::kJpegRgb ? 0.1 : 0.9);
-          }
+          const bool rgb = color == vx::kJpegRgb;
+          expectSameDecoded(ours, stream, quality, rgb ? 1 : 4, rgb ? 0.1 : 0.9);
+          if (rgb || width * height < 10000 || quality < 10) continue;
+          ASSERT_TRUE(turboDecode(turboEncode(picture, kSampling[subsampling], quality), theirs));
+          EXPECT_NEAR(compare(picture, ours).mean, compare(picture, theirs).mean, 0.5);
         }
 }
 
 TEST(Turbo, isReadByUs) {
-  for (const auto& size : kSizes)
+  for (const auto& [width, height] : kSizes)
     for (const int sampling :
          {TJSAMP_444, TJSAMP_422, TJSAMP_420, TJSAMP_440, TJSAMP_411, TJSAMP_GRAY})
       for (int quality = 1; quality <= 100; ++quality) {
-        const Rgb picture = vx::test::makePicture(Scene::edges, size[0], size[1]);
-        Rgb ours(size[0], size[1]), theirs(size[0], size[1]);
-        std::vector<std::uint8_t> stream = turboEncode(picture, sampling, quality);
         SCOPED_TRACE(testing::Message()
-                     << size[0] << "x" << size[1] << " sampling " << sampling << " q " << quality);
-        ASSERT_EQ(vx::test::decode(ours, stream), 0);
-        ASSERT_TRUE(turboDecode(stream, stream.size(), theirs));
-        const Difference d = compare(ours, theirs);
-        EXPECT_LE(d.largest, 4);
-        if (hasManyBlocks(picture) && quality >= 10) {
-          EXPECT_LE(d.mean, 0.9);
-        }
+                     << width << "x" << height << " sampling " << sampling << " q " << quality);
+        Rgb ours(width, height);
+        auto stream =
+            turboEncode(vx::test::makePicture(Scene::edges, width, height), sampling, quality);
+        expectSameDecoded(ours, stream, quality, 4, 0.9);
       }
 }
 
@@ -123,16 +127,9 @@ TEST(Turbo, streamsWithRestartMarkersAndOptimisedTablesAreRead) {
     unsetenv("TJ_OPTIMIZE");
     const std::uint8_t marker[] = {0xFF, 0xD0};
     ASSERT_NE(std::search(stream.begin(), stream.end(), marker, marker + 2), stream.end());
-    Rgb ours(61, 43), theirs(61, 43);
-    ASSERT_EQ(vx::test::decode(ours, stream), 0);
-    ASSERT_TRUE(turboDecode(stream, stream.size(), theirs));
-    EXPECT_LE(compare(ours, theirs).largest, 4);
+    Rgb ours(61, 43);
+    expectSameDecoded(ours, stream, 80, 4, 0.9);
   }
-  setenv("TJ_PROGRESSIVE", "1", 1);
-  std::vector<std::uint8_t> progressive = turboEncode(picture, TJSAMP_420, 80);
-  unsetenv("TJ_PROGRESSIVE");
-  Rgb untouched(61, 43);
-  EXPECT_EQ(vx::test::decode(untouched, progressive), vx::kJpegUnsupportedFrame);
 }
 
 // The contents of all segments of a marker, one behind the other.
@@ -154,25 +151,6 @@ TEST(Turbo, hasTheSameTablesForEveryQuality) {
     for (const int marker : {0xDB, 0xC4})
       EXPECT_EQ(contents(ours, marker), contents(theirs, marker)) << quality << ", " << marker;
   }
-}
-
-// Both encoders see the same picture: what they lose is about the same.
-TEST(Turbo, losesAsMuchAsWeDo) {
-  for (int subsampling = 0; subsampling <= 2; ++subsampling)
-    for (const int quality : {10, 50, 75, 95}) {
-      Rgb picture = vx::test::makePicture(Scene::edges, 160, 120);
-      auto stream = vx::test::roomFor(picture);
-      vx::test::Codec codec(picture, stream);
-      codec.p.streamSubsampling = subsampling;
-      codec.p.quality = quality;
-      ASSERT_EQ(vx::jpegWrite(&codec.p, vx::kJpegWriteImage), 0);
-      Rgb ours(160, 120), theirs(160, 120);
-      ASSERT_TRUE(turboDecode(stream, stream.size(), ours));
-      const auto reference = turboEncode(picture, kSampling[subsampling], quality);
-      ASSERT_TRUE(turboDecode(reference, reference.size(), theirs));
-      EXPECT_NEAR(compare(picture, ours).mean, compare(picture, theirs).mean, 0.5)
-          << "subsampling " << subsampling << " q " << quality;
-    }
 }
 
 #else
