@@ -51,11 +51,10 @@ TEST(AutoNoise, ReadsEveryLayoutAlike) {
   }
   // Bottom up, the extra channel in front, as vxAdjustRgb takes it.
   const Bytes rgb(scene, 255);
-  std::vector<std::uint8_t> argb(static_cast<std::size_t>(4 * 203 * 97), 255);
-  for (int y = 0; y < 97; ++y)
-    for (int i = 0; i < 3 * 203; ++i)
-      argb[static_cast<std::size_t>(4 * (203 * (96 - y) + i / 3) + 1 + i % 3)] =
-          rgb.samples[static_cast<std::size_t>(3 * 203 * y + i)];
+  std::vector<std::uint8_t> argb(std::size_t{4} * 203 * 97, 255);
+  for (std::size_t y = 0; y < 97; ++y)
+    for (std::size_t i = 0; i < std::size_t{3} * 203; ++i)
+      argb[4 * (203 * (96 - y) + i / 3) + 1 + i % 3] = rgb.samples[3 * 203 * y + i];
   const VxAutoPicture picture = vxAutoPicture(argb.data() + 4 * 203 * 96, 5, -4 * 203, 203, 97);
   VxAutoNoise noise{};
   vxAutoMeasureNoise(&picture, nullptr, &noise);
