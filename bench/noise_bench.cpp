@@ -1,5 +1,6 @@
 // The noise filter in both modes, the estimate of the noise, and what a block of the non-local
-// filter's grid costs, part by part.
+// filter's grid costs, part by part. --level=avx2, or sse41 and so on, runs at that processor
+// level.
 
 #include <benchmark/benchmark.h>
 #include <omp.h>
@@ -8,18 +9,20 @@
 #include <cstdint>
 #include <cstdio>
 #include <functional>
+#include <string_view>
 #include <vector>
 
 #include "bench/fastest_turn.h"
 #include "bench/noise_opencv.h"
 #include "bench/noise_picture.h"
 #include "frame/exports/load.h"
+#include "prim/dispatch.h"
 #include "prim/float_mode.h"
 #include "tests/support/heap.h"
 #include "vxenhlib/noise/noise_filter_record.h"
-#include "vxenhlib/nonlocal/band_sums.h"
-#include "vxenhlib/nonlocal/block_matcher.h"
-#include "vxenhlib/nonlocal/filtered_stacks.h"
+#include "vxenhlib/nonlocal/exact_search.h"
+#include "vxenhlib/nonlocal/stack_filter.h"
+#include "vxenhlib/nonlocal/weighted_sums.h"
 
 namespace {
 
@@ -115,95 +118,70 @@ class Part {
   std::vector<double> calls_;
 };
 
-// One plane searched and filtered without a pilot, as the full-size detail pass does, over groups
-// of four blocks in the places of the walk: the two on the right are new, the two on the left were
-// the right ones of the tile before. A part is looked at with the clock of the machine, which costs
-// each of them some 20 to 50 ns.
+// One plane searched and filtered without a pilot, as the full-size detail pass does, over pairs of
+// blocks in the places of the walk, each looked for in two areas. A part is looked at with the
+// clock of the machine, which costs each of them some 20 to 50 ns.
 void blockParts(benchmark::State& state) {
   const prim::FloatModeGuard floatMode;
   constexpr BlockGeometry kGeometries[] = {{8, 8, 4, 32}, {12, 12, 6, 48}, {12, 16, 8, 48}};
   const BlockGeometry g = kGeometries[state.range(0)];
   constexpr int kSize = 320;
   const NoisePicture picture(kSize, kSize);
-  GIMG<float> plane(kSize, kSize), squares(kSize, kSize);
+  GIMG<float> plane(kSize, kSize);
   for (int y = 0; y < kSize; ++y)
-    for (int x = 0; x < kSize; ++x) {
-      plane.row(y)[x] = picture.image.row(y)[3 * x];
-      squares.row(y)[x] = plane.row(y)[x] * plane.row(y)[x];
-    }
-  integrate(PlaneView(squares));
-  const PlaneView guide(plane), integral(squares);
-  // Upper and lower block: of the left column, of the right one, and copies to be used up.
-  const int positions = g.searchSize - g.blockSize + 1;
-  GIMG<float> memory[6] = {{positions, positions}, {positions, positions}, {positions, positions},
-                           {positions, positions}, {positions, positions}, {positions, positions}};
-  PlaneView maps[6];
-  for (int i = 0; i < 6; ++i) maps[i] = PlaneView(memory[i]);
+    for (int x = 0; x < kSize; ++x) plane.row(y)[x] = 0.7f * picture.image.row(y)[3 * x + 1];
+  const PlaneView guide(plane);
 
   CNLImDnCn settings(g.stackLimit, 1, g.blockSize, g.searchSize);  // for the threshold
   settings.setFilterParams(0.01f, 1.5f, 3.0f, kNoiseSigma, 1.5f, 0.03f, 1.5f, 1);
-  const SearchShape search = {g.blockSize, g.blockSize, g.searchSize, g.searchSize};
-  const SearchTransform transform(search);
-  const StackShape shape(g.blockSize, g.blockSize, g.stackLimit);
-  BlockMatcher matcher;
-  StackSelection selection;
-  StackFilter stackFilter(shape);
+  const SearchShape shape = {g.blockSize, g.searchSize, g.blockStep};
+  QuantisedGuides guides;
+  ExactSearch search;
+  std::array<CostMap, 2> maps;
+  const BlockWindow window(g.blockSize);
+  StackFilter stackFilter(window);
   FilteredStacks stacks;
-  BandSums sums;
-  if (!matcher.reserve(search, 1, &guide, &integral) || !selection.reserve(g.searchSize) ||
-      !stackFilter.reserve() || !stacks.reserve(shape, 1) || !sums.reserve(1, kSize, 0, kSize))
+  WeightedSums sums;
+  if (!guides.reserve(&guide, 1, g.blockSize, g.searchSize, settings.matchThreshold,
+                      mostMatchCost(shape)) ||
+      !search.reserve(shape) || !maps[0].reserve(shape) || !maps[1].reserve(shape) ||
+      window.data() == nullptr || !stacks.reserve(g.blockSize, g.stackLimit, 1) ||
+      !sums.reserve(1, kSize, 0, kSize))
     return state.SkipWithError("no memory");
+  const MatchRule rule = {g.stackLimit, 1, 1, guides.limit()};
 
-  Part tile, correlation, extension, choice, stack, aggregation;
-  double blocks = 0.0, depths = 0.0;
-  StackMatches matches{};
+  Part quantising, searching, choice, stack, aggregation;
+  double depths = 0.0;
+  int strips = 0, blocks = 0;
+  StackMatches matches;
   const int margin = (g.searchSize - g.blockSize - g.blockStep) / 2;
-  const auto visit = [&](const PlaneView& map, int x, int y, int tileX, int tileY) {
-    int count = 0;
-    choice.time([&] {
-      count = selection.select(map, x - tileX, y - tileY, tileX, tileY, g.stackLimit, 1, 1,
-                               settings.matchThreshold, matches);
-    });
-    FilteredStacks::Stack& filtered = stacks.replaceOldest(matches, stackDepth(count));
-    stack.time([&] {
-      stackFilter.weigh(guide, nullptr, matches, filtered.depth, settings.settings,
-                        filtered.blockWeight);
-      stackFilter.filter(guide, matches, true, filtered.blockWeight, filtered.blocks);
-    });
-    aggregation.time([&] { sums.add(shape, filtered); });
-    depths += filtered.depth;
-    blocks += 1.0;
-  };
   for (auto _ : state)
-    for (int y = 0; y + g.searchSize <= kSize; y += 2 * g.blockStep) {
-      const auto pairAt = [&](int x) {
-        return BlockPair{x + margin, {y + margin, y + margin + g.blockStep}};
-      };
-      for (int x = 0; x + g.searchSize <= kSize; x += g.blockStep) {
-        tile.time([&] { matcher.setTile(transform, {x, y, g.searchSize, g.searchSize}); });
-        const BlockPair left = pairAt(x), right = pairAt(x + g.blockStep);
-        if (x == 0) {
-          matcher.search(transform, left, maps);
-        } else {
-          extension.time([&] {
-            matcher.extend(g.blockStep, left);
-            for (int j = 0; j < 2; ++j) matcher.slide(g.blockStep, j, maps[j]);
+    for (int y = 0; y + g.searchSize <= kSize; y += 2 * g.blockStep, ++strips) {
+      quantising.time([&] { guides.cover(y, y + g.searchSize); });
+      for (int x = 0; x + g.searchSize + g.blockStep <= kSize; x += g.blockStep) {
+        SearchArea area = {x, y, g.searchSize, g.searchSize};
+        const BlockPair pair = {x + margin + g.blockStep, {y + margin, y + margin + g.blockStep}};
+        searching.time([&] { search.search(guides, kSize, pair, area, maps); });
+        for (int visit = 0; visit < 4; ++visit, ++blocks) {
+          const std::size_t j = static_cast<std::size_t>(visit % 2);
+          area.x = x + visit / 2 * g.blockStep;
+          int count = 0;
+          choice.time([&] {
+            count = selectStack(maps[j], area, pair.x, pair.y[j], g.blockSize, rule, matches);
           });
+          FilteredStacks::Stack& filtered = stacks.replaceOldest(matches, stackDepth(count));
+          stack.time([&] {
+            stackFilter.filter(guide, {}, &guide, 1, matches, filtered.depth, settings.settings,
+                               filtered.blockWeight, filtered.blocks, stacks.planeFloats());
+          });
+          aggregation.time([&] { sums.add(g.blockSize, filtered, stacks.planeFloats()); });
+          depths += filtered.depth;
         }
-        correlation.time([&] { matcher.search(transform, right, maps + 2); });
-        for (int j = 0; j < 2; ++j) {
-          visit(maps[j], left.x, left.y[j], x, y);
-          for (int v = 0; v < positions; ++v)
-            std::copy_n(maps[2 + j].row(v), positions, maps[4 + j].row(v));
-          visit(maps[4 + j], right.x, right.y[j], x, y);
-        }
-        std::swap_ranges(maps, maps + 2, maps + 2);
       }
     }
   benchmark::DoNotOptimize(sums.row(0, 0));
-  state.counters["tile_ns"] = tile.nanoseconds() / 4.0;
-  state.counters["correlation_ns"] = correlation.nanoseconds() / 2.0;
-  state.counters["extension_ns"] = extension.nanoseconds() / 2.0;
+  state.counters["quantising_ns"] = quantising.nanoseconds() * strips / blocks;
+  state.counters["search_ns"] = searching.nanoseconds() / 4.0;
   state.counters["selection_ns"] = choice.nanoseconds();
   state.counters["stack_ns"] = stack.nanoseconds();
   state.counters["aggregation_ns"] = aggregation.nanoseconds();
@@ -253,15 +231,38 @@ void compareWithOpenCv() {
             openCvBilateral(large.rgb, large.width, large.height, false)},
            {"OpenCV bilateral d = 9, floats",
             openCvBilateral(large.rgb, large.width, large.height, true)}});
-  compare(small, 1, "non-local mode, floats in and out", 3,
-          {{"OpenCV fastNlMeansDenoisingColored 3/11, bytes",
-            openCvNonLocalMeans(small.rgb, small.width, small.height)}});
+  for (NoisePicture* p : {&small, &large})
+    compare(*p, 1, "non-local mode, floats in and out", 3,
+            {{"OpenCV fastNlMeansDenoisingColored 3/11, bytes",
+              openCvNonLocalMeans(p->rgb, p->width, p->height)}});
+}
+
+// Takes "--level=NAME" out of the arguments: the bodies of a lower processor level run.
+bool chooseLevel(int& argc, char** argv) {
+  constexpr std::string_view kOption = "--level=";
+  for (int i = 1; i < argc; ++i) {
+    const std::string_view argument = argv[i];
+    if (!argument.starts_with(kOption)) continue;
+    std::rotate(argv + i, argv + i + 1, argv + argc);
+    --argc;
+    for (int column = prim::lastRunnableColumn(); column >= 0; --column)
+      if (argument.substr(kOption.size()) == prim::columnName(column)) {
+        prim::primCpuColumn = column;
+        return true;
+      }
+    return false;
+  }
+  return true;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
   vx::attachProcess();
+  if (!chooseLevel(argc, argv)) {
+    std::fprintf(stderr, "--level: none that this machine runs\n");
+    return 2;
+  }
   benchmark::Initialize(&argc, argv);
   omp_set_num_threads(1);
   benchmark::RunSpecifiedBenchmarks();

@@ -110,8 +110,7 @@ Operands::Plane Operands::shape(const ImageRole& role) const {
   } else if (role.name == "near" || role.name == "far") {
     width += *detail::findNumber("depth");
   }
-  const bool looksAround =
-      entry_.name.starts_with("primFilter") || entry_.has("3x3") || entry_.has("CrossCorr");
+  const bool looksAround = entry_.name.starts_with("primFilter") || entry_.has("3x3");
   const bool isNeighbour = role.name == "candidate" || role.name == "srcU" || role.name == "srcV";
   const bool isRow = entry_.has("Upsample") && !isDst;  // read one beyond both ends
   const int frame = (role.name == "src" && looksAround) || isNeighbour || isRow ? kFrame : 0;

@@ -39,7 +39,7 @@ inline constexpr std::string_view kImages[] = {
 inline constexpr std::string_view kLists[] = {
     "value", "level", "values", "levels", "kernel", "sum",  "mean",
     "min",   "max",   "indexX", "indexY", "result", "hist", "weights",
-    "low",   "high",  "shift",  "amount", "least",  "gain", "tpl"};
+    "low",   "high",  "shift",  "amount", "least",  "gain"};
 
 struct Number {
   std::string_view name;
@@ -54,8 +54,6 @@ inline constexpr Number kNumbers[] = {
     {"top", 8},
     {"left", 8},
     {"count", 9},
-    {"tplWidth", 8},
-    {"tplHeight", 8},
     {"levelCount", 257},
     {"kernelLen", 5},
     {"anchor", 2},

@@ -42,21 +42,12 @@
  * A call returns when its work is done. It runs on the calling thread and shares loops out to a
  * team of OpenMP threads; `OMP_NUM_THREADS`, or omp_set_num_threads() of the host, limits it. Calls
  * on different pictures may run at once. Results do not depend on the number of threads nor on the
- * processor. The one exception is the non-local noise filter, whose Fourier transforms are planned
- * by timing: between processes its result may differ, by 0.003 of white (root mean square) on a
- * noisy picture of flat patches. FFTW's wisdom, when a host keeps it, pins the plans.
- *
- * FFTW (fftw3f) has one planner for the whole process, and it is not safe for threads. The library
- * plans under a lock of its own, which the host cannot take. A host that uses FFTW itself must
- * therefore make no call of its planner or its wisdom (plans made and destroyed included) while a
- * call with the non-local filter runs on another thread: the heap would be damaged. Import wisdom
- * before the first such call, and export it when none runs.
+ * processor, and are the same in every process.
  *
  * The team's threads stay asleep in the process afterwards, so that the library stays in memory
  * behind dlclose(). They are not copied by fork(). The child may call the library all the same:
  * its first thread, the one that called fork(), then computes alone, and threads that it starts
- * have teams of their own. Results stay the same. fork() waits while another thread plans its
- * transforms.
+ * have teams of their own. Results stay the same.
  *
  * @section floatmode Floating-point state
  *
@@ -230,9 +221,8 @@ typedef int (*VxProgress)(int position, int total, void* hostContext);
  *                         picture 0.4 % brighter: bytes come back as value / 255, not / 256.
  *                         Cost: 53
  * @param denoiseMode      0: quick filter with settings from the profile, neutral; other: non-local
- *                         filter, which keeps more detail. Cost: about 100 times that of the quick
- *                         filter, and in a process that has no plans for its transforms yet some
- *                         seconds once
+ *                         filter, which keeps more detail. Cost: about 45 times that of the quick
+ *                         filter
  *
  * @return 1 done (also when there was nothing to do); 0 cancelled; -1 out of memory, or a picture
  *         of 2304 and more on one axis and below 2 on the other; -2 unknown format. After 0, -1 and

@@ -22,15 +22,4 @@ int primSearchRow_32f_C1R(const float* candidate, int candidateStep, const float
                           int srcVStep, float* dstU, int dstUStep, float* dstV, int dstVStep,
                           int width, int height);
 
-/// Correlates with a template at every position where it lies inside the source: dst(x, y) = sum
-/// over the rows r, and in them the columns c, of tpl(c, r) * src(x + c, y + r).
-///
-/// One channel; products and sums are rounded to single precision each, added up in that order.
-/// @param src  width + tplWidth - 1 pixels of height + tplHeight - 1 rows are read
-/// @param tpl  rows one behind the other
-/// @return null pointer -8; a width or height of image or template below 1 -6; a step below the row
-///   length -14
-int primCrossCorr_32f_C1R(const float* src, int srcStep, const float* tpl, int tplWidth,
-                          int tplHeight, float* dst, int dstStep, int width, int height);
-
 }  // namespace vx::prim

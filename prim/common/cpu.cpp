@@ -6,6 +6,7 @@
 
 #include "prim/common/cpu_model.h"
 #include "prim/dispatch.h"
+#include "prim/match.h"
 #include "prim/types.h"
 
 namespace vx::prim {
@@ -41,6 +42,7 @@ void chooseColumn() noexcept {
 }  // namespace
 
 constinit int primCpuIndex = 0;
+constinit bool primDotProducts = false;
 
 CpuRecord readCpuRecord() noexcept {
   CpuRecord cpu;
@@ -72,6 +74,7 @@ int primGetCpuCode() { return cpuCode(thisCpu()); }
 
 int primInitCpu() {
   wideLevel = widestLevel();
+  primDotProducts = hasDotProducts(thisCpu());
   primSetCpuByCode(primGetCpuCode());
   return isKnownVendor(thisCpu()) ? kStatusOk : kStatusOtherVendor;
 }

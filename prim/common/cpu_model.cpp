@@ -185,6 +185,10 @@ int lastRunnableColumn(const CpuRecord& cpu) noexcept {
   return avx512 && (cpu.xcr0 & 0xE6) == 0xE6 ? 7 : 6;
 }
 
+bool hasDotProducts(const CpuRecord& cpu) noexcept {
+  return lastRunnableColumn(cpu) == 7 && bit(cpu.leaf7.ecx, 11);  // AVX512_VNNI
+}
+
 int largestCache(const CpuRecord& cpu, int* size) noexcept {
   *size = 0;
   if (!isKnownVendor(cpu) || cpu.leaf0.eax < 2 || (cpu.leaf2.eax & 0xFF) != 1)

@@ -39,6 +39,9 @@ int cpuIndexOfCode(int code) noexcept;
 /// Last column of the dispatch table whose body processor and operating system can run.
 int lastRunnableColumn(const CpuRecord& cpu) noexcept;
 
+/// Whether dot products of words run in vectors of 512 bits, beside the widest bodies.
+bool hasDotProducts(const CpuRecord& cpu) noexcept;
+
 /// Bytes of the largest cache among the descriptors of leaf 2.
 ///
 /// @param size  receives the bytes, 0 if not found

@@ -59,65 +59,9 @@ void searchVector(const SearchRow& r, int x) {
   storeFloats(r.dstV + x, v);
 }
 
-// kRows rows of two vectors of positions, the sums in registers: a tap of the template is loaded
-// once for all of them, and their additions wait for each other only every other vector.
-template <int kRows>
-void correlateVectors(const float* src, int srcStep, const float* tpl, int tplWidth, int tplHeight,
-                      float* dst, int dstStep) {
-  Floats left[kRows] = {};
-  Floats right[kRows] = {};
-  for (int r = 0; r < tplHeight; ++r)
-    for (int c = 0; c < tplWidth; ++c) {
-      const Floats tap = setFloats(*tpl++);
-#pragma GCC unroll 4
-      for (int i = 0; i < kRows; ++i) {
-        const float* p = row(src, srcStep, r + i) + c;
-        left[i] += tap * loadFloats(p);
-        right[i] += tap * loadFloats(p + kFloats);
-      }
-    }
-  for (int i = 0; i < kRows; ++i) {
-    storeFloats(row(dst, dstStep, i), left[i]);
-    storeFloats(row(dst, dstStep, i) + kFloats, right[i]);
-  }
-}
-
 #endif
-
-float correlatePixel(const float* src, int srcStep, const float* tpl, int tplWidth, int tplHeight) {
-  float sum = 0.0f;
-  for (int r = 0; r < tplHeight; ++r)
-    for (int c = 0; c < tplWidth; ++c) sum += *tpl++ * row(src, srcStep, r)[c];
-  return sum;
-}
 
 }  // namespace
-
-int primCrossCorr_32f_C1R(const float* src, int srcStep, const float* tpl, int tplWidth,
-                          int tplHeight, float* dst, int dstStep, int width, int height) {
-  if (const int status = checkImage(width, height, src, tpl, dst)) return status;
-  if (emptySize(tplWidth, tplHeight)) return kStatusBadSize;
-  if (srcStep < 4 * (std::int64_t{width} + tplWidth - 1) || shortStep(dstStep, width, 4))
-    return kStatusBadStep;
-  int x = 0;
-#ifndef VX_KERNEL_SCALAR
-  constexpr int kTogether = 4;
-  for (; x + 2 * kFloats <= width; x += 2 * kFloats) {
-    int y = 0;
-    for (; y + kTogether <= height; y += kTogether)
-      correlateVectors<kTogether>(row(src, srcStep, y) + x, srcStep, tpl, tplWidth, tplHeight,
-                                  row(dst, dstStep, y) + x, dstStep);
-    for (; y < height; ++y)
-      correlateVectors<1>(row(src, srcStep, y) + x, srcStep, tpl, tplWidth, tplHeight,
-                          row(dst, dstStep, y) + x, dstStep);
-  }
-#endif
-  for (; x < width; ++x)
-    for (int y = 0; y < height; ++y)
-      row(dst, dstStep, y)[x] =
-          correlatePixel(row(src, srcStep, y) + x, srcStep, tpl, tplWidth, tplHeight);
-  return kStatusOk;
-}
 
 int primSearchRow_32f_C1R(const float* candidate, int candidateStep, const float* target,
                           int targetStep, const float* weights, int count, float* best,

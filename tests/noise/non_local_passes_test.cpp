@@ -1,21 +1,32 @@
 #include <dlfcn.h>
+#include <fftw3.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cmath>
+#include <cstdio>
 #include <memory>
+#include <string>
 
+#include "prim/dispatch.h"
 #include "prim/float_mode.h"
-#include "prim/prims.h"
 #include "tests/nonlocal/reference_non_local.h"
 #include "tests/support/heap.h"
+#include "tests/support/variants.h"
 #include "vxenhlib/noise/noise_filter_record.h"
 #include "vxicore26.h"
 
-// Stands in front of the transform library's allocator for the whole program.
-extern "C" void* fftwf_malloc(std::size_t size) {
+namespace {
+int plansMade = 0;
+}
+
+// Stands in front of the transform library's planner for the whole program.
+extern "C" fftwf_plan fftwf_plan_dft_2d(int rows, int columns, fftwf_complex* in,
+                                        fftwf_complex* out, int sign, unsigned flags) {
+  ++plansMade;
   static const auto next =
-      reinterpret_cast<void* (*)(std::size_t)>(dlsym(RTLD_NEXT, "fftwf_malloc"));
-  return vx::test::Heap::admits() ? next(size) : nullptr;
+      reinterpret_cast<decltype(&fftwf_plan_dft_2d)>(dlsym(RTLD_NEXT, "fftwf_plan_dft_2d"));
+  return next(rows, columns, in, out, sign, flags);
 }
 
 namespace {
@@ -75,9 +86,8 @@ TEST(NonLocalPasses, anAllZeroProfileKeepsTheLuma) {
   }
 }
 
-// Buffers of transforms count too. A pass without its memory ends the work, and nothing half done
-// is seen: the chroma is as it was or final; the luma is as it was, final, or what the first two
-// passes make of it.
+// A pass without its memory ends the work, and nothing half done is seen: the chroma is as it was
+// or final; the luma is as it was, final, or what the first two passes make of it.
 TEST(NonLocalPasses, withoutMemoryWholePassesAreLeftOut) {
   const prim::FloatModeGuard floatMode;
   const Threads one(1);
@@ -120,6 +130,62 @@ TEST(NonLocalPasses, withoutMemoryWholePassesAreLeftOut) {
   EXPECT_GT(untouched, 0);
   EXPECT_GT(half, 0);
   EXPECT_NE(firstStage, nullptr);
+}
+
+// The exported function in the non-local mode, with noise for each size of block.
+std::uint64_t digestOfPictures() {
+  std::uint64_t hash = 14695981039346656037u;  // FNV-1a
+  for (const float sigma : {0.04f, 0.14f, 0.2f}) {
+    constexpr int kWidth = 130, kHeight = 114;
+    std::mt19937 random(3);
+    std::vector<std::uint8_t> rgb(std::size_t{3} * kWidth * kHeight);
+    for (std::size_t i = 0; i < rgb.size(); ++i) {
+      const std::size_t x = i / 3 % kWidth, y = i / 3 / kWidth;
+      const float noise = sigma * (static_cast<float>(random() % 2001) / 1000.0f - 1.0f);
+      const float patch = static_cast<float>((x / 17 ^ y / 13) % 4) * 0.2f + 0.2f;
+      rgb[i] = static_cast<std::uint8_t>(255.0f * std::clamp(patch + noise, 0.0f, 1.0f));
+    }
+    const NoiseProfile profile = {0.6f, sigma, 0.0f, 0.6f, 0.5f * sigma, 0.0f};
+    EXPECT_EQ(vxAdjustRgb(rgb.data(), 1, 3 * kWidth, kWidth, kHeight, 1, nullptr, nullptr, nullptr,
+                          nullptr, 0, 0, 0, 0, 0, 0, 0, 0, 1, 1, 1, 0, 0, 1, 1, 0, 0.6f, &profile,
+                          0, 0, 1),
+              1);
+    for (const std::uint8_t byte : rgb) hash = (hash ^ byte) * 1099511628211u;
+  }
+  return hash;
+}
+
+TEST(NonLocalBytes, DISABLED_print) {
+  std::printf("digest %016llx\n", static_cast<unsigned long long>(digestOfPictures()));
+}
+
+// Costs are integers, sums have one order, and no transform is planned by timing.
+TEST(NonLocalBytes, areTheSameForAllLevelsThreadsAndProcesses) {
+  const bool dotProducts = prim::primDotProducts;
+  const std::uint64_t first = digestOfPictures();
+  const auto check = [&](int threads) {
+    const Threads team(threads);
+    EXPECT_EQ(digestOfPictures(), first) << threads << " threads";
+  };
+  onEveryVariant([&] { check(1); });
+  for (const int threads : {2, 7}) check(threads);
+  prim::primDotProducts = false;
+  check(1);
+  prim::primDotProducts = dotProducts;
+  EXPECT_EQ(plansMade, 0);
+
+  char self[4096] = {};
+  ASSERT_GT(readlink("/proc/self/exe", self, sizeof self - 1), 0);
+  const std::string command = std::string(self) +
+                              " --gtest_also_run_disabled_tests"
+                              " --gtest_filter=NonLocalBytes.DISABLED_print";
+  FILE* const process = popen(command.c_str(), "r");
+  ASSERT_NE(process, nullptr);
+  unsigned long long digest = 0;
+  for (char line[256]; fgets(line, sizeof line, process) != nullptr;)
+    std::sscanf(line, "digest %llx", &digest);
+  EXPECT_EQ(pclose(process), 0);
+  EXPECT_EQ(digest, first);
 }
 
 }  // namespace

@@ -36,14 +36,14 @@ void transformAxis(Spectrum& data, int length, int stride, double sign) {
 struct Pass {
   const CNLImDnCn& filter;
   std::size_t stackLimit;
-  const Planes& guides;
+  const QuantisedGuides& guides;
   const Plane& source;
   const Plane* pilot;
   const Planes& in;
   int b = filter.blockWidth;
   int searchedX = std::min(filter.searchWidth, source.width);
   int searchedY = std::min(filter.searchWidth, source.height);
-  NonLocalResult result{{}, std::vector<int>(17), 1e20};
+  NonLocalResult result{{}, std::vector<int>(17)};
 
   // Plane in.size() is that of the weights.
   NonLocalResult run() {
@@ -70,9 +70,10 @@ struct Pass {
 
   // The last one of the list was refused, if the list is longer than the stack.
   Stack choose(Position own, Position tile, std::size_t& count) {
+    constexpr std::int64_t kBlanked = std::int64_t{1} << 40;
     Stack taken = {own};
     for (count = 1; taken.size() < stackLimit; ++count) {
-      double best = 1e20, rival = 1e20;
+      std::int64_t best = kBlanked;
       Position found = tile;  // the first position, where all are blanked
       for (int y = tile.y; y <= tile.y + searchedY - b; ++y)
         for (int x = tile.x; x <= tile.x + searchedX - b; ++x) {
@@ -81,19 +82,12 @@ struct Pass {
                        std::abs(y - p.y) <= filter.exclusionY;
               }))
             continue;
-          const double cost = blockDistance(guides, own.x, own.y, x, y, b);
-          rival = std::min(rival, std::max(cost, best));
+          const std::int64_t cost = blockDistance(guides, own.x, own.y, x, y, b);
           if (cost < best) found = {x, y};
           best = std::min(best, cost);
         }
       taken.push_back(found);
-      const bool refused = best > filter.matchThreshold;
-      if (best < 1e20) {
-        const double margin = std::abs(best - filter.matchThreshold);
-        result.narrowest = std::min(
-            {result.narrowest, margin, refused && taken.size() > 2 ? margin : rival - best});
-      }
-      if (refused) break;
+      if (best > guides.limit()) break;
     }
     return taken;
   }
@@ -169,18 +163,22 @@ struct Pass {
 
 }  // namespace
 
-double blockDistance(const Planes& guides, int ax, int ay, int bx, int by, int blockSize) {
-  double sum = 0.0;
-  for (const Plane* guide : guides)
+std::int64_t blockDistance(const QuantisedGuides& guides, int ax, int ay, int bx, int by,
+                           int blockSize) {
+  std::int64_t sum = 0;
+  for (int g = 0; g < guides.count(); ++g)
     for (int y = 0; y < blockSize; ++y)
-      for (int x = 0; x < blockSize; ++x)
-        sum += std::pow(double{at(*guide, ax + x, ay + y)} - at(*guide, bx + x, by + y), 2.0);
+      for (int x = 0; x < blockSize; ++x) {
+        const std::int64_t d = guides.sample(g, ax + x, ay + y) - guides.sample(g, bx + x, by + y);
+        sum += d * d;
+      }
   return sum;
 }
 
-NonLocalResult referencePass(const CNLImDnCn& filter, std::size_t stackLimit, const Planes& guides,
-                             const Plane& source, const Plane* pilot, const Planes& in) {
-  return Pass{filter, stackLimit, guides, source, pilot, in}.run();
+NonLocalResult referencePass(const CNLImDnCn& filter, std::size_t stackLimit,
+                             const QuantisedGuides& quantised, const Plane& source,
+                             const Plane* pilot, const Planes& in) {
+  return Pass{filter, stackLimit, quantised, source, pilot, in}.run();
 }
 
 void fillUnits(Plane& p, unsigned seed, float unit, float contrast, float sigma) {

@@ -1,7 +1,7 @@
 #pragma once
 
-// One pass of the non-local filter in double precision: differences summed directly, positions
-// scanned one by one, transforms as sums over the definition.
+// One pass of the non-local filter: differences summed directly, positions scanned one by one, and
+// in double precision transforms as sums over the definition.
 
 #include <vector>
 
@@ -15,18 +15,19 @@ using Planes = std::vector<const Plane*>;
 struct NonLocalResult {
   std::vector<std::vector<double>> planes;  ///< rows one after the other
   std::vector<int> stacks;                  ///< how many stacks of each depth, 0 to 16
-  double narrowest = 1e20;  ///< the least difference of costs that a choice depended on
 };
 
 /// The pass with the settings and geometry of `filter`, for stacks of at most stackLimit blocks.
-NonLocalResult referencePass(const CNLImDnCn& filter, std::size_t stackLimit, const Planes& guides,
-                             const Plane& source, const Plane* pilot, const Planes& in);
+/// Blocks are chosen by the samples that `quantised` holds, at costs up to its limit.
+NonLocalResult referencePass(const CNLImDnCn& filter, std::size_t stackLimit,
+                             const QuantisedGuides& quantised, const Plane& source,
+                             const Plane* pilot, const Planes& in);
 
 /// Sum of squared differences between the blocks at (ax, ay) and (bx, by), in all guides.
-double blockDistance(const Planes& guides, int ax, int ay, int bx, int by, int blockSize);
+std::int64_t blockDistance(const QuantisedGuides& guides, int ax, int ay, int bx, int by,
+                           int blockSize);
 
-/// Patches and noise around 0, in whole multiples of `unit`: with small planes their integral
-/// images of squares are exact, so that only the transforms round the costs.
+/// Patches and noise around 0, in whole multiples of `unit`.
 void fillUnits(Plane& p, unsigned seed, float unit, float contrast, float sigma);
 
 /// The larger one. Unlike with std::max a NaN stays, and then fails every comparison.

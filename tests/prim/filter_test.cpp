@@ -39,23 +39,6 @@ TEST(FilterFloat, convolvesRowsAndColumns) {
     }
 }
 
-// The taps run with the pixels: a convolution with the template turned round.
-TEST(CrossCorr, addsTheProductsInsideTheSource) {
-  std::mt19937 rng(17);
-  for (const auto& [columns, rows] : {std::pair{1, 1}, {5, 3}, {12, 8}})
-    for (int width : {1, 7, 70}) {
-      std::vector<int> taps = randomKernel(rng, columns * rows, 50);
-      const std::vector<float> tpl(taps.begin(), taps.end());
-      std::reverse(taps.begin(), taps.end());
-      Plane<float> src(width + columns - 1, 6 + rows - 1), dst(width, 6);
-      src.randomise(rng, -1000, 1000);
-      ASSERT_EQ(call(primCrossCorr_32f_C1R, src, tpl, Size{columns, rows}, dst, dst.size()), 0);
-      expectPlane(dst, [&, w = columns, h = rows](int x, int y) {
-        return convolved(src, x, y, taps, w, h, w - 1, h - 1);
-      });
-    }
-}
-
 // 1e8 + 1 is 1e8 in single precision, so the order of the taps decides between 0 and 1.
 TEST(FilterFloat, addsFromTheLastTapToTheFirstInSinglePrecision) {
   const float pixels[] = {1, 1e8f, -1e8f, 1}, ones[] = {1, 1, 1};

@@ -55,8 +55,7 @@ struct DenoiseSettings {
 class NoiseFilterRecord {
  public:
   NoiseProfile profile{};
-  /// Made when the non-local passes first need it: planning its transforms takes some
-  /// seconds, which the bilateral passes and small planes are spared.
+  /// Made when the non-local passes first need it.
   std::unique_ptr<CNLImDnCn> nonLocal;
   float strength = 1.2f;       ///< last strength given to denoise()
   float deviationGain = 1.5f;  ///< last one given to denoise()

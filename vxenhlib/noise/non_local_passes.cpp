@@ -1,9 +1,10 @@
 #include "vxenhlib/noise/non_local_passes.h"
 
+#include <optional>
+
 #include "frame/parallel.h"
-#include "prim/arith.h"
+#include "frame/plane_ops.h"
 #include "prim/geometry.h"
-#include "prim/memory.h"
 #include "vxenhlib/noise/gauss_pyramid.h"
 
 namespace vx {
@@ -14,17 +15,6 @@ using Plane = GIMG<float>;
 constexpr float kMatchNoiseGain = 1.5f;
 constexpr float kMatchFloor = 0.03f;
 constexpr int kExclusion = 1;
-
-void copy(const Plane& from, Plane& to) {
-  to.status =
-      prim::primCopy_32f_C1R(from.data, from.step, to.data, to.step, to.roiWidth, to.roiHeight);
-}
-
-// dst = a + b.
-void add(const Plane& a, const Plane& b, Plane& dst) {
-  dst.status = prim::primAdd_32f_C1R(a.data, a.step, b.data, b.step, dst.data, dst.step,
-                                     dst.roiWidth, dst.roiHeight);
-}
 
 void resize(const Plane& from, Plane& to, double factor) {
   to.status = prim::primResize_32f_C1R(from.data, from.roiWidth, from.roiHeight, from.step, 0, 0,
@@ -51,7 +41,7 @@ bool halfSizePass(CNLImDnCn& filter, GaussPyramid& pyramid, Plane& chroma1, Plan
   parallelFor(0, 2, [&](int c) { resize(*chroma[c], *half[c], 0.5); });
   copy(level, luma);
   add(half1, half2, guide);
-  guide.status = prim::primMulC_32f_C1IR(s.chromaGuideGain * 0.5f, guide.data, guide.step, w, h);
+  scale(s.chromaGuideGain * 0.5f, guide);
 
   setParams(filter, s, (s.twoStage ? 2.0f : 1.75f) * s.strength, s.chromaNoise);
   Plane* const guides[] = {&luma, &guide};
@@ -62,24 +52,28 @@ bool halfSizePass(CNLImDnCn& filter, GaussPyramid& pyramid, Plane& chroma1, Plan
   return true;
 }
 
-// The detail that the filtered level 1 leaves of the luma. The search runs on the luma as padded
-// for the pyramid, which it is alike in size with.
+// The detail that the filtered level 1 leaves of the luma. Blocks are searched in the luma, which
+// is padded where the pyramid's sizes are.
 bool detailPass(CNLImDnCn& filter, GaussPyramid& pyramid, Plane& luma, const NonLocalSettings& s) {
   Plane& level = *pyramid.level[0];
   const int w = level.width;
   const int h = level.height;
-  Plane detail(w, h), filtered(w, h), sum(w, h);
-  if (filtered.data == nullptr || sum.data == nullptr || detail.data == nullptr) return false;
+  Plane detail(w, h), filtered(w, h);
+  std::optional<Plane> padded;
+  if (w != luma.roiWidth || h != luma.roiHeight) padded.emplace(w, h);
+  Plane& guide = padded ? *padded : luma;
+  if (filtered.data == nullptr || detail.data == nullptr || guide.data == nullptr) return false;
+  if (padded) copyPadded(luma, guide);
   pyramid.takeDetail(0, detail);
-  copyPadded(luma, sum);
+  pyramid.level[1].reset();
 
   setParams(filter, s, (s.twoStage ? 1.5f : 1.25f) * s.strength * s.detailShare, s.lumaNoise);
-  Plane* const guides[] = {&sum};
+  Plane* const guides[] = {&guide};
   Plane* const in[] = {&detail};
   Plane* const out[] = {&filtered};
   if (filter.filterPlanes(1, guides, &detail, nullptr, 1, in, out) != kVxrcOk) return false;
-  add(level, filtered, sum);
-  copyPadded(sum, luma);
+  add(filtered, level);
+  copyPadded(level, luma);
   return true;
 }
 

@@ -4,26 +4,23 @@
 
 namespace vx {
 
-bool FilteredStacks::reserve(const StackShape& shape, int planes) {
-  // Each part begins on a multiple of 16 floats.
-  const auto padded = [](std::size_t floats) { return (floats + 15) / 16 * 16; };
-  const std::size_t window = padded(static_cast<std::size_t>(shape.blockWidth) *
-                                    static_cast<std::size_t>(shape.blockHeight));
-  const std::size_t blocks =
-      padded(static_cast<std::size_t>(planes) * static_cast<std::size_t>(shape.stackFloats));
-  if (!floats_.reserve(kKept * (window + blocks))) return false;
+bool FilteredStacks::reserve(int blockSize, int depth, int planes) {
+  const std::ptrdiff_t window = std::ptrdiff_t{blockSize} * blockSize;
+  planeFloats_ = window * depth;
+  const std::ptrdiff_t each = window + planeFloats_ * planes;
+  if (!floats_.reserve(static_cast<std::size_t>(kKept * each))) return false;
   float* next = floats_.data();
   for (Stack& stack : stacks_) {
     stack.depth = 0;
     stack.blockWeight = next;
     stack.blocks = next + window;
-    next += window + blocks;
+    next += each;
   }
   oldest_ = 0;
   return true;
 }
 
-const FilteredStacks::Stack* FilteredStacks::find(const StackMatches& matches, int depth) {
+const FilteredStacks::Stack* FilteredStacks::sameBlocks(const StackMatches& matches, int depth) {
   const int compared = std::max(depth, 2);  // the second one tells the local noise
   for (Stack& stack : stacks_)
     if (stack.depth == depth && std::equal(matches.x, matches.x + compared, stack.matches.x) &&
@@ -34,8 +31,8 @@ const FilteredStacks::Stack* FilteredStacks::find(const StackMatches& matches, i
   return nullptr;
 }
 
-const FilteredStacks::Stack* FilteredStacks::find(int x, int y, int leftmost,
-                                                  float leastNew) const {
+const FilteredStacks::Stack* FilteredStacks::sameChoice(int x, int y, int leftmost,
+                                                        std::int32_t leastNew) const {
   for (const Stack& stack : stacks_) {
     const StackMatches& m = stack.matches;
     if (stack.depth > 0 && m.x[0] == x && m.y[0] == y)

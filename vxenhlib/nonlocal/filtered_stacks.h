@@ -3,32 +3,34 @@
 #include <cstddef>
 
 #include "frame/aligned_array.h"
-#include "vxenhlib/nonlocal/stack_filter.h"
+#include "vxenhlib/nonlocal/stack_selection.h"
 
 namespace vx {
 
 /// The stacks that one thread of the walk filtered last. A column of blocks is visited from two
-/// tiles, and in photographs six times of ten the second one finds the same blocks alike: what the
+/// areas, and in photographs six times of ten the second one finds the same blocks alike: what the
 /// filter made of them is the same too.
 class FilteredStacks {
  public:
   struct Stack {
     int depth = 0;  ///< blocks; 0 in a stack that holds nothing yet
     StackMatches matches;
-    float* blockWeight;  ///< rows blockWidth apart
-    float* blocks;       ///< of all planes, stackFloats apart
+    float* blockWeight;  ///< blockSize by blockSize
+    float* blocks;       ///< of all planes, planeFloats() apart, one block behind the other
   };
 
-  /// For stacks of `planes` planes; false when memory is short. Forgets all stacks.
-  bool reserve(const StackShape& shape, int planes);
+  /// For stacks of up to `depth` blocks in `planes` planes; false when memory is short. Forgets all
+  /// stacks.
+  bool reserve(int blockSize, int depth, int planes);
+  std::ptrdiff_t planeFloats() const { return planeFloats_; }
 
-  /// The stack of these blocks, compared with the same second match, from now on known by this
-  /// choice of them; null when it is not there.
-  const Stack* find(const StackMatches& matches, int depth);
+  /// The stack of these blocks, with the same second match, from now on known by this choice of
+  /// them; null when it is not there.
+  const Stack* sameBlocks(const StackMatches& matches, int depth);
 
-  /// The stack chosen last for the block at (x, y), when a map from column `leftmost` on gives it
-  /// too and all its costs that the choice did not see are at least `leastNew`; else null.
-  const Stack* find(int x, int y, int leftmost, float leastNew) const;
+  /// The stack chosen last for the block at (x, y), where the choice from an area that begins at
+  /// column `leftmost`, with new positions that cost `leastNew` or more, is the same; else null.
+  const Stack* sameChoice(int x, int y, int leftmost, std::int32_t leastNew) const;
 
   /// The oldest stack, to be replaced by the one of these blocks. An earlier choice for the same
   /// block is forgotten: it has not seen what this one has.
@@ -40,6 +42,7 @@ class FilteredStacks {
 
   Stack stacks_[kKept];
   int oldest_ = 0;
+  std::ptrdiff_t planeFloats_ = 0;
   AlignedArray<float> floats_;
 };
 

@@ -4,102 +4,96 @@
 
 #include "frame/parallel.h"
 #include "frame/to_int.h"
-#include "prim/arith.h"
-#include "prim/memory.h"
+#include "vxenhlib/nonlocal/correlation_search.h"
+#include "vxenhlib/nonlocal/exact_search.h"
+#include "vxenhlib/nonlocal/stack_selection.h"
 
 namespace vx {
 
-/// Scratch of one band; one thread at a time.
+/// Scratch of one share; one thread at a time.
 struct CNLBase::Worker {
   /// The costs of a column of the group of four blocks.
   struct Column {
-    GIMG<float> map[2];
+    std::array<CostMap, 2> maps;
     BlockPair pair;
-    Tile tile;
-
-    Column(int width, int height) : map{{width, height}, {width, height}} {}
+    int visitedFrom = 0;  ///< column of the area that the pair was visited from last
   };
 
   CNLBase& owner;
-  BlockMatcher matcher;
+  QuantisedGuides guides;
+  std::unique_ptr<BlockSearch> search;
   Column columns[2];
-  Column* left = &columns[0];  ///< what was the right one of the tile before
+  Column* left = &columns[0];  ///< what was the right one of the area before
   Column* right = &columns[1];
-  GIMG<float> costMap;
+  int planeWidth = 0;
   void* context = nullptr;
 
-  explicit Worker(CNLBase& o)
-      : owner(o),
-        columns{{o.searchWidth, o.searchHeight}, {o.searchWidth, o.searchHeight}},
-        costMap(o.searchWidth, o.searchHeight) {}
+  explicit Worker(CNLBase& o) : owner(o) {}
   ~Worker() {
     if (context != nullptr) owner.deleteContext(context);
   }
   Worker(const Worker&) = delete;
   Worker& operator=(const Worker&) = delete;
 
-  bool reserve(GIMG<float>* const* planes, const Band& band) {
-    PlaneView guides[kMostGuides], integrals[kMostGuides];
-    for (int p = 0; p < owner.guideCount; ++p) {
-      guides[p] = PlaneView(*planes[p]);
-      integrals[p] = PlaneView(*owner.ssi_[p]);
-    }
-    if (!matcher.reserve(owner.searchShape(), owner.guideCount, guides, integrals)) return false;
-    for (const Column& c : columns)
-      if (c.map[0].data == nullptr || c.map[1].data == nullptr) return false;
-    if (costMap.data == nullptr) return false;
-    context = owner.createContext(band);
+  bool reserve(GIMG<float>* const* planes, int count, const Share& share) {
+    PlaneView views[kMostGuides];
+    for (int p = 0; p < count; ++p) views[p] = PlaneView(*planes[p]);
+    planeWidth = views[0].width;
+    const SearchShape shape = owner.searchShape();
+    if (!guides.reserve(views, count, shape.blockSize, shape.searchSize, owner.searchThreshold(),
+                        mostMatchCost(shape)))
+      return false;
+    if (owner.searchesExactly())
+      search = std::make_unique<ExactSearch>();
+    else
+      search = std::make_unique<CorrelationSearch>(*owner.transform_);
+    if (!search->reserve(shape)) return false;
+    for (Column& c : columns)
+      if (!c.maps[0].reserve(shape) || !c.maps[1].reserve(shape)) return false;
+    context = owner.createContext(share, guides.limit());
     return context != nullptr;
   }
 
-  void search(Column& column, const BlockPair& pair, const Tile& tile) {
-    const PlaneView maps[2] = {PlaneView(column.map[0]), PlaneView(column.map[1])};
-    matcher.search(owner.transform_, pair, maps);
+  /// Whether the column's maps hold all positions of the pair in an area.
+  bool holds(const Column& column, const BlockPair& pair, const SearchArea& area) const {
+    const CostMap& map = column.maps[0];
+    return column.pair == pair && map.y == area.y && area.x >= map.x &&
+           area.x + area.width - owner.blockWidth < map.x + map.columns;
+  }
+
+  /// Makes a column's maps fit. True when the pair has been visited from the area before.
+  bool prepare(Column& column, const BlockPair& pair, const SearchArea& area) {
+    if (holds(column, pair, area)) return true;
+    search->search(guides, planeWidth, pair, area, column.maps);
     column.pair = pair;
-    column.tile = tile;
+    return false;
   }
 
-  /// How far the tile has moved to the right since the column's maps were made; negative when they
-  /// are of no use for this pair and tile.
-  int shiftOf(const Column& column, const BlockPair& pair, const Tile& tile) const {
-    const Tile& old = column.tile;
-    const bool alike = column.pair == pair && old.y == tile.y && old.width == tile.width &&
-                       old.height == tile.height;
-    const int shift = tile.x - old.x;
-    return alike && shift <= tile.width - owner.blockWidth ? shift : -1;
+  void visit(const Column& column, std::size_t j, bool again, int shift, const SearchArea& area) {
+    const int x = column.pair.x;
+    const int y = column.pair.y[j];
+    const CostMap& map = column.maps[j];
+    if (!again || !owner.repeatsBlock(context, x, y, area, shift, map))
+      owner.TFdoABlock(context, x, y, area, map);
   }
 
-  void visit(const BlockPair& pair, int j, const Tile& tile, GIMG<float>& map) {
-    map.roiWidth = tile.width - owner.blockWidth + 1;
-    map.roiHeight = tile.height - owner.blockHeight + 1;
-    const int y = pair.y[j];
-    owner.TFdoABlock(context, pair.x, y, tile.x, tile.y, matcher.energy(pair.x, y), map);
-  }
-
-  void visitGroup(const BlockPair& leftPair, const BlockPair& rightPair, const Tile& tile) {
-    matcher.setTile(owner.transform_, tile);
+  void visitGroup(const BlockPair& leftPair, const BlockPair& rightPair, const SearchArea& area) {
     std::swap(left, right);
-    const int shift = shiftOf(*left, leftPair, tile);
-    std::array<float, 2> leastNew{};
-    if (shift < 0)
-      search(*left, leftPair, tile);
-    else
-      leastNew = matcher.extend(shift, leftPair);
-    search(*right, rightPair, tile);
-    for (int j = 0; j < 2; ++j) {
-      const float least = leastNew[static_cast<std::size_t>(j)];
-      if (shift < 0 || !owner.repeatsBlock(context, leftPair.x, leftPair.y[j], tile.x, least)) {
-        if (shift > 0) matcher.slide(shift, j, PlaneView(left->map[j]));
-        visit(leftPair, j, tile, left->map[j]);
-      }
-      // The next tile asks for this map again, and a visit overwrites what it is given.
-      const GIMG<float>& map = right->map[j];
-      prim::primCopy_32f_C1R(map.data, map.step, costMap.data, costMap.step,
-                             tile.width - owner.blockWidth + 1,
-                             tile.height - owner.blockHeight + 1);
-      visit(rightPair, j, tile, costMap);
+    const bool leftAgain = prepare(*left, leftPair, area);
+    const int shift = area.x - left->visitedFrom;
+    // At the right edge both pairs may be one.
+    const bool one = rightPair == leftPair;
+    if (!one) prepare(*right, rightPair, area);
+    for (std::size_t j = 0; j < 2; ++j) {
+      visit(*left, j, leftAgain, shift, area);
+      visit(one ? *left : *right, j, one, 0, area);
     }
-    left->pair = {};  // used up
+    left->visitedFrom = right->visitedFrom = area.x;
+  }
+
+  void startStrip(const SearchArea& strip) {
+    guides.cover(strip.y, strip.y + strip.height);
+    for (Column& c : columns) c.pair = {};
   }
 };
 
@@ -109,48 +103,25 @@ CNLBase::CNLBase(int blockSize, int searchSize)
       stepX(toInt(static_cast<float>(blockSize) / 3.0f + 0.5f)),
       stepY(stepX),
       searchWidth(searchSize),
-      searchHeight(searchSize),
-      transform_(searchShape()) {}
+      searchHeight(searchSize) {}
 
-bool CNLBase::prepareSSI(int width, int height, int count) {
-  if (count < 1 || count > kMostGuides) return true;
-  if (count != guideCount)
-    for (auto& image : ssi_) image.reset();
-  guideCount = count;
-  for (int p = 0; p < count; ++p) {
-    if (ssi_[p] == nullptr || ssi_[p]->width != width || ssi_[p]->height != height)
-      ssi_[p] = std::make_unique<GIMG<float>>(width, height);
-    if (ssi_[p]->data == nullptr) return false;
-  }
-  return true;
-}
-
-VXRC CNLBase::computeSSI(GIMG<float>* const* planes) {
-  parallelFor(0, guideCount, [&](int p) {
-    const GIMG<float>& plane = *planes[p];
-    GIMG<float>& sums = *ssi_[p];
-    prim::primCopy_32f_C1R(plane.data, plane.step, sums.data, sums.step, sums.width, sums.height);
-    prim::primSqr_32f_C1IR(sums.data, sums.step, sums.width, sums.height);
-    integrate(PlaneView(sums));
-  });
-  return kVxrcOk;
-}
-
-Tile CNLBase::tileAt(int x, int y, int width, int height) const {
+SearchArea CNLBase::areaAt(int x, int y, int width, int height) const {
   const auto axis = [](int at, int step, int block, int search, int size, int& start, int& length) {
     const int margin = (search - block - step) / 2;
     length = std::min(search, size);
     start = std::max(std::min(at - margin, size - length), 0);
   };
-  Tile tile;
-  axis(x, stepX, blockWidth, searchWidth, width, tile.x, tile.width);
-  axis(y, stepY, blockHeight, searchHeight, height, tile.y, tile.height);
-  return tile;
+  SearchArea area;
+  axis(x, stepX, blockWidth, searchWidth, width, area.x, area.width);
+  axis(y, stepY, blockHeight, searchHeight, height, area.y, area.height);
+  return area;
 }
 
 VXRC CNLBase::proc(GIMG<float>* const* planes, int count) {
-  if (count < 1 || count > kMostGuides || stepX < 1 || stepY < 1 ||
-      blockWidth + stepX > searchWidth || blockHeight + stepY > searchHeight)
+  const bool knownBlock = blockWidth == 8 || blockWidth == 12 || blockWidth == 16;
+  if (count < 1 || count > kMostGuides || !knownBlock || stepX < 1 || stepY < 1 ||
+      blockWidth + stepX > searchWidth || blockHeight + stepY > searchHeight ||
+      searchShape().positions() + stepX > 64)
     return kVxrcBadArgument;
   const int width = planes[0]->roiWidth;
   const int height = planes[0]->roiHeight;
@@ -158,43 +129,44 @@ VXRC CNLBase::proc(GIMG<float>* const* planes, int count) {
     if (planes[p]->roiWidth != width || planes[p]->roiHeight != height) return kVxrcSizeMismatch;
     if (planes[p]->data == nullptr) return kVxrcNoMemory;
   }
-  if (!ready() || !prepareSSI(width, height, count)) return kVxrcNoMemory;
   const int rows = height - stepY + 1;
   if (width < blockWidth || height < blockHeight || rows < 1) return kVxrcOk;
-  computeSSI(planes);
+  if (!searchesExactly()) {
+    if (transform_ == nullptr) transform_ = std::make_unique<SearchTransform>(searchShape());
+    if (transform_->empty()) return kVxrcNoMemory;
+  }
 
   const int doubleStep = 2 * stepY;
-  const int strips = (rows - 1) / (kBands * doubleStep) + 1;
-  std::unique_ptr<Worker> workers[kBands];
-  for (int t = 0; t < kBands; ++t) {
+  const int strips = (rows - 1) / (kShares * doubleStep) + 1;
+  std::unique_ptr<Worker> workers[kShares];
+  for (int t = 0; t < kShares; ++t) {
     const int firstY = doubleStep * strips * t;
     if (firstY >= rows) break;
     const int lastY =
         std::min(firstY + doubleStep * (strips - 1), (rows - 1) / doubleStep * doubleStep);
-    const Tile last = tileAt(0, lastY, width, height);
+    const SearchArea last = areaAt(0, lastY, width, height);
     workers[t] = std::make_unique<Worker>(*this);
-    if (!workers[t]->reserve(planes, {t, tileAt(0, firstY, width, height).y, last.y + last.height}))
-      return kVxrcNoMemory;
+    const Share share = {t, areaAt(0, firstY, width, height).y, last.y + last.height};
+    if (!workers[t]->reserve(planes, count, share)) return kVxrcNoMemory;
   }
-  parallelFor(0, kBands, [&](int t) {
-    if (workers[t] != nullptr) walkBand(*workers[t], strips, t);
+  parallelFor(0, kShares, [&](int t) {
+    if (workers[t] != nullptr) walkShare(*workers[t], strips, t, width, height);
   });
   return kVxrcOk;
 }
 
-void CNLBase::walkBand(Worker& worker, int strips, int band) {
-  const int width = ssi_[0]->width;
-  const int height = ssi_[0]->height;
+void CNLBase::walkShare(Worker& worker, int strips, int share, int width, int height) {
   const auto pairAt = [&](int x, int y) {
     const int right = width - blockWidth;
     const int low = height - blockHeight;
     return BlockPair{std::min(x, right), {std::min(y, low), std::min(y + stepY, low)}};
   };
   for (int s = 0; s < strips; ++s) {
-    const int y = 2 * stepY * (s + band * strips);
+    const int y = 2 * stepY * (s + share * strips);
     if (y >= height - stepY + 1) break;
+    worker.startStrip(areaAt(0, y, width, height));
     for (int x = 0; x < width - 2 * stepX + 1; x += stepX)
-      worker.visitGroup(pairAt(x, y), pairAt(x + stepX, y), tileAt(x, y, width, height));
+      worker.visitGroup(pairAt(x, y), pairAt(x + stepX, y), areaAt(x, y, width, height));
   }
 }
 

@@ -17,20 +17,19 @@ constexpr float kSeed = 1e-10f;
 }  // namespace
 
 struct CNLImDnCn::Context {
-  BandSums& sums;
-  StackSelection selection;
+  WeightedSums& sums;
+  MatchRule rule;
   StackFilter filter;
   FilteredStacks stacks;
-  StackMatches matches{};
-
-  Context(BandSums& s, const StackShape& shape) : sums(s), filter(shape) {}
+  PlaneView planes[kMostPlanes];
 };
 
 CNLImDnCn::CNLImDnCn(int stackCapacity, int exclusion, int blockSize, int searchSize)
     : CNLBase(blockSize, searchSize),
       exclusionX(exclusion),
       exclusionY(exclusion),
-      shape_(blockSize, blockSize, stackCapacity) {}
+      window_(blockSize),
+      stackLimit_(std::clamp(stackCapacity, 1, StackMatches::kMost)) {}
 
 int CNLImDnCn::setFilterParams(float floorWeight, float strength, float kneeRatio, float noise,
                                float newMatchNoiseGain, float newMatchFloor, float deviationGain,
@@ -66,7 +65,7 @@ VXRC CNLImDnCn::filterPlanes(int newGuideCount, GIMG<float>* const* guides, GIMG
   for (int p = 0; p < newGuideCount; ++p) alike = alike && fits(guides[p]);
   for (int p = 0; p < newPlaneCount; ++p) alike = alike && fits(in[p]) && fits(out[p]);
   if (!alike) return kVxrcSizeMismatch;
-  if (!memory) return kVxrcNoMemory;
+  if (!memory || !ready()) return kVxrcNoMemory;
 
   planeCount = newPlaneCount;
   std::copy(in, in + planeCount, inPlanes);
@@ -74,8 +73,8 @@ VXRC CNLImDnCn::filterPlanes(int newGuideCount, GIMG<float>* const* guides, GIMG
   source = newSource;
   pilot = newPilot;
   const VXRC result = proc(guides, newGuideCount);
-  if (result == kVxrcOk) joinBands();
-  for (BandSums& sums : sums_) sums.release();
+  if (result == kVxrcOk) joinShares();
+  for (WeightedSums& sums : sums_) sums.release();
   return result;
 }
 
@@ -85,7 +84,7 @@ void CNLImDnCn::clearImages() {
   source = pilot = nullptr;
 }
 
-void CNLImDnCn::joinBands() {
+void CNLImDnCn::joinShares() {
   const int width = outPlanes[0]->roiWidth;
   const int height = outPlanes[0]->roiHeight;
   parallelBands(height, bandRows(0, width, height), [&](int y, int count, int) {
@@ -93,12 +92,12 @@ void CNLImDnCn::joinBands() {
   });
 }
 
-// The weights are joined into the first band's row, which nothing reads after this, or divided
-// straight away where no band reaches.
+// The weights are joined into the first share's row, which nothing reads after this, or divided
+// straight away where no share reaches.
 void CNLImDnCn::joinRow(int y) {
   const int width = outPlanes[0]->roiWidth;
   float* weights = nullptr;
-  for (BandSums& sums : sums_) {
+  for (WeightedSums& sums : sums_) {
     if (y < sums.top() || y >= sums.reached()) continue;
     float* row = sums.row(planeCount, y);
     if (weights == nullptr) {
@@ -112,7 +111,7 @@ void CNLImDnCn::joinRow(int y) {
     const float* in = PlaneView(*inPlanes[p]).row(y);
     float* out = PlaneView(*outPlanes[p]).row(y);
     for (int x = 0; x < width; ++x) out[x] = in[x] * kSeed;
-    for (BandSums& sums : sums_)
+    for (WeightedSums& sums : sums_)
       if (y >= sums.top() && y < sums.reached()) prim::primvAdd_32f_I(sums.row(p, y), out, width);
     if (weights != nullptr) {
       prim::primvDiv_32f_I(weights, out, width);
@@ -122,52 +121,47 @@ void CNLImDnCn::joinRow(int y) {
   }
 }
 
-void* CNLImDnCn::createContext(const Band& band) {
-  BandSums& sums = sums_[band.index];
-  if (!sums.reserve(planeCount, outPlanes[0]->roiWidth, band.top, band.bottom)) return nullptr;
-  auto context = std::make_unique<Context>(sums, shape_);
-  if (!context->filter.reserve() || !context->selection.reserve(searchHeight) ||
-      !context->stacks.reserve(shape_, planeCount))
-    return nullptr;
+void* CNLImDnCn::createContext(const Share& share, std::int32_t most) {
+  WeightedSums& sums = sums_[share.index];
+  if (!sums.reserve(planeCount, outPlanes[0]->roiWidth, share.top, share.bottom)) return nullptr;
+  const int farthest = searchShape().lanes();
+  auto context = std::make_unique<Context>(Context{
+      sums,
+      {stackLimit_, std::clamp(exclusionX, 0, farthest), std::clamp(exclusionY, 0, farthest), most},
+      StackFilter(window_),
+      {},
+      {}});
+  if (!context->stacks.reserve(blockWidth, stackLimit_, planeCount)) return nullptr;
+  for (int p = 0; p < planeCount; ++p) context->planes[p] = PlaneView(*inPlanes[p]);
   return context.release();
 }
 
 void CNLImDnCn::deleteContext(void* context) { delete static_cast<Context*>(context); }
 
-int CNLImDnCn::TFdoABlock(void* context, int x, int y, int tileX, int tileY, float /*energy*/,
-                          GIMG<float>& costMap) {
+int CNLImDnCn::TFdoABlock(void* context, int x, int y, const SearchArea& area, const CostMap& map) {
   Context& c = *static_cast<Context*>(context);
-  const int count =
-      c.selection.select(PlaneView(costMap), x - tileX, y - tileY, tileX, tileY, shape_.stackLimit,
-                         exclusionX, exclusionY, matchThreshold, c.matches);
-  const int depth = stackDepth(count);
-  const FilteredStacks::Stack* stack = c.stacks.find(c.matches, depth);
+  StackMatches matches;
+  const int depth = stackDepth(selectStack(map, area, x, y, blockWidth, c.rule, matches));
+  const FilteredStacks::Stack* stack = c.stacks.sameBlocks(matches, depth);
   if (stack == nullptr) {
-    FilteredStacks::Stack& fresh = c.stacks.replaceOldest(c.matches, depth);
-    filterStack(c, fresh);
+    FilteredStacks::Stack& fresh = c.stacks.replaceOldest(matches, depth);
+    c.filter.filter(PlaneView(*source), pilot != nullptr ? PlaneView(*pilot) : PlaneView(),
+                    c.planes, planeCount, fresh.matches, depth, settings, fresh.blockWeight,
+                    fresh.blocks, c.stacks.planeFloats());
     stack = &fresh;
   }
-  c.sums.add(shape_, *stack);
+  c.sums.add(blockWidth, *stack, c.stacks.planeFloats());
   return kVxrcOk;
 }
 
 // In photographs it is so for six blocks of ten.
-bool CNLImDnCn::repeatsBlock(void* context, int x, int y, int tileX, float leastNew) {
+bool CNLImDnCn::repeatsBlock(void* context, int x, int y, const SearchArea& area, int shift,
+                             const CostMap& map) {
   Context& c = *static_cast<Context*>(context);
-  const FilteredStacks::Stack* stack = c.stacks.find(x, y, tileX, leastNew);
-  if (stack != nullptr) c.sums.add(shape_, *stack);
+  const FilteredStacks::Stack* stack =
+      c.stacks.sameChoice(x, y, area.x, leastCost(map, area, blockWidth, shift));
+  if (stack != nullptr) c.sums.add(blockWidth, *stack, c.stacks.planeFloats());
   return stack != nullptr;
-}
-
-void CNLImDnCn::filterStack(Context& c, FilteredStacks::Stack& stack) {
-  const PlaneView guide = pilot != nullptr ? PlaneView(*pilot) : PlaneView();
-  c.filter.weigh(PlaneView(*source), pilot != nullptr ? &guide : nullptr, stack.matches,
-                 stack.depth, settings, stack.blockWeight);
-  for (int p = 0; p < planeCount; ++p) {
-    const bool fromSource = p == 0 && pilot == nullptr && inPlanes[0] == source;
-    c.filter.filter(PlaneView(*inPlanes[p]), stack.matches, fromSource, stack.blockWeight,
-                    stack.blocks + std::ptrdiff_t{p} * shape_.stackFloats);
-  }
 }
 
 }  // namespace vx

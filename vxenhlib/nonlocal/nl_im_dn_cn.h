@@ -1,19 +1,17 @@
 #pragma once
 
-#include "vxenhlib/nonlocal/band_sums.h"
-#include "vxenhlib/nonlocal/filtered_stacks.h"
 #include "vxenhlib/nonlocal/nl_base.h"
-#include "vxenhlib/nonlocal/stack_selection.h"
+#include "vxenhlib/nonlocal/stack_filter.h"
+#include "vxenhlib/nonlocal/weighted_sums.h"
 
 namespace vx {
 
 /// The collaborative transform filter: for each block of the walk, the most similar blocks of its
-/// tile make a stack, the stack is filtered in up to twelve planes with the same weights, and all
-/// of its blocks are added, windowed, at their places. Every pixel becomes the weighted mean of the
-/// estimates of all stacks that it belongs to.
+/// search area make a stack, the stack is filtered in up to twelve planes with the same weights,
+/// and all of its blocks are added, windowed, at their places. Every pixel becomes the weighted
+/// mean of the estimates of all stacks that it belongs to.
 ///
-/// A filter serves one call at a time, which opens the parallel loops; construction plans the
-/// transforms (see FftPlan) and is the expensive step.
+/// A filter serves one call at a time, which opens the parallel loops.
 class CNLImDnCn : public CNLBase {
  public:
   static constexpr int kMostPlanes = 12;
@@ -32,7 +30,8 @@ class CNLImDnCn : public CNLBase {
   /// @param stackCapacity  most blocks of a stack, limited to 1..16
   CNLImDnCn(int stackCapacity, int exclusion, int blockSize, int searchSize);
 
-  bool ready() const override { return CNLBase::ready() && shape_.ready(); }
+  /// False when memory is short; filterPlanes() then answers kVxrcNoMemory.
+  bool ready() const { return window_.data() != nullptr; }
 
   /// Takes the settings of the next pass. The threshold of the match is, with g = 1.44 *
   /// (matchNoiseGain * noise)^2, the block's samples times (g + matchFloor^2), or (g / 2 +
@@ -55,21 +54,22 @@ class CNLImDnCn : public CNLBase {
   void clearImages();
 
  protected:
-  void* createContext(const Band& band) override;
-  int TFdoABlock(void* context, int x, int y, int tileX, int tileY, float energy,
-                 GIMG<float>& costMap) override;
-  bool repeatsBlock(void* context, int x, int y, int tileX, float leastNew) override;
+  float searchThreshold() const override { return matchThreshold; }
+  void* createContext(const Share& share, std::int32_t most) override;
+  int TFdoABlock(void* context, int x, int y, const SearchArea& area, const CostMap& map) override;
+  bool repeatsBlock(void* context, int x, int y, const SearchArea& area, int shift,
+                    const CostMap& map) override;
   void deleteContext(void* context) override;
 
  private:
   struct Context;
 
-  void filterStack(Context& context, FilteredStacks::Stack& stack);
-  void joinBands();
+  void joinShares();
   void joinRow(int y);
 
-  StackShape shape_;
-  BandSums sums_[kBands];
+  BlockWindow window_;
+  int stackLimit_;
+  WeightedSums sums_[kShares];
 };
 
 }  // namespace vx

@@ -1,24 +1,17 @@
 #pragma once
 
+#include "vxenhlib/nonlocal/block_search.h"
 #include "vxenhlib/nonlocal/fft_plan.h"
 
 namespace vx {
 
-/// Blocks and the tiles in which they are searched, in pixels.
-struct SearchShape {
-  int blockWidth = 0;
-  int blockHeight = 0;
-  int searchWidth = 0;
-  int searchHeight = 0;
-};
-
-/// The complex transforms of a search tile, in place, unnormalised, rows searchWidth complex
-/// numbers apart. Complex although pixels are real: two blocks that are looked for in one tile
-/// travel as the real and the imaginary part of one picture, and their correlations come back apart
-/// by themselves. FFTW runs its complex codelets in vectors and those of short real rows not, so
-/// that a pair takes less time than one real block would.
+/// The complex transforms of a search area, in place, unnormalised, rows searchSize complex numbers
+/// apart.
 ///
-/// Plans, threads and buffers as FftPlan has them.
+/// Construction searches patiently for the fastest plans, for some 10 ms where the process has not
+/// planned that size before. Which plans win can change from process to process, and with it the
+/// last bits of every transform. Any number of threads may use one object on FftBuffers of their
+/// own.
 class SearchTransform {
  public:
   explicit SearchTransform(const SearchShape& shape);
@@ -31,17 +24,12 @@ class SearchTransform {
 
   /// Floats that a buffer holds.
   static std::size_t floatsOf(const SearchShape& shape) {
-    return 2 * static_cast<std::size_t>(shape.searchWidth) *
-           static_cast<std::size_t>(shape.searchHeight);
+    const auto size = static_cast<std::size_t>(shape.searchSize);
+    return 2 * size * size;
   }
 
-  void forward(float* tile) const { execute(tile_, tile); }
-  /// Of a picture that is 0 below its first blockHeight rows.
-  void forwardBlocks(float* blocks) const {
-    execute(blockRows_, blocks);
-    execute(columns_, blocks);
-  }
-  void inverse(float* tile) const { execute(inverse_, tile); }
+  void forward(float* data) const { execute(forward_, data); }
+  void inverse(float* data) const { execute(inverse_, data); }
 
  private:
   static void execute(fftwf_plan plan, float* data) {
@@ -49,9 +37,7 @@ class SearchTransform {
     fftwf_execute_dft(plan, numbers, numbers);
   }
 
-  fftwf_plan tile_ = nullptr;
-  fftwf_plan blockRows_ = nullptr;
-  fftwf_plan columns_ = nullptr;
+  fftwf_plan forward_ = nullptr;
   fftwf_plan inverse_ = nullptr;
 };
 

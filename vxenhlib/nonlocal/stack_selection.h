@@ -1,51 +1,42 @@
 #pragma once
 
-#include "frame/aligned_array.h"
-#include "frame/plane_view.h"
+#include "vxenhlib/nonlocal/block_search.h"
 
 namespace vx {
 
 /// The blocks of one stack, by the image positions of their first pixels. Entry 0 is the block that
-/// was asked for; one entry behind the last that counts may hold the best block that was refused.
+/// was asked for. Entry 1 tells the local noise and is there in any case: where the block is alone,
+/// it is the best one of those refused, or with a limit of 1 the block itself.
 struct StackMatches {
-  static constexpr int kMost = 32;
+  static constexpr int kMost = 16;
 
   int x[kMost];
   int y[kMost];
-  float cost[kMost];
 
-  /// A map without columns left of this image position, and with more columns whose costs are all
-  /// above `bound`, gives the same choice.
+  /// Another choice without the positions left of this one, and with more positions whose costs are
+  /// all above `bound`, is the same.
   int leftmost;
-  float bound;
+  std::int32_t bound;
 };
 
-/// Chooses the blocks of a stack from a map of costs. Keeps the smallest cost of each row, so that
-/// a choice costs a look at these and at the rows that it blanks. One object serves one thread.
-class StackSelection {
- public:
-  /// For maps of up to `rows` rows; false when memory is short.
-  bool reserve(int rows) { return rowLeast_.reserve(static_cast<std::size_t>(rows)); }
-
-  /// Takes the cheapest position, first in row order, again and again. Around each one taken, the
-  /// block's own position first of all, a square of half-width `exclusion` is blanked with 1e20:
-  /// blocks that overlap almost fully would all say the same. A NaN is never taken, except that
-  /// position (0, 0) of a map of NaN alone counts as 0.
-  ///
-  /// @param costs      overwritten
-  /// @param ownU,ownV  the block's own position in the map
-  /// @param tileX,tileY  image position of the map's position (0, 0)
-  /// @param limit      most blocks, 1 to 16
-  /// @param threshold  ends the choice at the first cost above it
-  /// @return the number of blocks taken, at least 1
-  int select(const PlaneView& costs, int ownU, int ownV, int tileX, int tileY, int limit,
-             int exclusionX, int exclusionY, float threshold, StackMatches& matches);
-
- private:
-  void blank(const PlaneView& costs, int u, int v, int exclusionX, int exclusionY);
-  float takeLeast(const PlaneView& costs, int& u, int& v) const;
-
-  AlignedArray<float> rowLeast_;
+/// What is taken for alike.
+struct MatchRule {
+  int limit;                   ///< most blocks, 1 to 16
+  int exclusionX, exclusionY;  ///< half-widths of the square that a block keeps free of others
+  std::int32_t most;           ///< largest cost, up to prim::matchMostCost()
 };
+
+/// The largest cost that MatchRule::most may be for blocks searched so.
+std::int32_t mostMatchCost(const SearchShape& shape);
+
+/// Chooses the blocks of a stack from the costs of block (x, y) in an area: the cheapest position,
+/// first in row order, again and again, until one costs too much. Around each one taken, the
+/// block's own position first of all, a square is excluded: blocks that overlap almost fully would
+/// all say the same. Returns the number of blocks.
+int selectStack(const CostMap& map, const SearchArea& area, int x, int y, int blockSize,
+                const MatchRule& rule, StackMatches& matches);
+
+/// The smallest cost in the last `columns` columns of positions of an area.
+std::int32_t leastCost(const CostMap& map, const SearchArea& area, int blockSize, int columns);
 
 }  // namespace vx

@@ -195,16 +195,6 @@ inline void planSearch(Trial& t, Plan& plan) {
   plan.refuse(plan.setting < 1, prim::kStatusBadSize);
 }
 
-/// Templates around the groups of rows and vectors.
-inline void planCorrelation(Trial& t, Plan& plan) {
-  const int columns = t.pick({1, 2, 5, 8, 12, 0}), rows = t.pick({1, 3, 8, -1});
-  plan.set("tplWidth tplHeight", columns, rows);
-  plan.list("tpl", columns * rows);
-  plan.reach = std::max(0, columns - 1);
-  plan.shapes["src"] = {t.width, t.height, {}, {0, 0, plan.reach, std::max(0, rows - 1)}};
-  plan.refuse(columns < 1 || rows < 1, prim::kStatusBadSize);
-}
-
 /// An axis that meets the trial's values, or one that they miss on both sides; the read goes into a
 /// destination of its own or into the guide.
 inline void planGrid(const Prim& entry, Trial& t, Plan& plan) {
@@ -272,7 +262,6 @@ inline Plan planOf(const Prim& entry, Trial& t) {
   if (entry.has("Deconv")) planDeconvolution(t, plan);
   if (entry.takes("levels")) planLevels(entry, t, plan);
   if (entry.has("Search")) planSearch(t, plan);
-  if (entry.has("CrossCorr")) planCorrelation(t, plan);
   if (entry.has("Grid")) planGrid(entry, t, plan);
   if (entry.has("Jpeg")) planJpeg(entry, t, plan);
   if (entry.has("Pyr")) {

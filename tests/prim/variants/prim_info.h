@@ -48,9 +48,10 @@ inline constexpr LayoutCode kLayoutCodes[] = {
     {"C3R", {3, 3}, {3, 3}},    {"C3IR", {3, 3}, {3, 3}},    {"AC4IR", {4, 3}, {4, 3}},
     {"C3C1R", {3, 1}, {1, 1}},  {"C4C1R", {4, 1}, {1, 1}},   {"C1C3R", {1, 1}, {3, 1}},
     {"C1C4R", {1, 1}, {4, 1}},  {"C3P3R", {3, 3}, {1, 1}},   {"P3C3R", {1, 1}, {3, 3}},
-    {"32f", {1, 1}, {1, 1}},    {"32f8u", {1, 1}, {1, 1}},   {"32fc", {1, 1}, {1, 1}},
-    {"8u", {1, 1}, {1, 1}},     {"8u16u", {1, 1}, {1, 1}},   {"8u16s", {1, 1}, {1, 1}},
-    {"16s", {1, 1}, {1, 1}},    {"16s8u", {1, 1}, {1, 1}},   {"I", {1, 1}, {1, 1}}};
+    {"32f", {1, 1}, {1, 1}},    {"32s", {1, 1}, {1, 1}},     {"32f8u", {1, 1}, {1, 1}},
+    {"32fc", {1, 1}, {1, 1}},   {"8u", {1, 1}, {1, 1}},      {"8u16u", {1, 1}, {1, 1}},
+    {"8u16s", {1, 1}, {1, 1}},  {"16s", {1, 1}, {1, 1}},     {"16s8u", {1, 1}, {1, 1}},
+    {"I", {1, 1}, {1, 1}}};
 
 }  // namespace detail
 
@@ -70,7 +71,7 @@ consteval Prim readPrim(std::string_view name, std::string_view arguments) {
   if (isOneOf("primDilate", "primErode"))
     result.shortStep = prim::kStatusShortStep;
   else if (isOneOf("primAbsDiff_32f", "primAddProduct", "primTranspose", "primFilter", "primPyr",
-                   "primResize", "primDeconv", "primSearch", "primCrossCorr"))
+                   "primResize", "primDeconv", "primSearch"))
     result.shortStep = prim::kStatusBadStep;
   if (isOneOf("primPyr", "primDeconv")) result.unevenStep = prim::kStatusUnevenStep;
   if (isOneOf("primAddProduct")) result.unevenStep = prim::kStatusBadStep;

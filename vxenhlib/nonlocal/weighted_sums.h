@@ -5,10 +5,12 @@
 
 namespace vx {
 
-/// The weighted sums that one band of the walk collects: a plane of weights and one for each plane
-/// that is filtered, over the rows that the band reaches. The sums of all bands are joined in their
-/// order, which makes the result independent of the threads.
-class BandSums {
+/// The weighted sums that one share of the walk collects: a plane of weights and one for each plane
+/// that is filtered, over the rows that the share reaches. The sums of all shares are joined in
+/// their order, which makes the result independent of the threads.
+///
+///     total(x, y) = sum over the blocks there of weight * sample, weights(x, y) = of weight
+class WeightedSums {
  public:
   /// Makes `planes` planes and that of the weights over the rows from `top` to below `bottom`;
   /// false, and empty, when memory is short.
@@ -25,7 +27,7 @@ class BandSums {
   }
 
   /// Adds a filtered stack at the places of its matches.
-  void add(const StackShape& shape, const FilteredStacks::Stack& stack);
+  void add(int blockSize, const FilteredStacks::Stack& stack, std::ptrdiff_t planeFloats);
 
  private:
   void reach(int bottom);

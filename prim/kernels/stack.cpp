@@ -1,0 +1,454 @@
+#include "prim/kernels/stack_lanes.h"
+
+// The transform of a stack, depth d, blocks of n by n. Along y and z the lanes are the pixels of a
+// row, along x they are rows of coefficients, so that no transform goes across lanes:
+//
+//   blocks         along y           along z            turned round     along x
+//   z y [x]  ->    z ky [x]   ->     ky kz [x]    ->    x [ky kz]   ->   kx [ky kz]
+//
+// Samples are real, and half of the coefficients tell the others: X(-k) is the conjugate of X(k).
+// Along y only ky from 0 to n / 2 is kept. The first and the last of these, real before the second
+// transform, go through it as one complex number, and of each only kz from 0 to d / 2 is kept.
+// There the first and the last are real again. So a spectrum is
+//
+//   | rows of n   | ky              | kz                              | are     |
+//   |-------------|-----------------|---------------------------------|---------|
+//   | (n/2 - 1) d | 1 .. n/2 - 1    | all                             | complex |
+//   | d - 2       | 0, then n/2     | 1 .. d/2 - 1                    | complex |
+//   | 4           | 0, n/2, 0, n/2  | 0, 0, d/2, d/2; with d = 1 two  | real    |
+//
+// and what goes back takes the same steps in reverse.
+
+namespace vx::prim::VX_VARIANT {
+namespace {
+
+#if defined(VX_KERNEL_SCALAR)
+using RowLanes = Lanes1;   // along x: rows
+using FewLanes = Lanes1;   // where there are no more of them
+using QuadLanes = Lanes1;  // the real rows
+#elif defined(__AVX512F__)
+using RowLanes = Lanes16;
+using FewLanes = Lanes8;
+using QuadLanes = Lanes4;
+#elif defined(__AVX2__)
+using RowLanes = Lanes8;
+using FewLanes = Lanes8;
+using QuadLanes = Lanes4;
+#else
+using RowLanes = Lanes4;
+using FewLanes = Lanes4;
+using QuadLanes = Lanes4;
+#endif
+
+constexpr int kChunk = 16;  // rows whose weights lie together, by kx
+
+// Calls f.operator()<Lanes>(x) for the vectors of a row of n pixels.
+template <class F>
+VX_STACK void acrossRow(int n, F f) {
+#if defined(VX_KERNEL_SCALAR)
+  for (int x = 0; x < n; ++x) f.template operator()<Lanes1>(x);
+#elif defined(VX_LANES8)
+  int x = 0;
+  for (; x + 8 <= n; x += 8) f.template operator()<Lanes8>(x);
+  if (x < n) f.template operator()<Lanes4>(x);
+#else
+  for (int x = 0; x < n; x += 4) f.template operator()<Lanes4>(x);
+#endif
+}
+#define VX_ACROSS [&]<class L>(int x) __attribute__((always_inline))
+
+struct Spectrum {
+  static constexpr int kMost = kStackMostSize * kStackMostSize * kStackMostDepth / 2;
+
+  alignas(64) float re[kMost];
+  alignas(64) float im[kMost];
+  alignas(64) float real[4 * kStackMostSize];
+  // ky of 0 and of n / 2 between the transforms along y and z.
+  alignas(64) float first[kStackMostDepth * kStackMostSize];
+  alignas(64) float last[kStackMostDepth * kStackMostSize];
+};
+
+int complexRows(int n, int depth) { return depth == 1 ? n / 2 - 1 : depth * n / 2 - 2; }
+// Filled up with zeros to whole vectors.
+int filledRows(int n, int depth) {
+  const int rows = complexRows(n, depth);
+  return (rows + RowLanes::kLanes - 1) / RowLanes::kLanes * RowLanes::kLanes;
+}
+
+template <int n>
+void alongY(const float* const* blocks, int step, int depth, Spectrum& s) {
+  for (int z = 0; z < depth; ++z)
+    acrossRow(
+        n, VX_ACROSS {
+          typename L::V samples[n], re[n / 2 + 1], im[n / 2 + 1];
+          const float* block = blocks[z] + x;
+          unrolled<n>(VX_UNROLLED { samples[k] = L::load(row(block, step, k)); });
+          realDft<n>(samples, re, im);
+          const int at = z * n + x;
+          L::store(s.first + at, re[0]);
+          L::store(s.last + at, re[n / 2]);
+          unrolled<n / 2 - 1>(VX_UNROLLED {
+            L::store(s.re + k * depth * n + at, re[k + 1]);
+            L::store(s.im + k * depth * n + at, im[k + 1]);
+          });
+        });
+}
+
+template <int n>
+void backAlongY(const Spectrum& s, int depth, float* dst) {
+  const float scale = 1.0f / static_cast<float>(n * n * depth);
+  for (int z = 0; z < depth; ++z)
+    acrossRow(
+        n, VX_ACROSS {
+          typename L::V samples[n], re[n / 2 + 1], im[n / 2 + 1];
+          const int at = z * n + x;
+          re[0] = L::load(s.first + at);
+          re[n / 2] = L::load(s.last + at);
+          unrolled<n / 2 - 1>(VX_UNROLLED {
+            re[k + 1] = L::load(s.re + k * depth * n + at);
+            im[k + 1] = L::load(s.im + k * depth * n + at);
+          });
+          realInverse<n>(re, im, samples);
+          float* block = dst + z * n * n + x;
+          unrolled<n>(VX_UNROLLED { L::store(block + k * n, samples[k] * scale); });
+        });
+}
+
+// kz by z of d rows n apart, in place; back with re and im exchanged.
+template <int d, class L>
+VX_STACK void transformRows(float* re, float* im, int n) {
+  typename L::V vRe[d], vIm[d];
+  unrolled<d>(VX_UNROLLED {
+    vRe[k] = L::load(re + k * n);
+    vIm[k] = L::load(im + k * n);
+  });
+  dft<d>(vRe, vIm);
+  unrolled<d>(VX_UNROLLED {
+    L::store(re + k * n, vRe[k]);
+    L::store(im + k * n, vIm[k]);
+  });
+}
+
+template <int d>
+void alongZ(int n, Spectrum& s) {
+  if constexpr (d == 1) {
+    for (int x = 0; x < n; ++x) {
+      s.real[x] = s.first[x];
+      s.real[n + x] = s.last[x];
+      s.real[2 * n + x] = s.real[3 * n + x] = 0.0f;
+    }
+  } else {
+    const int body = (n / 2 - 1) * d * n;
+    for (int at = 0; at < body; at += d * n)
+      acrossRow(
+          n, VX_ACROSS { transformRows<d, L>(s.re + at + x, s.im + at + x, n); });
+    // The transforms F of `first` and H of `last` from that of first + i * last.
+    acrossRow(
+        n, VX_ACROSS {
+          typename L::V re[d], im[d];
+          unrolled<d>(VX_UNROLLED {
+            re[k] = L::load(s.first + k * n + x);
+            im[k] = L::load(s.last + k * n + x);
+          });
+          dft<d>(re, im);
+          L::store(s.real + x, re[0]);
+          L::store(s.real + n + x, im[0]);
+          L::store(s.real + 2 * n + x, re[d / 2]);
+          L::store(s.real + 3 * n + x, im[d / 2]);
+          unrolled<d / 2 - 1>([&]<int j>() __attribute__((always_inline)) {
+            constexpr int k = j + 1;
+            const int f = body + j * n + x;
+            const int h = f + (d / 2 - 1) * n;
+            L::store(s.re + f, (re[k] + re[d - k]) * 0.5f);
+            L::store(s.im + f, (im[k] - im[d - k]) * 0.5f);
+            L::store(s.re + h, (im[k] + im[d - k]) * 0.5f);
+            L::store(s.im + h, (re[d - k] - re[k]) * 0.5f);
+          });
+        });
+  }
+  const int begin = complexRows(n, d) * n;
+  const int end = filledRows(n, d) * n;
+  for (int i = begin; i < end; ++i) s.re[i] = s.im[i] = 0.0f;
+}
+
+template <int d>
+void backAlongZ(int n, Spectrum& s) {
+  if constexpr (d == 1) {
+    for (int x = 0; x < n; ++x) {
+      s.first[x] = s.real[x];
+      s.last[x] = s.real[n + x];
+    }
+  } else {
+    const int body = (n / 2 - 1) * d * n;
+    for (int at = 0; at < body; at += d * n)
+      acrossRow(
+          n, VX_ACROSS { transformRows<d, L>(s.im + at + x, s.re + at + x, n); });
+    acrossRow(
+        n, VX_ACROSS {
+          typename L::V re[d], im[d];
+          re[0] = L::load(s.real + x);
+          im[0] = L::load(s.real + n + x);
+          re[d / 2] = L::load(s.real + 2 * n + x);
+          im[d / 2] = L::load(s.real + 3 * n + x);
+          unrolled<d / 2 - 1>([&]<int j>() __attribute__((always_inline)) {
+            constexpr int k = j + 1;
+            const int f = body + j * n + x;
+            const int h = f + (d / 2 - 1) * n;
+            const auto fRe = L::load(s.re + f), fIm = L::load(s.im + f);
+            const auto hRe = L::load(s.re + h), hIm = L::load(s.im + h);
+            re[k] = fRe - hIm;
+            im[k] = fIm + hRe;
+            re[d - k] = fRe + hIm;
+            im[d - k] = hRe - fIm;
+          });
+          dft<d>(im, re);
+          unrolled<d>(VX_UNROLLED {
+            L::store(s.first + k * n + x, re[k]);
+            L::store(s.last + k * n + x, im[k]);
+          });
+        });
+  }
+}
+
+template <class L, bool kWiener>
+VX_STACK typename L::V weightOf(const StackRule& rule, typename L::V re, typename L::V im) {
+  const auto power = re * re + im * im;
+  if constexpr (kWiener) {
+    const float noise = rule.threshold * rule.threshold;
+    return L::larger(power / (power + noise), L::set(rule.floor));
+  } else {
+    const auto rise = (L::root(power) - rule.threshold) * rule.gain;
+    return L::smaller(L::larger(rise, L::set(rule.floor)), L::set(1.0f));
+  }
+}
+
+enum class Weights { given, threshold, wiener };
+
+// 1 for the first `count` lanes, 0 for the others.
+template <class L>
+VX_STACK typename L::V firstLanes(int count) {
+  static constexpr float kOnes[2 * kChunk] = {1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1};
+  const int ones = count < 0 ? 0 : count < L::kLanes ? count : L::kLanes;
+  return L::load(kOnes + kChunk - ones);
+}
+
+// The vector of rows from r on: transforms them along x, weighs, applies the weights and goes back.
+// Adds the sums of the weights of each row: those of kx = 0 and n / 2 count twice, since a complex
+// row stands for its mirror image too.
+template <class L, int n, Weights kKind, bool kApply>
+void weighRows(int r, int rows, const StackRule& rule, float* weights, float* sums, Spectrum& s) {
+  typename L::V re[n], im[n], w[n];
+  loadColumns<L, n>(s.re + r * n, re);
+  loadColumns<L, n>(s.im + r * n, im);
+  dft<n>(re, im);
+  float* at = weights + r / kChunk * kChunk * n + r % kChunk;
+  if constexpr (kKind == Weights::given) {
+    unrolled<n>(VX_UNROLLED { w[k] = L::load(at + k * kChunk); });
+  } else {
+    unrolled<n>(VX_UNROLLED {
+      w[k] = weightOf<L, kKind == Weights::wiener>(rule, re[k], im[k]);
+      L::store(at + k * kChunk, w[k]);
+    });
+    auto sum = w[0] + w[n / 2];
+    unrolled<n>(VX_UNROLLED { sum = sum + w[k]; });
+    float* total = sums + r % kChunk;
+    L::store(total, L::load(total) + sum * firstLanes<L>(rows - r));
+  }
+  if constexpr (kApply) {
+    unrolled<n>(VX_UNROLLED {
+      re[k] = re[k] * w[k];
+      im[k] = im[k] * w[k];
+    });
+    dft<n>(im, re);
+    storeColumns<L, n>(re, s.re + r * n);
+    storeColumns<L, n>(im, s.im + r * n);
+  }
+}
+
+// All of along x. Returns the sum of the weights, of rows by their places modulo 16 first.
+template <int n, Weights kKind, bool kApply>
+float alongX(int depth, const StackRule& rule, float* weights, Spectrum& s) {
+  constexpr bool kWiener = kKind == Weights::wiener;
+  const int rows = complexRows(n, depth);
+  alignas(64) float sums[kChunk] = {};
+  if (rows <= FewLanes::kLanes)
+    weighRows<FewLanes, n, kKind, kApply>(0, rows, rule, weights, sums, s);
+  else
+    for (int r = 0; r < rows; r += RowLanes::kLanes)
+      weighRows<RowLanes, n, kKind, kApply>(r, rows, rule, weights, sums, s);
+
+  float* ends = weights + stackWeights(n, depth) - 4 * (n / 2 + 1);
+  float realSums[4] = {};
+  for (int r = 0; r < 4; r += QuadLanes::kLanes) {
+    using L = QuadLanes;
+    typename L::V samples[n], re[n / 2 + 1], im[n / 2 + 1];
+    loadColumns<L, n>(s.real + r * n, samples);
+    realDft<n>(samples, re, im);
+    im[0] = im[n / 2] = L::set(0.0f);
+    auto sum = L::set(0.0f);
+    unrolled<n / 2 + 1>(VX_UNROLLED {
+      float* at = ends + 4 * k + r;
+      typename L::V w;
+      if constexpr (kKind == Weights::given) {
+        w = L::load(at);
+      } else {
+        w = weightOf<L, kWiener>(rule, re[k], im[k]);
+        L::store(at, w);
+        sum = sum + w;
+      }
+      re[k] = re[k] * w;
+      im[k] = im[k] * w;
+    });
+    L::store(realSums + r, sum * firstLanes<L>((depth == 1 ? 2 : 4) - r));
+    if constexpr (kApply) {
+      realInverse<n>(re, im, samples);
+      storeColumns<L, n>(samples, s.real + r * n);
+    }
+  }
+  for (int half = kChunk / 2; half > 0; half /= 2)
+    for (int i = 0; i < half; ++i) sums[i] += sums[i + half];
+  return sums[0] + ((realSums[0] + realSums[1]) + (realSums[2] + realSums[3]));
+}
+
+void alongZ(int n, int depth, Spectrum& s) {
+  switch (depth) {
+    case 1:
+      return alongZ<1>(n, s);
+    case 2:
+      return alongZ<2>(n, s);
+    case 4:
+      return alongZ<4>(n, s);
+    case 8:
+      return alongZ<8>(n, s);
+    case 12:
+      return alongZ<12>(n, s);
+    default:
+      return alongZ<16>(n, s);
+  }
+}
+
+void backAlongZ(int n, int depth, Spectrum& s) {
+  switch (depth) {
+    case 1:
+      return backAlongZ<1>(n, s);
+    case 2:
+      return backAlongZ<2>(n, s);
+    case 4:
+      return backAlongZ<4>(n, s);
+    case 8:
+      return backAlongZ<8>(n, s);
+    case 12:
+      return backAlongZ<12>(n, s);
+    default:
+      return backAlongZ<16>(n, s);
+  }
+}
+
+template <int n>
+float runStack(const float* const* blocks, int step, int depth, const StackRule* rule,
+               float* weights, float* dst) {
+  Spectrum s;
+  alongY<n>(blocks, step, depth, s);
+  alongZ(n, depth, s);
+  float sum = 0.0f;
+  if (rule == nullptr)
+    alongX<n, Weights::given, true>(depth, {}, weights, s);
+  else if (rule->wiener)
+    sum = dst == nullptr ? alongX<n, Weights::wiener, false>(depth, *rule, weights, s)
+                         : alongX<n, Weights::wiener, true>(depth, *rule, weights, s);
+  else
+    sum = dst == nullptr ? alongX<n, Weights::threshold, false>(depth, *rule, weights, s)
+                         : alongX<n, Weights::threshold, true>(depth, *rule, weights, s);
+  if (dst != nullptr) {
+    backAlongZ(n, depth, s);
+    backAlongY<n>(s, depth, dst);
+  }
+  return sum;
+}
+
+float runStack(const float* const* blocks, int step, int size, int depth, const StackRule* rule,
+               float* weights, float* dst) {
+  return size == 8    ? runStack<8>(blocks, step, depth, rule, weights, dst)
+         : size == 12 ? runStack<12>(blocks, step, depth, rule, weights, dst)
+                      : runStack<16>(blocks, step, depth, rule, weights, dst);
+}
+
+bool badBlock(int size) { return size != 8 && size != 12 && size != 16; }
+bool badStack(int size, int depth) {
+  return badBlock(size) ||
+         (depth != 1 && depth != 2 && depth != 4 && depth != 8 && depth != 12 && depth != 16);
+}
+
+// Block by block, so that where they overlap the order of sums is theirs in every body.
+template <int n>
+void addStack(const float* src, const float* window, int depth, float* const* totals,
+              float* const* weights, int step) {
+  for (int z = 0; z < depth; ++z, src += n * n)
+    for (int y = 0; y < n; ++y) {
+      float* total = row(totals[z], step, y);
+      acrossRow(
+          n, VX_ACROSS {
+            const auto w = L::load(window + y * n + x);
+            L::store(total + x, L::load(total + x) + L::load(src + y * n + x) * w);
+          });
+      if (weights == nullptr) continue;
+      float* weight = row(weights[z], step, y);
+      acrossRow(
+          n,
+          VX_ACROSS { L::store(weight + x, L::load(weight + x) + L::load(window + y * n + x)); });
+    }
+}
+
+}  // namespace
+
+int primStackWeigh_32f(const float* const* blocks, int step, int size, int depth,
+                       const StackRule* rule, float* weights, float* sum, float* dst) {
+  if (blocks == nullptr || rule == nullptr || weights == nullptr || sum == nullptr)
+    return kStatusNullPtr;
+  if (badStack(size, depth)) return kStatusBadSize;
+  *sum = runStack(blocks, step, size, depth, rule, weights, dst);
+  return kStatusOk;
+}
+
+int primStackFilter_32f(const float* const* blocks, int step, int size, int depth,
+                        const float* weights, float* dst) {
+  if (blocks == nullptr || weights == nullptr || dst == nullptr) return kStatusNullPtr;
+  if (badStack(size, depth)) return kStatusBadSize;
+  runStack(blocks, step, size, depth, nullptr, const_cast<float*>(weights), dst);
+  return kStatusOk;
+}
+
+int primStackAdd_32f(const float* src, const float* window, int size, int depth,
+                     float* const* totals, float* const* weights, int step) {
+  if (src == nullptr || window == nullptr || totals == nullptr) return kStatusNullPtr;
+  if (badStack(size, depth)) return kStatusBadSize;
+  if (size == 8)
+    addStack<8>(src, window, depth, totals, weights, step);
+  else if (size == 12)
+    addStack<12>(src, window, depth, totals, weights, step);
+  else
+    addStack<16>(src, window, depth, totals, weights, step);
+  return kStatusOk;
+}
+
+int primStackDifference_32f(const float* src1, int src1Step, const float* src2, int src2Step,
+                            int size, float* mean) {
+  if (src1 == nullptr || src2 == nullptr || mean == nullptr) return kStatusNullPtr;
+  if (badBlock(size)) return kStatusBadSize;
+  // Down the columns first, then along the row.
+  alignas(64) float columns[kStackMostSize];
+  acrossRow(
+      size, VX_ACROSS {
+        auto sum = L::set(0.0f);
+        for (int y = 0; y < size; ++y)
+          sum = sum +
+                L::size(L::load(row(src1, src1Step, y) + x) - L::load(row(src2, src2Step, y) + x));
+        L::store(columns + x, sum);
+      });
+  float sum = 0.0f;
+  for (int x = 0; x < size; ++x) sum += columns[x];
+  *mean = sum / static_cast<float>(size * size);
+  return kStatusOk;
+}
+
+}  // namespace vx::prim::VX_VARIANT
