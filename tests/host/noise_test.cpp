@@ -43,7 +43,6 @@ class Noise : public HostTest {
     EXPECT_TRUE(list.is_array()) << outcome.out;
     return list;
   }
-  fs::path plans() const { return cache() / "vxicore" / "fftw-wisdom"; }
 };
 
 TEST_F(Noise, EstimateFollowsTheNoiseAndIsTheSameInText) {
@@ -156,43 +155,6 @@ TEST_F(Noise, PreviewResemblesTheReducedResult) {
   const VImage reduced = open(path("full.png")).shrink(2, 2).cast(VIPS_FORMAT_UCHAR);
   const VImage untreated = open(path("in.png")).shrink(2, 2).cast(VIPS_FORMAT_UCHAR);
   EXPECT_GT(psnr(reduced, open(path("small.png"))), psnr(reduced, untreated) + 3);
-}
-
-TEST_F(Noise, PlansAreKeptWhateverTheCacheHolds) {
-  withNoise(smooth(8), 10).crop(0, 0, 80, 64).pngsave(path("in.png").c_str());
-  const auto filter = [this](const std::string& mode, const Environment& environment) {
-    const Outcome outcome = run({"adjust", "in.png", "-o", "out.png", "--denoise", "0.6",
-                                 "--denoise-mode", mode, "--force"},
-                                environment);
-    EXPECT_EQ(outcome.code, 0);
-    EXPECT_EQ(outcome.complaints(), 1) << outcome.err;
-  };
-  filter("fast", {});
-  EXPECT_FALSE(fs::exists(cache())) << "nothing was planned";
-  filter("nonlocal", {});
-  const auto first = bytesOf(plans().string());
-  const auto result = bytesOf(path("out.png"));
-  EXPECT_GT(first.size(), 1000U);
-  const auto time = fs::last_write_time(plans());
-  filter("nonlocal", {});
-  EXPECT_EQ(fs::last_write_time(plans()), time) << "the plans were not found again";
-  EXPECT_EQ(bytesOf(path("out.png")), result);
-
-  std::string damaged(first.begin(), first.end());
-  damaged.replace(damaged.size() / 2, 40, 40, '(');
-  const std::string cut(first.begin(), first.begin() + 500);
-  for (const std::string& content : {damaged, cut, std::string(), std::string(3 << 20, '(')}) {
-    std::ofstream(plans(), std::ios::binary | std::ios::trunc) << content;
-    filter("nonlocal", {});
-    EXPECT_GT(fs::file_size(plans()), 1000U);
-    EXPECT_LT(fs::file_size(plans()), 1U << 20);
-  }
-  fs::remove(plans());
-  fs::create_directory(plans());
-  filter("nonlocal", {});
-  for (const std::string& folder : {path("in.png"), std::string("/proc"), std::string("relative")})
-    filter("nonlocal", {.variables = {{"XDG_CACHE_HOME", folder}, {"HOME", "/nowhere"}}});
-  EXPECT_EQ(files(), (std::vector<std::string>{"in.png", "out.png"}));
 }
 
 }  // namespace

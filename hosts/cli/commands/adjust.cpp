@@ -85,12 +85,6 @@ AdjustCommand::AdjustCommand(CLI::App& program)
       "All settings start neutral: a picture then stays as it is.");
 }
 
-int AdjustCommand::run() {
-  const int code = TreatingCommand::run();
-  if (wisdom_) wisdom_->keep();
-  return code;
-}
-
 VxAutoNoise AdjustCommand::noiseOf(const std::filesystem::path& input, Picture& picture,
                                    Progress& progress) const {
   if (values_.noise != settings::kAuto)
@@ -138,7 +132,6 @@ void AdjustCommand::treat(const std::filesystem::path& input, Picture& picture,
     values_.automatic = 0;
   }
   if (trips > 0) removeBlocks(picture.raster, trips);
-  if (filter.strength > 0 && filter.mode != 0 && !wisdom_) wisdom_.emplace();
   if (filter.strength > 0 || changesTone(values))
     adjust(picture.raster, values, filter, previewScale(), progress);
 }

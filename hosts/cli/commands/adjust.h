@@ -1,11 +1,8 @@
 // The subcommand "adjust": blocks, noise, tone, detail, sharpness and colour by vxAdjustRgb.
 #pragma once
 
-#include <optional>
-
 #include "hosts/auto/auto_noise.h"
 #include "hosts/cli/commands/treating_command.h"
-#include "hosts/cli/commands/wisdom.h"
 #include "hosts/settings/adjust_settings.h"
 
 namespace vx::cli {
@@ -13,7 +10,6 @@ namespace vx::cli {
 class AdjustCommand final : public TreatingCommand {
  public:
   explicit AdjustCommand(CLI::App& program);
-  int run() override;
 
  private:
   void treat(const std::filesystem::path& input, Picture& picture, Progress& progress) override;
@@ -27,8 +23,6 @@ class AdjustCommand final : public TreatingCommand {
                       Progress& progress) const;
 
   settings::AdjustValues values_;
-
-  std::optional<Wisdom> wisdom_;  // from the first picture on that needs plans
 };
 
 }  // namespace vx::cli
