@@ -10,7 +10,7 @@
 
 #include "tests/frame/services.h"
 #include "tests/support/images.h"
-#include "vxenhlib/nonlocal/fft_plan.h"
+#include "vxenhlib/nonlocal/search_transform.h"
 
 namespace {
 
@@ -23,8 +23,8 @@ TEST(Fork, aHundredChildrenGetTheBytesOfTheirParent) {
   const auto& all = services();
   const auto wanted = callAll();
   std::atomic<bool> done = false;
-  std::thread plans([&] {
-    while (!done) const vx::FftPlan plan(2, 2, 2);
+  std::thread planner([&] {
+    while (!done) const vx::SearchTransform plans({8, 32, 3});
   });
   std::thread traces([&] {
     while (!done) setDebugTrace(2, nullptr);
@@ -50,7 +50,7 @@ TEST(Fork, aHundredChildrenGetTheBytesOfTheirParent) {
     EXPECT_TRUE(i % 10 != 0 || all[service].call() == wanted[service]) << "in the parent";
   }
   done = true;
-  plans.join();
+  planner.join();
   traces.join();
 }
 
