@@ -91,16 +91,17 @@ TEST(NonLocal, costsAreSumsOfSquaredDifferences) {
       std::array<CostMap, 2> maps;
       ASSERT_TRUE(search->reserve(shape) && maps[0].reserve(shape) && maps[1].reserve(shape));
       // Neighbours share columns; the last ones have a lower block that is clamped.
-      for (const BlockPair& pair : {BlockPair{4, {2, 2 + step}},
-                                    {4 + step, {2, 2 + step}},
-                                    {4 + 2 * step, {2, 2 + step}},
-                                    {4 + 2 * step, {3, 3}},
-                                    {6, {3, 4}},
-                                    {7, {2, 2 + block / 2}}})
-        for (const SearchArea& area : {SearchArea{0, 0, size, size},
-                                       {4, 1, 24, 27},
-                                       {w - size, 0, size, size},
-                                       {2, 2, size, size}}) {
+      for (const SearchArea& area : {SearchArea{0, 0, size, size},
+                                     {4, 1, 24, 27},
+                                     {w - size, 0, size, size},
+                                     {2, 2, size, size}})
+        for (const BlockPair& pair : {BlockPair{4, {2, 2 + step}},
+                                      {4 + step, {2, 2 + step}},
+                                      {4 + 2 * step, {2, 2 + step}},
+                                      {4 + 2 * step, {3, 3}},
+                                      {4 + 2 * step, {3, 3 + block / 2}},
+                                      {6, {3, 4}},
+                                      {7, {2, 2 + block / 2}}}) {
           const int right = area.x + area.width - block, low = area.y + area.height - block;
           if (pair.x > w - block - step || pair.y[1] > low || pair.y[0] < area.y) continue;
           SCOPED_TRACE(::testing::Message() << block << ", step " << step << ", blocks at "
@@ -261,8 +262,8 @@ TEST(NonLocal, planesOfAnySizeAreFilteredAsFarAsTheyGo) {
   const prim::FloatModeGuard floatMode;
   CNLImDnCn filter(8, 2, 8, 32);
   filter.stepX = filter.stepY = 4;
-  constexpr int kSizes[][2] = {{1, 1},   {7, 40},  {40, 7},  {8, 8},   {9, 31},
-                               {45, 13}, {31, 33}, {32, 32}, {33, 32}, {25, 19}};
+  constexpr int kSizes[][2] = {{1, 1},   {7, 40},  {40, 7},  {8, 8},   {9, 31}, {45, 13},
+                               {31, 33}, {32, 32}, {33, 32}, {25, 19}, {33, 36}};
   for (const auto& [w, h] : kSizes) {
     PassCheck check(filter, w, h, 40);
     std::vector<int> stacks;
