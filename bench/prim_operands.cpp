@@ -48,6 +48,12 @@ Operands::Operands(const test::Prim& entry, const std::vector<ImageRole>& images
     for (const std::string_view name : {"plane0", "plane1", "plane2"})
       roles.push_back({name, sizeof(float), true, true, true});
   if (entry.takes("(rows")) roles.push_back({"rows", 2, false, true, false});
+  if (entry.takes("(search")) {
+    for (const std::string_view name : {"candidate", "target", "srcU", "srcV"})
+      roles.push_back({name, sizeof(float), true, true, false});
+    for (const std::string_view name : {"best", "dstU", "dstV"})
+      roles.push_back({name, sizeof(float), true, true, true});
+  }
   chooseSize(roles, level);
   for (const ImageRole& role : roles) planes_.push_back(shape(role));
   for (std::size_t i = 0; i < planes_.size(); ++i) {
@@ -64,9 +70,19 @@ Operands::Operands(const test::Prim& entry, const std::vector<ImageRole>& images
   if (entry.has("P3IR"))
     for (std::size_t i = 0; i < 3; ++i)
       planePointers_[i] = reinterpret_cast<float*>(planes_[i].origin);
+  if (entry.takes("(search")) search_ = searchRow();
   for (int y = 0; y < 8 && entry.takes("(rows"); ++y)
     rowPointers_[y] =
         reinterpret_cast<const std::int16_t*>(plane("rows").origin + y * plane("rows").step);
+}
+
+prim::SearchRow Operands::searchRow() {
+  const auto at = [this](std::string_view name) { return reinterpret_cast<float*>(image(name)); };
+  const auto step = [this](std::string_view name) { return static_cast<int>(plane(name).step); };
+  return {at("candidate"), step("candidate"), at("target"), step("target"), list<float>("weights"),
+          number("count"), at("best"),        step("best"), at("srcU"),     step("srcU"),
+          at("srcV"),      step("srcV"),      at("dstU"),   step("dstU"),   at("dstV"),
+          step("dstV")};
 }
 
 const prim::JpegQuantiser& Operands::quantiser() {

@@ -13,6 +13,7 @@
 
 #include "prim/grid.h"
 #include "prim/jpeg.h"
+#include "prim/search.h"
 #include "prim/types.h"
 #include "tests/prim/variants/prim_info.h"
 
@@ -37,9 +38,8 @@ inline constexpr std::string_view kImages[] = {
     "v",          "rgb"};
 /// Short lists: constants per channel, curves, kernels, results.
 inline constexpr std::string_view kLists[] = {
-    "value", "level", "values", "levels", "kernel", "sum",  "mean",
-    "min",   "max",   "indexX", "indexY", "result", "hist", "weights",
-    "low",   "high",  "shift",  "amount", "least",  "gain"};
+    "value",  "level",  "values", "levels",  "kernel", "sum",  "mean",  "min",    "max",   "indexX",
+    "indexY", "result", "hist",   "weights", "low",    "high", "shift", "amount", "least", "gain"};
 
 struct Number {
   std::string_view name;
@@ -76,7 +76,7 @@ inline constexpr std::string_view kOthers[] = {
     "width",       "height",    "length",   "cells",     "srcWidth", "srcHeight",
     "dstWidth",    "dstHeight", "roiWidth", "roiHeight", "step",     "planes",
     "twist",       "xFactor",   "yFactor",  "buffer",    "state",    "axis",
-    "rowFraction", "rows",      "blocks",   "quantiser"};
+    "rowFraction", "rows",      "blocks",   "quantiser", "search"};
 
 template <class List>
 constexpr bool contains(const List& list, std::string_view name) {
@@ -151,6 +151,8 @@ class Operands {
       return kTwist;
     } else if constexpr (std::is_same_v<T, const prim::JpegQuantiser*>) {
       return &quantiser();
+    } else if constexpr (std::is_same_v<T, const prim::SearchRow*>) {
+      return &search_;
     } else if constexpr (std::is_same_v<T, const std::int16_t* const*>) {
       return rowPointers_;
     } else {
@@ -204,6 +206,7 @@ class Operands {
   int number(std::string_view name) const;
   const Plane& plane(std::string_view name) const;
   unsigned char* image(std::string_view name) const { return plane(name).origin; }
+  prim::SearchRow searchRow();
   void* scratch();
   prim::primDeconvLRState* state();
   template <class T>
@@ -216,6 +219,7 @@ class Operands {
   std::vector<Plane> planes_;
   float* planePointers_[3] = {};
   const std::int16_t* rowPointers_[8] = {};
+  prim::SearchRow search_{};
   std::vector<std::unique_ptr<std::vector<unsigned char>>> lists_;
   std::vector<unsigned char> scratch_;
   prim::primDeconvLRState* state_ = nullptr;

@@ -120,10 +120,23 @@ void EnhEdge::alignChroma(const AlignSettings& settings, const EdgePlane& Y, con
                      (std::abs(dx) + std::abs(dy)) * 0.3 / (radiusX + radiusY) + 1.0);
                const int x = x0 - radiusX;
                const int y = y0 + dy;
-               primSearchRow_32f_C1R(at(reference, x, y), reference.step, at(Y, x0, y0), Y.step,
-                                     weights, 2 * radiusX + 1, best.data, best.step, at(U, x, y),
-                                     U.step, at(V, x, y), V.step, at(outU, x0, y0), outU.step,
-                                     at(outV, x0, y0), outV.step, w, h);
+               const SearchRow search = {.candidate = at(reference, x, y),
+                                         .candidateStep = reference.step,
+                                         .target = at(Y, x0, y0),
+                                         .targetStep = Y.step,
+                                         .weights = weights,
+                                         .count = 2 * radiusX + 1,
+                                         .best = best.data,
+                                         .bestStep = best.step,
+                                         .srcU = at(U, x, y),
+                                         .srcUStep = U.step,
+                                         .srcV = at(V, x, y),
+                                         .srcVStep = V.step,
+                                         .dstU = at(outU, x0, y0),
+                                         .dstUStep = outU.step,
+                                         .dstV = at(outV, x0, y0),
+                                         .dstVStep = outV.step};
+               primSearchRow_32f_C1R(&search, w, h);
              }
              // Where the luminance equals its blur there is no edge to pull the chroma back from.
              primAbsDiff_32f_C1R(at(reference, x0, y0), reference.step, at(Y, x0, y0), Y.step,

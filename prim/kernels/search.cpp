@@ -4,17 +4,17 @@
 namespace vx::prim::VX_VARIANT {
 namespace {
 
-struct SearchRow {
-  const float* candidate;
-  const float* target;
-  const float* weights;
-  int count;
-  float* best;
-  const float* srcU;
-  const float* srcV;
-  float* dstU;
-  float* dstV;
-};
+// The planes of a search, each at the row that is worked on.
+SearchRow rowsAt(SearchRow s, int y) {
+  s.candidate = row(s.candidate, s.candidateStep, y);
+  s.target = row(s.target, s.targetStep, y);
+  s.best = row(s.best, s.bestStep, y);
+  s.srcU = row(s.srcU, s.srcUStep, y);
+  s.srcV = row(s.srcV, s.srcVStep, y);
+  s.dstU = row(s.dstU, s.dstUStep, y);
+  s.dstV = row(s.dstV, s.dstVStep, y);
+  return s;
+}
 
 void searchPixel(const SearchRow& r, int x) {
   float best = r.best[x];
@@ -63,33 +63,23 @@ void searchVector(const SearchRow& r, int x) {
 
 }  // namespace
 
-int primSearchRow_32f_C1R(const float* candidate, int candidateStep, const float* target,
-                          int targetStep, const float* weights, int count, float* best,
-                          int bestStep, const float* srcU, int srcUStep, const float* srcV,
-                          int srcVStep, float* dstU, int dstUStep, float* dstV, int dstVStep,
-                          int width, int height) {
-  if (const int status =
-          checkImage(width, height, candidate, target, weights, best, srcU, srcV, dstU, dstV))
+int primSearchRow_32f_C1R(const SearchRow* search, int width, int height) {
+  if (search == nullptr) return kStatusNullPtr;
+  const SearchRow& s = *search;
+  if (const int status = checkImage(width, height, s.candidate, s.target, s.weights, s.best, s.srcU,
+                                    s.srcV, s.dstU, s.dstV))
     return status;
-  if (count < 1) return kStatusBadSize;
-  const std::int64_t reach = std::int64_t{width} + count - 1;
-  const int wideSteps[] = {candidateStep, srcUStep, srcVStep};
+  if (s.count < 1) return kStatusBadSize;
+  const std::int64_t reach = std::int64_t{width} + s.count - 1;
+  const int wideSteps[] = {s.candidateStep, s.srcUStep, s.srcVStep};
   for (const int step : wideSteps)
     if (step < 4 * reach) return kStatusBadStep;
-  const int steps[] = {targetStep, bestStep, dstUStep, dstVStep};
+  const int steps[] = {s.targetStep, s.bestStep, s.dstUStep, s.dstVStep};
   for (const int step : steps)
     if (shortStep(step, width, 4)) return kStatusBadStep;
 
   for (int y = 0; y < height; ++y) {
-    const SearchRow r = {row(candidate, candidateStep, y),
-                         row(target, targetStep, y),
-                         weights,
-                         count,
-                         row(best, bestStep, y),
-                         row(srcU, srcUStep, y),
-                         row(srcV, srcVStep, y),
-                         row(dstU, dstUStep, y),
-                         row(dstV, dstVStep, y)};
+    const SearchRow r = rowsAt(s, y);
     int x = 0;
 #ifndef VX_KERNEL_SCALAR
     for (; x + kFloats <= width; x += kFloats) searchVector(r, x);

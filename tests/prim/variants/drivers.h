@@ -17,6 +17,7 @@ struct Operands {
   float* planes[3] = {};
   const std::int16_t* rows[8] = {};
   std::vector<RowSize> rowSizes{};  ///< of the steps among the arguments
+  prim::SearchRow search{};
   std::size_t next = 0;
 
   template <class E>
@@ -47,6 +48,29 @@ struct Operands {
     } else if constexpr (std::is_same_v<T, const std::int16_t* const*>) {
       for (auto& row : rows) row = make<std::int16_t>(name, Role::read, listOf(t.width));
       return rows;
+    } else if constexpr (std::is_same_v<T, const prim::SearchRow*>) {
+      const Shape wide{t.width, t.height, {}, {0, 0, plan.reach, 0}}, own{t.width, t.height};
+      const auto plane = [&](Role role, const Shape& shape) {
+        return make<float>(name, role, shape);
+      };
+      const auto step = [&] { return images.back()->step(); };
+      search = {.candidate = plane(Role::read, wide),
+                .candidateStep = step(),
+                .target = plane(Role::read, own),
+                .targetStep = step(),
+                .weights = plane(Role::read, listOf(plan.reach + 1)),
+                .count = plan.setting,
+                .best = plane(Role::write, own),
+                .bestStep = step(),
+                .srcU = plane(Role::read, wide),
+                .srcUStep = step(),
+                .srcV = plane(Role::read, wide),
+                .srcVStep = step(),
+                .dstU = plane(Role::write, own),
+                .dstUStep = step(),
+                .dstV = plane(Role::write, own),
+                .dstVStep = step()};
+      return &search;
     } else if constexpr (std::is_same_v<T, const float(*)[4]>) {
       return reinterpret_cast<T>(make<float>(name, Role::read, listOf(12)));
     } else if constexpr (std::is_same_v<T, void*>) {

@@ -8,6 +8,7 @@
 
 #include "prim/dispatch.h"
 #include "prim/float_mode.h"
+#include "prim/search.h"
 #include "tests/prim/variants/trial.h"
 
 namespace vx::test {
@@ -79,6 +80,27 @@ void refuseOne(const Prim& entry, const Images& images, Row<Args...> row,
     const auto call = [&](int column) { return std::apply(row[column], args); };
     matchColumns(bodyColumns(), images, status, call);
   };
+  if constexpr (std::is_same_v<T, const prim::SearchRow*>) {
+    using Search = prim::SearchRow;
+    const Search search = *std::get<i>(good);
+    const auto withField = [&](auto field, auto bad, ArgumentKind kind, int status) {
+      Search spoilt = search;
+      spoilt.*field = bad;
+      with(kind, &spoilt, status);
+    };
+    for (const auto field :
+         {&Search::candidate, &Search::target, &Search::weights, &Search::srcU, &Search::srcV})
+      withField(field, nullptr, ArgumentKind::pointer, prim::kStatusNullPtr);
+    for (const auto field : {&Search::best, &Search::dstU, &Search::dstV})
+      withField(field, nullptr, ArgumentKind::pointer, prim::kStatusNullPtr);
+    withField(&Search::count, 0, ArgumentKind::size, prim::kStatusBadSize);
+    const int rowBytes = 4 * std::get<i + 1>(good), reach = 4 * (search.count - 1);
+    for (const auto field :
+         {&Search::targetStep, &Search::bestStep, &Search::dstUStep, &Search::dstVStep})
+      withField(field, rowBytes - 1, ArgumentKind::step, prim::kStatusBadStep);
+    for (const auto field : {&Search::candidateStep, &Search::srcUStep, &Search::srcVStep})
+      withField(field, rowBytes + reach - 1, ArgumentKind::step, prim::kStatusBadStep);
+  }
   if constexpr (std::is_pointer_v<T>) {
     with(ArgumentKind::pointer, nullptr, prim::kStatusNullPtr);
   } else if constexpr (std::is_same_v<T, int>) {

@@ -189,9 +189,6 @@ inline void planLevels(const Prim& entry, Trial& t, Plan& plan) {
 inline void planSearch(Trial& t, Plan& plan) {
   plan.setting = t.pick({0, 1, 2, 5, 13});
   plan.reach = std::max(0, plan.setting - 1);
-  plan.list("weights", plan.setting);
-  for (const char* name : {"candidate", "srcU", "srcV"})
-    plan.shapes[name] = {t.width, t.height, {}, {0, 0, plan.reach, 0}};
   plan.refuse(plan.setting < 1, prim::kStatusBadSize);
 }
 
