@@ -1,6 +1,6 @@
-#include "prim/kernels/divide.h"
-#include "prim/kernels/exp_ln.h"
-#include "prim/kernels/rows.h"
+#include "prim/kernels/shared/divide.h"
+#include "prim/kernels/shared/exp_ln.h"
+#include "prim/kernels/shared/rows.h"
 
 namespace vx::prim::VX_VARIANT {
 namespace {

@@ -1,4 +1,4 @@
-#include "prim/kernels/rows.h"
+#include "prim/kernels/shared/rows.h"
 
 namespace vx::prim::VX_VARIANT {
 namespace {

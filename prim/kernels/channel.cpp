@@ -1,5 +1,5 @@
-#include "prim/kernels/intrinsics.h"
-#include "prim/kernels/kernel.h"
+#include "prim/kernels/shared/intrinsics.h"
+#include "prim/kernels/shared/kernel.h"
 
 namespace vx::prim::VX_VARIANT {
 namespace {

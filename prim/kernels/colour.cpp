@@ -1,5 +1,5 @@
-#include "prim/kernels/interleave3.h"
-#include "prim/kernels/kernel.h"
+#include "prim/kernels/shared/interleave3.h"
+#include "prim/kernels/shared/kernel.h"
 
 namespace vx::prim::VX_VARIANT {
 namespace {

@@ -1,5 +1,5 @@
-#include "prim/kernels/floats.h"
-#include "prim/kernels/rows.h"
+#include "prim/kernels/shared/floats.h"
+#include "prim/kernels/shared/rows.h"
 
 namespace vx::prim::VX_VARIANT {
 namespace {

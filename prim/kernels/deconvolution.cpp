@@ -1,5 +1,5 @@
 #include "prim/deconvolution_state.h"
-#include "prim/kernels/convolve.h"
+#include "prim/kernels/shared/convolve.h"
 
 namespace vx::prim::VX_VARIANT {
 namespace {

@@ -1,4 +1,4 @@
-#include "prim/kernels/convolve.h"
+#include "prim/kernels/shared/convolve.h"
 
 namespace vx::prim::VX_VARIANT {
 

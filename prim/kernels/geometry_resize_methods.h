@@ -3,7 +3,7 @@
 // Where a resampled pixel takes its samples, and how they are weighted. A method reads kTaps
 // samples from `start` on, all inside the region.
 
-#include "prim/kernels/kernel.h"
+#include "prim/kernels/shared/kernel.h"
 
 namespace vx::prim::VX_VARIANT {
 namespace {

@@ -3,8 +3,8 @@
 // Vectors of 16-bit lanes in groups of 128 bits, one group to a block: the same code serves all
 // widths. Interleaving and packing stay inside the groups.
 
-#include "prim/kernels/intrinsics.h"
-#include "prim/kernels/kernel.h"
+#include "prim/kernels/shared/intrinsics.h"
+#include "prim/kernels/shared/kernel.h"
 
 #if !defined(VX_KERNEL_SCALAR)
 

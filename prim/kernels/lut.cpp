@@ -1,7 +1,7 @@
 #include "prim/alloc.h"
-#include "prim/kernels/kernel.h"
 #include "prim/kernels/lut_small.h"
 #include "prim/kernels/lut_table.h"
+#include "prim/kernels/shared/kernel.h"
 
 namespace vx::prim::VX_VARIANT {
 namespace {

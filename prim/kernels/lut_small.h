@@ -4,8 +4,8 @@
 // the segment by three comparisons, its polynomial out of registers. Element for element the same
 // operations as evaluate(), so the same bits.
 
-#include "prim/kernels/intrinsics.h"
 #include "prim/kernels/lut_table.h"
+#include "prim/kernels/shared/intrinsics.h"
 
 namespace vx::prim::VX_VARIANT {
 namespace {

@@ -2,7 +2,7 @@
 
 // The per-call tables of the piecewise lookups: one polynomial per segment of the curve.
 
-#include "prim/kernels/kernel.h"
+#include "prim/kernels/shared/kernel.h"
 
 namespace vx::prim::VX_VARIANT {
 namespace {

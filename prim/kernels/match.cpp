@@ -1,4 +1,4 @@
-#include "prim/kernels/ints.h"
+#include "prim/kernels/shared/ints.h"
 
 namespace vx::prim::VX_VARIANT {
 namespace {

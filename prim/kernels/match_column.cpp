@@ -1,7 +1,7 @@
 // Compiled twice for the AVX-512 body: the second time, as the variant avx512dot, with the dot
 // products of the processors that have them. Sums of integers are the same either way.
 
-#include "prim/kernels/ints.h"
+#include "prim/kernels/shared/ints.h"
 
 #if defined(__AVX512BW__) && !defined(__AVX512VNNI__)
 namespace vx::prim::avx512dot {

@@ -1,4 +1,4 @@
-#include "prim/kernels/kernel.h"
+#include "prim/kernels/shared/kernel.h"
 
 namespace vx::prim::VX_VARIANT {
 namespace {

@@ -3,7 +3,7 @@
 // Medians by networks of comparisons: loops over them become minima and maxima of whole vectors.
 // What a network computes beyond the median is dropped by the compiler.
 
-#include "prim/kernels/kernel.h"
+#include "prim/kernels/shared/kernel.h"
 
 namespace vx::prim::VX_VARIANT {
 namespace {

@@ -10,7 +10,7 @@
 
 #include <utility>
 
-#include "prim/kernels/kernel.h"
+#include "prim/kernels/shared/kernel.h"
 
 #define VX_STACK [[maybe_unused, gnu::always_inline]] inline
 

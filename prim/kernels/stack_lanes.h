@@ -3,7 +3,7 @@
 // Vectors of one, four, eight and sixteen floats under one set of names, for kernels that need
 // several widths at once. What goes across lanes stays inside groups of four.
 
-#include "prim/kernels/intrinsics.h"
+#include "prim/kernels/shared/intrinsics.h"
 #include "prim/kernels/stack_dft.h"
 
 namespace vx::prim::VX_VARIANT {

@@ -1,5 +1,5 @@
-#include "prim/kernels/floats.h"
-#include "prim/kernels/kernel.h"
+#include "prim/kernels/shared/floats.h"
+#include "prim/kernels/shared/kernel.h"
 
 // A NaN never wins a comparison of the form `v < best ? v : best`, which is also what the vector
 // instructions do. Equal elements of other bits (zeros of both signs; under denormals-are-zero all

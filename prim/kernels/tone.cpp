@@ -1,4 +1,4 @@
-#include "prim/kernels/rows.h"
+#include "prim/kernels/shared/rows.h"
 
 namespace vx::prim::VX_VARIANT {
 int primvClip_32f_I(float low, float high, float* srcDst, int length) {

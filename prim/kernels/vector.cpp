@@ -1,5 +1,5 @@
-#include "prim/kernels/divide.h"
-#include "prim/kernels/rows.h"
+#include "prim/kernels/shared/divide.h"
+#include "prim/kernels/shared/rows.h"
 
 namespace vx::prim::VX_VARIANT {
 namespace {

@@ -3,7 +3,7 @@
 // The walks over rows that the element-wise kernels share. They check null pointers and sizes, in
 // this order, and nothing else; a result element depends on the elements at its own place only.
 
-#include "prim/kernels/kernel.h"
+#include "prim/kernels/shared/kernel.h"
 
 // No iteration of the following loop depends on another one: an operand is the destination itself
 // or does not overlap it. Spares the run-time overlap tests, which would also send the frequent

@@ -7,8 +7,8 @@
 // compiler takes two permutations for each vector (measured with the stores to the strips: a
 // quarter slower with AVX2, a fifth with AVX-512).
 
-#include "prim/kernels/floats.h"
-#include "prim/kernels/kernel.h"
+#include "prim/kernels/shared/floats.h"
+#include "prim/kernels/shared/kernel.h"
 
 namespace vx::prim::VX_VARIANT {
 namespace {

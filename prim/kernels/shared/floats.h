@@ -3,8 +3,8 @@
 // The body's vector of floats under one set of names, for the kernels that the compiler does not
 // vectorise: reductions in a fixed order, searches, interleaving.
 
-#include "prim/kernels/intrinsics.h"
-#include "prim/kernels/kernel.h"
+#include "prim/kernels/shared/intrinsics.h"
+#include "prim/kernels/shared/kernel.h"
 
 namespace vx::prim::VX_VARIANT {
 namespace {

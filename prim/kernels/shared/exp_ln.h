@@ -6,7 +6,7 @@
 // so the result is the correctly rounded one unless it lies that close to the middle between two
 // floats.
 
-#include "prim/kernels/kernel.h"
+#include "prim/kernels/shared/kernel.h"
 
 namespace vx::prim::VX_VARIANT {
 namespace {

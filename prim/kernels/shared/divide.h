@@ -1,6 +1,6 @@
 #pragma once
 
-#include "prim/kernels/rows.h"
+#include "prim/kernels/shared/rows.h"
 
 namespace vx::prim::VX_VARIANT {
 namespace {

@@ -2,7 +2,7 @@
 
 // The single-precision convolution that the row and column filters and the deconvolution share.
 
-#include "prim/kernels/kernel.h"
+#include "prim/kernels/shared/kernel.h"
 
 namespace vx::prim::VX_VARIANT {
 namespace {

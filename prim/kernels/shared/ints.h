@@ -3,8 +3,8 @@
 // The body's vector of 32-bit integers, for the kernels of the block search. Sums, comparisons and
 // choices are written with operators.
 
-#include "prim/kernels/intrinsics.h"
-#include "prim/kernels/kernel.h"
+#include "prim/kernels/shared/intrinsics.h"
+#include "prim/kernels/shared/kernel.h"
 
 #if !defined(VX_KERNEL_SCALAR)
 
