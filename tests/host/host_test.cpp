@@ -52,7 +52,6 @@ void HostTest::SetUp() {
 void HostTest::TearDown() {
   std::error_code error;
   fs::remove_all(folder_, error);
-  fs::remove_all(cache(), error);
 }
 
 Outcome HostTest::run(const std::vector<std::string>& arguments,
@@ -63,7 +62,6 @@ Outcome HostTest::run(const std::vector<std::string>& arguments,
     if (chdir(folder_.c_str()) != 0) _exit(127);
     redirect(out.c_str(), STDOUT_FILENO);
     redirect(err.c_str(), STDERR_FILENO);
-    setenv("XDG_CACHE_HOME", cache().c_str(), 1);
     for (const auto& [name, value] : environment.variables) setenv(name.c_str(), value.c_str(), 1);
     if (environment.fileSizeLimit > 0) {
       const struct rlimit limit { environment.fileSizeLimit, environment.fileSizeLimit };

@@ -48,8 +48,6 @@ class HostTest : public ::testing::Test {
   void runTelling(const std::string& reason, const std::vector<std::string>& arguments) const {
     runBadly(0, reason, arguments);
   }
-  /// The cache folder of the runs.
-  fs::path cache() const { return folder_.string() + ".cache"; }
   void write(const std::string& name, const std::string& text) const;
   /// Names in the folder, sorted: shows what was left behind.
   std::vector<std::string> files(const std::string& subfolder = "") const;
