@@ -16,7 +16,8 @@ class BException : public std::exception {
   virtual void mark() const = 0;
 };
 
-/// Memory for an ImageBuffer could not be allocated. Thrown by value; nothing in the library catches it.
+/// Memory for an ImageBuffer could not be allocated. Thrown by value; nothing in the library
+/// catches it.
 class MemoryException final : public BException {
  public:
   const char* what() const noexcept override { return "vxicore26: out of memory"; }

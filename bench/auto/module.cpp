@@ -1,5 +1,5 @@
-// What the scripts beside this need of the inside of the automatic settings, for Python's ctypes; the
-// functions of the C headers are in the same module.
+// What the scripts beside this need of the inside of the automatic settings, for Python's ctypes;
+// the functions of the C headers are in the same module.
 #include "hosts/auto/auto_noise.h"
 #include "hosts/auto/block_statistics.h"
 #include "hosts/auto/denoise_networks.h"

@@ -9,9 +9,9 @@
  *
  * What vxDenoiseEstNoise measures is the deviation from pixel to pixel. The noise of a camera is
  * correlated over several pixels by demosaicking, smoothing and JPEG, and shows little of it; fine
- * texture shows much. The estimate here looks at blocks of several sizes and at the fine colour. Two
- * small networks, fitted to what the filters gain on simulated pictures, turn that into an amount
- * for each filter, or into "off" where the filter is likely to do harm.
+ * texture shows much. The estimate here looks at blocks of several sizes and at the fine colour.
+ * Two small networks, fitted to what the filters gain on simulated pictures, turn that into an
+ * amount for each filter, or into "off" where the filter is likely to do harm.
  *
  * Every function gives a defined answer for every input, NaN and null pointers included. Same
  * input, same output.
@@ -72,8 +72,8 @@ typedef struct VxAutoNoise {
 } VxAutoNoise;
 
 /**
- * Measures the noise of a picture. Linear time, about 10 ms per megapixel; memory for the statistics,
- * less than a byte per pixel.
+ * Measures the noise of a picture. Linear time, about 10 ms per megapixel; memory for the
+ * statistics, less than a byte per pixel.
  *
  * Blocks whose deviations lie at the low end are flat, and what deviates there is noise: after J.
  * Immerkær, "Fast noise variance estimation", 1996 (the filter) and S. Pyatykh, J. Hesser, L.

@@ -128,8 +128,7 @@ void BilateralLocalHistEq::fillEmphasis() {
     const float s = at > centre ? depth * (1.0f - peakPosition) * peakWidth : peakWidth * centre;
     const float t = (at - centre) / (s + 1e-6f);
     const float w = std::exp(-t * t);
-    emphasis_[z] =
-        peakGain > 0.0f ? peakGain * w + 1.0f : 1.0f - peakGain * (1.0f - w);
+    emphasis_[z] = peakGain > 0.0f ? peakGain * w + 1.0f : 1.0f - peakGain * (1.0f - w);
   }
 }
 
