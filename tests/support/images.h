@@ -3,17 +3,10 @@
 // Float images for the tests of the stages: one way to make them and one to compare them, bit by
 // bit. Works on the containers of stages and of the edge enhancer alike.
 
-#include <gtest/gtest.h>
 #include <omp.h>
 
-#include <algorithm>
-#include <bit>
-#include <cmath>
-#include <cstdint>
-#include <cstring>
-#include <random>
-
 #include "frame/img.h"
+#include "tests/support/test.h"
 
 namespace vx::test {
 
@@ -21,6 +14,14 @@ using Plane = GIMG<float>;
 
 inline float& at(Plane& p, int x, int y) { return p.row(y)[x]; }
 inline float at(const Plane& p, int x, int y) { return p.row(y)[x]; }
+
+/// The planes of a picture, as the stages take them.
+struct ThreePlanes {
+  Plane plane[3];
+  Plane* all[3] = {&plane[0], &plane[1], &plane[2]};
+
+  ThreePlanes(int w, int h) : plane{{w, h}, {w, h}, {w, h}} {}
+};
 
 /// Calls f(x, y) for every pixel.
 template <class Image, class F>

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -69,6 +71,18 @@ struct Picture {
     return most;
   }
 };
+
+/// A ramp and two flat fields under Gaussian noise of `sigma` levels.
+inline void paintScene(Picture& p, double sigma, unsigned seed) {
+  std::mt19937 random(seed);
+  std::normal_distribution<double> noise(0.0, sigma);
+  const double top = deep(p.format) ? 32768.0 : 255.0;
+  p.forEachSample([&](int x, int y, int c) {
+    const double field = (x / 61 + y / 47) % 3 == 0 ? 0.3 + 0.05 * c : 0.25 + 0.4 * x / p.width;
+    return static_cast<int>(
+        std::clamp(std::lround(field * top + noise(random)), 0L, std::lround(top)));
+  });
+}
 
 /// A picture of random samples up to `top`.
 inline Picture randomPicture(int format, int width, int height, int top = 255, int slack = 0) {

@@ -1,10 +1,7 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <cstring>
-
 #include "prim/dispatch.h"
+#include "tests/support/test.h"
 
 namespace vx::test {
 
