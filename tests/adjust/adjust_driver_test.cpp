@@ -1,10 +1,5 @@
 #include "adjust/adjust_driver.h"
 
-#include <gtest/gtest.h>
-
-#include <climits>
-#include <tuple>
-
 #include "tests/adjust/host.h"
 #include "tests/support/images.h"
 
@@ -12,9 +7,6 @@ namespace {
 
 using vx::AdjustSettings;
 using namespace vx::test;
-
-constexpr AdjustSettings kBrighter = {.lumaGamma = 1.0f};
-constexpr NoiseProfile kProfile = {0.3f, 0.05f, 0.0f, 0.3f, 0.02f, 0.0f};
 
 Picture adjusted(Picture p, const AdjustSettings& settings) {
   EXPECT_EQ(adjust(p, settings), 1);
@@ -60,15 +52,13 @@ TEST(AdjustDriver, oddSizesLeaveAColumnOrRowOut) {
 // One call is what a call for each stage gives, but for the rounding between them; grain comes back
 // as it was taken out, whatever the curves did.
 TEST(AdjustDriver, stagesRunInTheirOrder) {
-  AdjustSettings all = {.lumaGamma = 1.5f,
-                        .denoiseStrength = 0.6f,
-                        .noiseProfile = &kProfile,
-                        .unblockStrength = 0.7f};
+  AdjustSettings all = {
+      .lumaGamma = 1.5f, .denoiseStrength = 0.6f, .noiseProfile = &kNoisy, .unblockStrength = 0.7f};
   Picture p = randomPicture(3, 96, 64, 6000);
   p.forEachSample(
       [&](int x, int y, int c) { return p.get(x, y, c) + (x / 16 + y / 16) % 2 * 4000; });
   Picture unblocked = adjusted(p, {.unblockStrength = 0.7f});
-  Picture smooth = adjusted(unblocked, {.denoiseStrength = 0.6f, .noiseProfile = &kProfile});
+  Picture smooth = adjusted(unblocked, {.denoiseStrength = 0.6f, .noiseProfile = &kNoisy});
   Picture bright = adjusted(smooth, {.lumaGamma = 1.5f}), whole = adjusted(p, all);
   all.grainRestore = 0.5f;
   Picture grainy = adjusted(p, all);
@@ -90,8 +80,8 @@ TEST(AdjustDriver, stagesRunInTheirOrder) {
 TEST(AdjustDriver, noiseFilterAndGrainBeginAtTheirThresholds) {
   const Picture p = randomPicture(3, 64, 48, 6000);
   const auto filtered = [&](float strength, float grain) {
-    return adjusted(
-        p, {.denoiseStrength = strength, .noiseProfile = &kProfile, .grainRestore = grain});
+    return adjusted(p,
+                    {.denoiseStrength = strength, .noiseProfile = &kNoisy, .grainRestore = grain});
   };
   Picture plain = filtered(0.0f, 0.0f), smooth = filtered(0.6f, 0.0f);
   EXPECT_EQ(filtered(0.001f, 1.0f).distance(plain), 0);

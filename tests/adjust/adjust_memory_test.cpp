@@ -1,16 +1,14 @@
-#include <gtest/gtest.h>
 #include <immintrin.h>
 
 #include "adjust/adjust_driver.h"
 #include "tests/adjust/host.h"
 #include "tests/support/heap.h"
+#include "tests/support/test.h"
 
 namespace {
 
 using vx::AdjustSettings;
 using namespace vx::test;
-
-constexpr AdjustSettings kBrighter = {.lumaGamma = 1.0f};
 
 // Each pattern of planes that the host fails to give. A width whose packed and padded steps differ:
 // the planes then have different steps.

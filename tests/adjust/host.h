@@ -1,10 +1,7 @@
 #pragma once
 
-#include <cstddef>
 #include <cstdlib>
-#include <functional>
 #include <stdexcept>
-#include <vector>
 
 #include "adjust/adjust_settings.h"
 #include "tests/support/picture.h"
@@ -55,6 +52,9 @@ struct Host {
     return number == host.cancelAt ? 0 : 1;
   }
 };
+
+inline constexpr AdjustSettings kBrighter = {.lumaGamma = 1.0f};
+inline constexpr NoiseProfile kNoisy = {0.3f, 0.05f, 0.0f, 0.3f, 0.02f, 0.0f};
 
 /// The exported function with the settings in one piece; its allocators only when `lendMemory`.
 inline int adjust(void* pixels, int format, int rowStep, int width, int height,

@@ -1,12 +1,7 @@
 #include "adjust/host_pixels.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <tuple>
-
 #include "tests/support/picture.h"
+#include "tests/support/test.h"
 
 namespace {
 
@@ -91,26 +86,6 @@ TEST(HostPixels, writingRoundsSaturatesAndCuts) {
         EXPECT_EQ(p.get(14, 0, 2), wanted) << value << " in format " << format;
       }
     }
-}
-
-// The interleaved way cuts words 0 to 3 * width - 1 of each row, extra channel included, and
-// nothing behind them; the way of planes cuts all colour and leaves the extra channel alone.
-TEST(HostPixels, cutOfFormat6) {
-  const int w = 16;
-  const auto word = [](Picture& p, int index) {
-    std::uint16_t v;
-    std::memcpy(&v, p.bytes.data() + p.step + 2 * index, 2);
-    return v;
-  };
-  Picture p(6, w, 2);
-  std::fill(p.bytes.begin(), p.bytes.end(), std::uint8_t{0xFF});
-  writeInterleaved(p, 1.5f);
-  for (int i = 0; i < 4 * w; ++i)
-    EXPECT_EQ(word(p, i), i < 3 * w ? 32768 : i % 4 == 0 ? 65535 : 49152) << i;
-
-  std::fill(p.bytes.begin(), p.bytes.end(), std::uint8_t{0xFF});
-  writePlanes(p, 1.5f);
-  for (int i = 0; i < 4 * w; ++i) EXPECT_EQ(word(p, i), i % 4 == 0 ? 65535 : 32768) << i;
 }
 
 // What cannot be read stands for black, never for memory as it was found.

@@ -1,13 +1,7 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <climits>
-#include <cmath>
-#include <tuple>
-
 #include "adjust/plan_tiles.h"
 #include "adjust/tile_blend.h"
 #include "tests/support/picture.h"
+#include "tests/support/test.h"
 
 namespace {
 

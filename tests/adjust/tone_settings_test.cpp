@@ -1,11 +1,6 @@
 #include "adjust/tone_settings.h"
 
-#include <gtest/gtest.h>
-
-#include <climits>
-#include <cmath>
-#include <limits>
-#include <tuple>
+#include "tests/support/test.h"
 
 namespace {
 

@@ -1,11 +1,6 @@
 #include "adjust/unblock_stage.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <tuple>
-#include <vector>
-
+#include "tests/support/test.h"
 #include "vxicore26.h"
 
 namespace {

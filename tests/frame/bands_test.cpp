@@ -1,11 +1,8 @@
 #include "frame/bands.h"
 
-#include <gtest/gtest.h>
-
 #include <atomic>
 #include <chrono>
 #include <thread>
-#include <vector>
 
 #include "tests/support/images.h"
 

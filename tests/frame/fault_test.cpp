@@ -1,11 +1,8 @@
 // What the exported functions do when memory fails at any place where they ask for it.
 
 #include <fftw3.h>
-#include <gtest/gtest.h>
 
 #include <atomic>
-#include <cmath>
-#include <cstdlib>
 #include <filesystem>
 #include <new>
 

@@ -1,12 +1,9 @@
 // The floating-point state of the host: nothing of it reaches a result, and no call changes it.
 
-#include <gtest/gtest.h>
 #include <immintrin.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <thread>
 
 #include "tests/frame/services.h"

@@ -1,7 +1,6 @@
 // A child process goes on where its parent had a team at work, plans being made and records
 // written.
 
-#include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
 

@@ -1,21 +1,14 @@
 // The shared library as a host meets it: loaded at run time, by its six names, again and again.
 
 #include <dlfcn.h>
-#include <gtest/gtest.h>
 #include <immintrin.h>
 
-#include <algorithm>
-#include <climits>
-#include <cstdint>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
-#include <memory>
 #include <stdexcept>
-#include <string>
 #include <thread>
-#include <vector>
 
+#include "tests/support/test.h"
 #include "vxicore26.h"
 
 namespace {

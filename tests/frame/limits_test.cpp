@@ -1,18 +1,16 @@
 // Limits that the system sets: a full disk, an address space that is used up.
 
-#include <gtest/gtest.h>
 #include <malloc.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
 #include <cstdio>
 #include <filesystem>
-#include <string>
-#include <vector>
 
 #include "frame/exceptions.h"
 #include "frame/exports/load.h"
 #include "tests/frame/services.h"
+#include "tests/support/test.h"
 #include "vxenhlib/nonlocal/search_transform.h"
 
 namespace {

@@ -8,17 +8,11 @@
 namespace vx::test {
 namespace {
 
-// Ramps and fields under noise, in odd sizes, with bytes between the rows.
+// In odd sizes, with bytes between the rows.
 std::shared_ptr<const Picture> scene(int format, int width, int height) {
   auto p = std::make_shared<Picture>(format, width, height, 6);
   p->randomise(31, 255);
-  std::mt19937 random(32);
-  const int unit = deep(format) ? 128 : 1;
-  p->forEachSample([&](int x, int y, int c) {
-    const bool field = (x / 23 + y / 17) % 3 == 0;
-    const int level = field ? 70 + 30 * c : 20 + 200 * x / width - 10 * c + y % 5;
-    return unit * level + static_cast<int>(random() % static_cast<unsigned>(24 * unit));
-  });
+  paintScene(*p, deep(format) ? 900.0 : 7.0, 32);
   return p;
 }
 

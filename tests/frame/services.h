@@ -3,16 +3,9 @@
 // The exported functions on pictures, with settings that leave no stage out, and calls of all of
 // them for tests of what no circumstance of a call may change.
 
-#include <cstdint>
-#include <functional>
-#include <string>
-#include <vector>
-
 #include "tests/adjust/host.h"
 
 namespace vx::test {
-
-inline constexpr NoiseProfile kNoisy = {0.3f, 0.05f, 0.0f, 0.3f, 0.02f, 0.0f};
 
 inline constexpr AdjustSettings kTone = {.lumaEqAmount = 0.3f,
                                          .lumaEqRadius = 40.0f,

@@ -1,7 +1,6 @@
 // What a call gives depends neither on calls beside it or around it nor on the level of the
 // processor.
 
-#include <gtest/gtest.h>
 #include <immintrin.h>
 
 #include <thread>

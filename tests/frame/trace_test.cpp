@@ -1,16 +1,13 @@
 #include "frame/exports/trace.h"
 
-#include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
-#include <string>
 #include <thread>
-#include <vector>
 
 #include "frame/exports/load.h"
+#include "tests/support/test.h"
 #include "vxicore26.h"
 
 namespace {
