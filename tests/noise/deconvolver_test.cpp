@@ -1,10 +1,6 @@
 #include "vxenhlib/noise/deconvolver.h"
 
-#include <gtest/gtest.h>
-
-#include <numeric>
-
-#include "prim/float_mode.h"
+#include "tests/support/float_mode.h"
 #include "tests/support/images.h"
 #include "vxenhlib/vxrc.h"
 
@@ -37,7 +33,6 @@ TEST(Deconvolver, kernelsAreGaussiansOfSumOneAndGrowWithSigma) {
 // Bars blurred by the very Gaussian: a third of the squared error at least goes away inside the
 // frame, and the frame stays.
 TEST(Deconvolver, bringsABlurredPictureCloserAndKeepsTheFrame) {
-  const prim::FloatModeGuard floatMode;
   constexpr int kW = 60, kH = 44;
   const auto bars = [](int x, int y) {
     return ((x + 36) / 6 + (y + 36) / 9) % 2 == 0 ? 0.2f : 0.7f;
@@ -72,7 +67,6 @@ TEST(Deconvolver, bringsABlurredPictureCloserAndKeepsTheFrame) {
 }
 
 TEST(Deconvolver, tinyPlanesAreAllFrame) {
-  const prim::FloatModeGuard floatMode;
   for (const auto& [w, h] : {std::pair(1, 1), {8, 3}, {3, 40}, {15, 15}}) {
     Plane source(w, h), target(w, h), other(w + 1, h);
     fill(source, 3);

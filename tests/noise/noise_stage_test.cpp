@@ -1,12 +1,8 @@
 #include "adjust/noise_stage.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
-
 #include "tests/adjust/host.h"
 #include "tests/support/picture.h"
+#include "tests/support/test.h"
 
 namespace {
 
@@ -19,14 +15,7 @@ constexpr NoiseProfile kProfile = {0.3f, 0.026f, 0.0f, 0.3f, 0.009f, 0.0f};
 Picture noisyPicture(int format, int width, int height, double sigma) {
   Picture p(format, width, height);
   p.randomise(1, 255);
-  std::mt19937 random(11);
-  std::normal_distribution<double> noise(0.0, sigma);
-  const double unit = test::deep(format) ? 128.0 : 1.0;
-  p.forEachSample([&](int x, int y, int c) {
-    const double field = (x / 40 + y / 30) % 2 == 0 ? 60.0 + 15.0 * c : 160.0 + 15.0 * c;
-    return static_cast<int>(
-        std::clamp(std::lround(unit * (field + noise(random))), 0L, std::lround(unit * 255.0)));
-  });
+  test::paintScene(p, (test::deep(format) ? 128.0 : 1.0) * sigma, 11);
   return p;
 }
 
@@ -40,52 +29,44 @@ double error(Picture& p) {
   return sum;
 }
 
-AdjustSettings denoising(float strength, int mode) {
-  AdjustSettings s;
-  s.denoiseStrength = strength;
-  s.noiseProfile = &kProfile;
-  s.denoiseMode = mode;
-  return s;
-}
-
-class NoiseModes : public ::testing::TestWithParam<int> {};
-
-// What the stage makes of the picture with a share of the grain.
-Picture filtered(const Picture& picture, AdjustSettings s, float grain = 0.0f) {
-  Picture p = picture;
-  s.grainRestore = grain;
-  EXPECT_EQ(adjust(p, s), 1);
-  return p;
-}
+struct NoiseModes : ::testing::TestWithParam<int> {
+  // What the stage makes of the picture with a share of the grain.
+  static Picture filtered(Picture p, float strength, float grain = 0.0f,
+                          const NoiseProfile* profile = &kProfile) {
+    EXPECT_EQ(adjust(p, {.denoiseStrength = strength,
+                         .noiseProfile = profile,
+                         .grainRestore = grain,
+                         .denoiseMode = GetParam()}),
+              1);
+    return p;
+  }
+};
 
 TEST_P(NoiseModes, noiseFallsAndAllGrainGivesThePictureBack) {
   for (const int format : {1, 6}) {
     Picture before = noisyPicture(format, 160, 120, 6.0);
     const double noise = error(before);
-    const AdjustSettings s = denoising(1.0f, GetParam());
-    Picture none = filtered(before, s), half = filtered(before, s, 0.5f);
+    Picture none = filtered(before, 1.0f), half = filtered(before, 1.0f, 0.5f);
     EXPECT_LT(error(none), 0.25 * noise) << format;
     EXPECT_LT(error(half), 0.5 * noise) << format;
     EXPECT_GT(error(half), 0.2 * noise) << format;
     // The limit itself adds nothing.
-    EXPECT_TRUE(filtered(before, s, 0.01f).bytes == none.bytes) << format;
-    EXPECT_LE(filtered(before, s, 1.0f).distance(before), test::deep(format) ? 2 : 1) << format;
+    EXPECT_TRUE(filtered(before, 1.0f, 0.01f).bytes == none.bytes) << format;
+    EXPECT_LE(filtered(before, 1.0f, 1.0f).distance(before), test::deep(format) ? 2 : 1) << format;
   }
 }
 
 TEST_P(NoiseModes, thresholdAndMissingProfileLeaveThePicture) {
-  const Picture before = noisyPicture(3, 80, 64, 6.0), plain = filtered(before, {});
-  for (const float strength : {0.001f, std::numeric_limits<float>::quiet_NaN()})
-    EXPECT_TRUE(filtered(before, denoising(strength, GetParam()), 1.0f).bytes == plain.bytes);
-  AdjustSettings s = denoising(1.0f, GetParam());
-  s.noiseProfile = nullptr;
-  EXPECT_TRUE(filtered(before, s, 1.0f).bytes == plain.bytes);
+  const Picture before = noisyPicture(3, 80, 64, 6.0), plain = filtered(before, 0.0f);
+  for (const float strength : {0.001f, std::nanf("")})
+    EXPECT_TRUE(filtered(before, strength, 1.0f).bytes == plain.bytes);
+  EXPECT_TRUE(filtered(before, 1.0f, 1.0f, nullptr).bytes == plain.bytes);
 }
 
 TEST_P(NoiseModes, picturesBelowTheSearchTileAndFlatOnesStay) {
   const auto expectStays = [](const Picture& p) {
-    Picture plain = filtered(p, {});
-    EXPECT_LE(filtered(p, denoising(1.0f, GetParam())).distance(plain), 1)
+    Picture plain = filtered(p, 0.0f);
+    EXPECT_LE(filtered(p, 1.0f).distance(plain), 1)
         << p.width << "x" << p.height << ", " << int{p.bytes[0]};
   };
   for (const auto& [w, h] : {std::pair(2, 2), {30, 90}, {90, 30}})

@@ -1,11 +1,9 @@
 // The non-local passes of NoiseFilterRecord::denoise, called one by one with the numbers that they
 // are to have.
 
-#include <gtest/gtest.h>
-
-#include "prim/float_mode.h"
 #include "prim/prims.h"
 #include "tests/nonlocal/reference_non_local.h"
+#include "tests/support/float_mode.h"
 #include "vxenhlib/noise/gauss_pyramid.h"
 #include "vxenhlib/noise/noise_filter_record.h"
 
@@ -19,20 +17,19 @@ constexpr float kLumaNoise = 0.03f, kChromaNoise = 0.021f;
 // None at the value that the pipeline gives.
 constexpr float kFloor = 0.02f, kShare = 0.9f, kKnee = 2.5f, kDeviation = 1.3f, kGuide = 0.8f;
 
-struct Picture {
-  Plane y{kWidth, kHeight}, c1{kWidth, kHeight}, c2{kWidth, kHeight};
-  GIMG<float>* planes[3] = {&y, &c1, &c2};
+struct Picture : ThreePlanes {
+  Plane &y = plane[0], &c1 = plane[1], &c2 = plane[2];
 
-  Picture() {
-    for (unsigned p = 0; p < 3; ++p) fillUnits(*planes[p], p, 0x1p-16f, 0.1f, 0.03f);
+  Picture() : ThreePlanes(kWidth, kHeight) {
+    for (unsigned p = 0; p < 3; ++p) fillUnits(plane[p], p, 0x1p-16f, 0.1f, 0.03f);
   }
   int denoise(NoiseFilterRecord& record, float strength) {
-    return record.denoise(planes, {.floorWeight = kFloor,
-                                   .strength = strength,
-                                   .detailShare = kShare,
-                                   .kneeRatio = kKnee,
-                                   .deviationGain = kDeviation,
-                                   .chromaGuideGain = kGuide});
+    return record.denoise(all, {.floorWeight = kFloor,
+                                .strength = strength,
+                                .detailShare = kShare,
+                                .kneeRatio = kKnee,
+                                .deviationGain = kDeviation,
+                                .chromaGuideGain = kGuide});
   }
 };
 
@@ -79,7 +76,6 @@ void chain(Picture& p, CNLImDnCn& filter, bool twoStage, float strength) {
 }
 
 TEST(NonLocalPasses, runWithTheseStrengthsAndImages) {
-  const prim::FloatModeGuard floatMode;
   for (const bool twoStage : {true, false}) {
     const Picture before;
     Picture picture, wanted;
@@ -88,13 +84,13 @@ TEST(NonLocalPasses, runWithTheseStrengthsAndImages) {
     // The limit itself does not run them, nor plan their transforms.
     ASSERT_EQ(picture.denoise(record, 0.009f), kVxrcOk);
     EXPECT_EQ(record.nonLocal, nullptr);
-    for (int p = 0; p < 3; ++p) EXPECT_TRUE(sameBits(*before.planes[p], *picture.planes[p]));
+    for (int p = 0; p < 3; ++p) EXPECT_TRUE(sameBits(before.plane[p], picture.plane[p]));
 
     ASSERT_EQ(picture.denoise(record, 1.1f), kVxrcOk);
     EXPECT_EQ(record.nonLocal->stepX, 4);
     chain(wanted, *record.nonLocal, twoStage, 1.1f);
     for (int p = 0; p < 3; ++p)
-      EXPECT_TRUE(sameBits(*wanted.planes[p], *picture.planes[p])) << twoStage << ", plane " << p;
+      EXPECT_TRUE(sameBits(wanted.plane[p], picture.plane[p])) << twoStage << ", plane " << p;
   }
 }
 

@@ -1,8 +1,6 @@
 // What the passes do to whole planes: colour space, padding, pyramid.
 
-#include <gtest/gtest.h>
-
-#include "prim/float_mode.h"
+#include "tests/support/float_mode.h"
 #include "tests/support/images.h"
 #include "vxenhlib/noise/gauss_pyramid.h"
 #include "vxenhlib/noise/luma_chroma.h"
@@ -14,21 +12,21 @@ using namespace vx::test;
 
 // The matrices have five digits.
 TEST(LumaChroma, thereAndBackKeepsThePictureAndGreyHasNoChroma) {
-  const prim::FloatModeGuard floatMode;
   constexpr float kOfGrey[2][3] = {{0.6f / 1.402f, 0.61176f, 0.53725f},
                                    {0.6f / 1.402f, 0.0f, 0.0f}};
   for (const bool centred : {false, true}) {
-    Plane rgb[3] = {{37, 5}, {37, 5}, {37, 5}}, before[3] = {{37, 5}, {37, 5}, {37, 5}};
-    GIMG<float>* const planes[3] = {&rgb[0], &rgb[1], &rgb[2]};
-    for (unsigned p = 0; p < 3; ++p) {
-      fill(rgb[p], p);
-      at(rgb[p], 3, 2) = 0.6f;
-      copyImage(rgb[p], before[p]);
-    }
-    EXPECT_EQ(toLumaChroma(planes, centred), 1);
-    for (int p = 0; p < 3; ++p) EXPECT_NEAR(at(rgb[p], 3, 2), kOfGrey[centred][p], 1e-5f) << p;
-    EXPECT_EQ(fromLumaChroma(planes, centred), 1);
-    for (int p = 0; p < 3; ++p) EXPECT_LT(largestDifference(before[p], rgb[p]), 5e-5f) << p;
+    ThreePlanes rgb(37, 5), before(37, 5);
+    for (unsigned p = 0; p < 3; ++p)
+      for (Plane* const plane : {rgb.all[p], before.all[p]}) {
+        fill(*plane, p);
+        at(*plane, 3, 2) = 0.6f;
+      }
+    EXPECT_EQ(toLumaChroma(rgb.all, centred), 1);
+    for (int p = 0; p < 3; ++p)
+      EXPECT_NEAR(at(rgb.plane[p], 3, 2), kOfGrey[centred][p], 1e-5f) << p;
+    EXPECT_EQ(fromLumaChroma(rgb.all, centred), 1);
+    for (int p = 0; p < 3; ++p)
+      EXPECT_LT(largestDifference(before.plane[p], rgb.plane[p]), 5e-5f) << p;
   }
 }
 
@@ -44,7 +42,6 @@ TEST(CopyPadded, cropsAndRepeatsTheLastColumnAndRow) {
 }
 
 TEST(GaussPyramid, levelsHalveAndAConstantStaysOne) {
-  const prim::FloatModeGuard floatMode;
   Plane image(53, 37);
   paint(image, [](int, int) { return 0.375f; });
   GaussPyramid pyramid;
@@ -62,7 +59,6 @@ TEST(GaussPyramid, levelsHalveAndAConstantStaysOne) {
 // Both ways of taking the detail off a level give it back when it is put on again; the expansion
 // is that of the lower level as it is by then, which the filter changes in between.
 TEST(GaussPyramid, detailAndExpansionMakeTheLevelAgain) {
-  const prim::FloatModeGuard floatMode;
   Plane image(50, 31), before(52, 32), detail(52, 32), sum(52, 32), other(50, 32);
   fill(image, 8);
   GaussPyramid gauss, laplace;

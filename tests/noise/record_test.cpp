@@ -1,11 +1,6 @@
-#include <gtest/gtest.h>
-
-#include <array>
-#include <limits>
-
 #include "adjust/noise_stage.h"
-#include "prim/float_mode.h"
 #include "tests/grid/reference.h"
+#include "tests/support/float_mode.h"
 #include "vxenhlib/noise/luma_chroma.h"
 
 namespace {
@@ -69,11 +64,8 @@ TEST(NoiseFilterRecord, amountsOfTheBilateralPasses) {
   EXPECT_NEAR(record.chromaGrid(0.75f).range, 0.005 + boost, 1e-7);
 }
 
-struct Planes {
-  Plane plane[3];
-  GIMG<float>* all[3] = {&plane[0], &plane[1], &plane[2]};
-
-  Planes(int w, int h) : plane{{w, h}, {w, h}, {w, h}} {
+struct Planes : ThreePlanes {
+  Planes(int w, int h) : ThreePlanes(w, h) {
     for (unsigned p = 0; p < 3; ++p) fill(plane[p], p);
     for (int p = 1; p < 3; ++p)
       paint(plane[p], [&](int x, int y) { return at(plane[p], x, y) - 0.45f; });
@@ -97,7 +89,6 @@ struct Planes {
 };
 
 TEST(NoiseFilterRecord, bilateralPassesAreTwoGrids) {
-  const prim::FloatModeGuard floatMode;
   Planes planes(97, 64), wanted(97, 64);
   NoiseFilterRecord record;
   record.configure(profile(0.3f, 0.02f), true, true);
@@ -108,7 +99,6 @@ TEST(NoiseFilterRecord, bilateralPassesAreTwoGrids) {
 
 // The fast mode works in the rows of the image; its grids grow with the noise.
 TEST(NoiseFilterRecord, theFastModeIsThreeGridsOverTheImage) {
-  const prim::FloatModeGuard floatMode;
   struct Case {
     float level, noise, strength;
     int lumaSample;
@@ -156,7 +146,6 @@ TEST(NoiseFilterRecord, theFastModeIsThreeGridsOverTheImage) {
 }
 
 TEST(NoiseFilterRecord, planesThatItRefusesStay) {
-  const prim::FloatModeGuard floatMode;
   for (const auto& [w, h, other, code] : {std::tuple(31, 80, 31, kVxrcBadArgument),
                                           {80, 31, 80, kVxrcBadArgument},
                                           {64, 64, 63, kVxrcSizeMismatch}}) {
@@ -173,7 +162,6 @@ TEST(NoiseFilterRecord, planesThatItRefusesStay) {
 }
 
 TEST(NoiseFilterRecord, sharpeningWorksOnTheLumaAlone) {
-  const prim::FloatModeGuard floatMode;
   Planes planes(64, 64), before(64, 64);
   NoiseFilterRecord record;
   record.configure(profile(0.3f, 0.02f), true, true);
@@ -186,7 +174,6 @@ TEST(NoiseFilterRecord, sharpeningWorksOnTheLumaAlone) {
 
 // Profiles that no estimate gives: no crash, and pictures that can still be read.
 TEST(NoiseFilterRecord, anyProfileIsSurvived) {
-  const prim::FloatModeGuard floatMode;
   const float odd[] = {0.0f, -0.5f, 1e-30f, 0.02f, 3.0f, 1e30f, kInfinity, -kInfinity, kNan};
   for (const float noise : odd)
     for (const float level : {0.0f, 0.3f, -0.3f, kNan})
