@@ -1,13 +1,9 @@
 #include "edge/edge_driver.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-
 #include "edge/enh_edge.h"
 #include "edge/yuv_transform.h"
 #include "tests/support/picture.h"
+#include "tests/support/test.h"
 #include "vxicore26.h"
 
 namespace {

@@ -1,12 +1,5 @@
 #include "edge/enh_edge.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <tuple>
-#include <vector>
-
 #include "edge/gauss_kernel7.h"
 #include "tests/support/images.h"
 

@@ -1,6 +1,5 @@
-#include <functional>
-
 #include "tests/grid/reference.h"
+#include "tests/support/float_mode.h"
 #include "vxenhlib/grid/bilateral_filter.h"
 #include "vxenhlib/grid/bilateral_local_hist_eq.h"
 #include "vxenhlib/replicate_border.h"
@@ -10,11 +9,10 @@ namespace {
 using namespace vx;
 using namespace vx::test;
 
-const prim::FloatModeGuard kFloatMode;  // that of the library, for the whole program
-
 TEST(GridFilter, everyPixelIsThatOfTheReference) {
   const std::tuple<int, int, int, Range> cases[] = {
       {97, 61, 16, {0.0f, 1.0f, 0.1f}},
+      {700, 9, 4, {0.0f, 1.0f, 0.04f}},  // rows of several strips
       {97, 61, 6, {0.0f, 1.0f, 0.025f}},
       {97, 61, 6, {0.0f, 1.0f, 0.05f}},
       {160, 40, 7, {0.0f, 1.0f, 0.05f}},
@@ -126,6 +124,7 @@ TEST(LocalEq, everyPixelIsThatOfTheReference) {
       {97, 61, 20, {0.0f, 1.0f, 2.0f, 0.1f, 0.99f, 0.0f}},
       {31, 9, 4, {0.1f, 0.5f, 0.5f, 0.4f, 0.02f, 0.95f}},
       {90, 40, 7, {0.0f, 1.0f, 0.4f, 0.5f, 0.8f, 0.5f}},
+      {90, 40, 7, {0.0f, 1.0f, 0.4f, 0.5f, 0.8f, 0.5f, 0.01f, -0.25f}},
       // More bins than a byte can say.
       {90, 40, 7, {0.0f, 1.0f, 0.4f, 0.5f, 0.8f, 0.5f, 0.002f}},
       {1, 1, 6, {0.0f, 1.0f, 0.0f, 0.5f, 0.5f, 0.5f}},
@@ -143,8 +142,8 @@ TEST(LocalEq, everyPixelIsThatOfTheReference) {
     for (int x = 0; x < w; x += 17) at(image, x, h / 3) = -0.3f;
     copyImage(image, expected);
     referenceEqualize(expected, sample, s);
-    ASSERT_EQ(eq.setupGrid(w, h, 0.0f, 1.0f, sample, s.rangeStep, s.outLow, s.outScale, s.peakGain,
-                           s.peakPosition, 0),
+    ASSERT_EQ(eq.setupGrid(w, h, s.low, s.low + 1.0f, sample, s.rangeStep, s.outLow, s.outScale,
+                           s.peakGain, s.peakPosition, 0),
               kVxrcOk);
     for (const auto& [rows, threads] : kRuns) {
       const Threads team(threads);

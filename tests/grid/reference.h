@@ -16,10 +16,10 @@ void referenceFilter(Plane& data, const Plane& guide, const Range& range, int sp
 
 struct EqSettings {
   float outLow, outScale, peakGain, peakPosition, strength, clipScale;
-  float rangeStep = 0.01f;
+  float rangeStep = 0.01f, low = 0.0f;
 };
 
-/// BilateralLocalHistEq::equalize over 0 to 1.
+/// BilateralLocalHistEq::equalize over `low` to low + 1.
 void referenceEqualize(Plane& image, int spatialSample, const EqSettings& settings);
 
 }  // namespace vx::test

@@ -1,6 +1,3 @@
-#include <algorithm>
-#include <vector>
-
 #include "tests/grid/reference.h"
 
 namespace vx::test {
@@ -167,7 +164,7 @@ void referenceFilter(Plane& data, const Plane& guide, const Range& range, int sa
 }
 
 void referenceEqualize(Plane& image, int sample, const EqSettings& settings) {
-  const Range range = {0.0f, 1.0f, settings.rangeStep};
+  const Range range = {settings.low, settings.low + 1.0f, settings.rangeStep};
   const int w = image.width, h = image.height;
   Grid hist(cellsAlong(w, sample), cellsAlong(h, sample), depthOf(range), 0.25f);
   over(0, 0, w, h, [&](int x, int y) {

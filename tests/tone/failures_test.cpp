@@ -1,10 +1,8 @@
 // Memory that runs short at every allocation in turn, sizes that fit nothing, and values that no
 // picture holds.
 
-#include <climits>
-#include <limits>
-
 #include "tests/grid/reference.h"
+#include "tests/support/float_mode.h"
 #include "tests/support/heap.h"
 #include "tests/tone/reference.h"
 #include "vxenhlib/grid/bilateral_filter.h"
@@ -15,8 +13,6 @@ namespace {
 
 using namespace vx;
 using namespace vx::test;
-
-const prim::FloatModeGuard kFloatMode;  // that of the library, for the whole program
 
 constexpr float kInf = std::numeric_limits<float>::infinity();
 

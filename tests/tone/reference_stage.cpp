@@ -1,6 +1,3 @@
-#include <algorithm>
-#include <array>
-
 #include "prim/prims.h"
 #include "tests/grid/reference.h"
 #include "tests/tone/reference.h"

@@ -1,6 +1,4 @@
-#include <functional>
-#include <tuple>
-
+#include "tests/support/float_mode.h"
 #include "tests/tone/reference.h"
 #include "vxenhlib/tone/tone_scratch.h"
 #include "vxenhlib/tone/unsharp_mask.h"
@@ -10,7 +8,6 @@ namespace {
 using namespace vx;
 using namespace vx::test;
 
-const prim::FloatModeGuard kFloatMode;  // that of the library, for the whole program
 using Stage = AdjustToneStage;
 
 struct StageCase {
