@@ -94,6 +94,9 @@ TEST(Vector, shortcutsKeepBits) {
     EXPECT_EQ(bitsOf(v[0]), 0u);
     EXPECT_EQ(bitsOf(v[1]), 0x80000000u);
   }
+  float nan = kNan;
+  EXPECT_EQ(primvClip_32f_I(-2.0f, 3.0f, &nan, 1), 0);
+  EXPECT_EQ(nan, -2.0f);
 }
 
 TEST(Arith, dividesByZeroToInfinitiesAndOneNan) {

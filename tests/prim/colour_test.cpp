@@ -1,5 +1,3 @@
-#include <array>
-
 #include "tests/prim/plane.h"
 
 namespace {

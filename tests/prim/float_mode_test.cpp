@@ -1,7 +1,8 @@
 #include "prim/float_mode.h"
 
-#include <gtest/gtest.h>
 #include <immintrin.h>
+
+#include "tests/support/test.h"
 
 namespace {
 

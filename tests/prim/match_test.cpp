@@ -2,18 +2,13 @@
 
 #include "prim/match.h"
 
-#include <gtest/gtest.h>
-
-#include <climits>
-#include <random>
-#include <vector>
-
-#include "tests/prim/variants/match.h"
+#include "tests/prim/plane.h"
+#include "tests/support/variants.h"
 
 namespace {
 
 using namespace vx::prim;
-using vx::test::bodyColumns;
+using vx::test::onEveryVariant;
 using Map = std::vector<std::int32_t>;
 
 constexpr int kLanes[] = {32, 48, 64};
@@ -46,81 +41,68 @@ struct Samples {
 TEST(Match, columnsAreExactSumsWithAndWithoutDotProducts) {
   const Samples s(1);
   const bool machine = primDotProducts;
-  for (const int column : bodyColumns())
-    for (const int half : {4, 6, 8})
-      for (const int lanes : kLanes)
-        for (const int rows : {1, half - 1, half, 25, lanes == 48 ? 42 : 32}) {
-          SCOPED_TRACE(::testing::Message() << columnName(column) << ", " << half << ", " << lanes
-                                            << " lanes, " << rows << " rows");
-          Map upper[2], lower[2];
-          for (const int way : {0, 1}) {
-            primDotProducts = machine && way == 0;
-            upper[way].assign(static_cast<std::size_t>(rows * lanes + 1), 7);
-            lower[way] = upper[way];
-            const auto run = [&](int x, bool add, bool both) {
-              return table::primMatchColumn_32s[column](s.at(x, 3), s.at(9, 2), s.kPitch, half,
-                                                        rows, lanes, add, upper[way].data(),
-                                                        both ? lower[way].data() : nullptr);
-            };
-            ASSERT_EQ(run(5, false, true), 0);
-            ASSERT_EQ(run(20, true, true), 0);
-            ASSERT_EQ(run(31, true, false), 0);
-          }
-          primDotProducts = machine;
-          ASSERT_EQ(upper[0], upper[1]);
-          ASSERT_EQ(lower[0], lower[1]);
-          for (int v = 0; v < rows; ++v)
-            for (int u = 0; u < lanes; ++u) {
-              const auto at = static_cast<std::size_t>(v * lanes + u);
-              const auto sum = [&](int x, int y) {
-                return static_cast<std::uint32_t>(s.product(x, y, 9 + u, 2 + v, half));
-              };
-              ASSERT_EQ(static_cast<std::uint32_t>(upper[0][at]),
-                        sum(5, 3) + sum(20, 3) + sum(31, 3))
-                  << u << ", " << v;
-              ASSERT_EQ(static_cast<std::uint32_t>(lower[0][at]),
-                        sum(5, 3 + half) + sum(20, 3 + half))
-                  << u << ", " << v;
-            }
-          EXPECT_EQ(upper[0].back() + lower[0].back(), 14);
+  for (const int half : {4, 6, 8})
+    for (const int lanes : kLanes)
+      for (const int rows : {1, half - 1, half, 25, lanes == 48 ? 42 : 32}) {
+        SCOPED_TRACE(::testing::Message() << half << ", " << lanes << " by " << rows);
+        Map sums[2];  // of the block and of that half its height below
+        for (int i = 0; i < rows * lanes; ++i) {
+          const auto sum = [&](int x, int y) {
+            return static_cast<std::uint32_t>(s.product(x, y, 9 + i % lanes, 2 + i / lanes, half));
+          };
+          sums[0].push_back(static_cast<std::int32_t>(sum(5, 3) + sum(20, 3) + sum(31, 3)));
+          sums[1].push_back(static_cast<std::int32_t>(sum(5, 3 + half) + sum(20, 3 + half)));
         }
+        for (Map& sum : sums) sum.push_back(7);  // behind the map
+        const auto check = [&] {
+          Map upper(sums[0].size(), 7), lower = upper;
+          const auto run = [&](int x, bool add, std::int32_t* below) {
+            return primMatchColumn_32s(s.at(x, 3), s.at(9, 2), s.kPitch, half, rows, lanes, add,
+                                       upper.data(), below);
+          };
+          ASSERT_EQ(run(5, false, lower.data()), 0);
+          ASSERT_EQ(run(20, true, lower.data()), 0);
+          ASSERT_EQ(run(31, true, nullptr), 0);
+          ASSERT_EQ(upper, sums[0]);
+          ASSERT_EQ(lower, sums[1]);
+        };
+        onEveryVariant(check);
+        primDotProducts = false;
+        onEveryVariant(check);
+        primDotProducts = machine;
+      }
 }
 
 TEST(Match, costsAddUpAndTheLeastIsFound) {
   std::mt19937 random(2);
-  for (const int column : bodyColumns())
-    for (const int lanes : kLanes) {
-      constexpr int kRows = 25, kPitch = 71;
-      const auto draw = [&](std::size_t count, int most) {
-        Map map(count);
-        for (auto& v : map) v = static_cast<std::int32_t>(random() % static_cast<unsigned>(most));
-        return map;
-      };
-      const auto size = static_cast<std::size_t>(kRows * lanes);
-      const Map left = draw(size, 1 << 29), right = draw(size, 1 << 29);
-      const Map energy = draw(kRows * kPitch, 1 << 29);
-      const std::vector<std::uint32_t> energies(energy.begin(), energy.end());
-      Map costs(size);
-      ASSERT_EQ(table::primMatchCosts_32s[column](1234, energies.data(), kPitch, left.data(),
-                                                  right.data(), kRows, lanes, costs.data()),
+  for (const int lanes : kLanes) {
+    constexpr int kRows = 25, kPitch = 71;
+    const auto draw = [&](int count) {
+      Map map(static_cast<std::size_t>(count));
+      for (auto& v : map) v = static_cast<std::int32_t>(random() % (1u << 29));
+      return map;
+    };
+    const Map left = draw(kRows * lanes), right = draw(kRows * lanes), own = draw(kRows * kPitch);
+    const std::vector<std::uint32_t> energies(own.begin(), own.end());
+    Map wanted, costs(left.size());
+    for (std::size_t i = 0; i < left.size(); ++i)
+      wanted.push_back(1234 + own[i / unsigned(lanes) * kPitch + i % unsigned(lanes)] + left[i] +
+                       right[i]);
+    onEveryVariant([&] {
+      ASSERT_EQ(primMatchCosts_32s(1234, energies.data(), kPitch, left.data(), right.data(), kRows,
+                                   lanes, costs.data()),
                 0);
-      for (int i = 0; i < kRows * lanes; ++i) {
-        const auto at = static_cast<std::size_t>(i);
-        ASSERT_EQ(costs[at], 1234 +
-                                 energy[static_cast<std::size_t>(i / lanes * kPitch + i % lanes)] +
-                                 left[at] + right[at]);
-      }
+      ASSERT_EQ(costs, wanted);
       for (const auto& [first, across] : {std::pair(0, lanes), {3, 1}, {lanes - 5, 5}, {7, 20}}) {
-        std::int32_t least = 0, wanted = INT_MAX;
+        std::int32_t found = 0, least = INT_MAX;
         for (int i = 0; i < kRows * lanes; ++i)
           if (i % lanes >= first && i % lanes < first + across)
-            wanted = std::min(wanted, costs[static_cast<std::size_t>(i)]);
-        ASSERT_EQ(
-            table::primMatchLeast_32s[column](costs.data(), kRows, lanes, first, across, &least),
-            0);
-        ASSERT_EQ(least, wanted) << columnName(column) << ", " << first;
+            least = std::min(least, costs[static_cast<std::size_t>(i)]);
+        ASSERT_EQ(primMatchLeast_32s(costs.data(), kRows, lanes, first, across, &found), 0);
+        ASSERT_EQ(found, least) << first;
       }
-    }
+    });
+  }
 }
 
 // One by one over the whole window: the smallest cost, the first of equal ones, outside all
@@ -180,18 +162,17 @@ TEST(Match, selectionTakesTheFirstSmallestEachTime) {
       costs[i] = inside ? scale * below(levels) : below(3) - 1;  // what is outside does not matter
     }
     const Choice wanted(costs, w);
-    for (const int column : bodyColumns()) {
-      SCOPED_TRACE(::testing::Message() << columnName(column) << ", turn " << turn);
+    SCOPED_TRACE(turn);
+    onEveryVariant([&] {
       std::vector<int> picks(static_cast<std::size_t>(w.limit), -1);
       int count = 0;
       std::int32_t last = -1;
-      ASSERT_EQ(table::primMatchSelect_32s[column](costs.data(), &w, picks.data(), &count, &last),
-                0);
-      ASSERT_EQ(count, wanted.count);
+      ASSERT_EQ(primMatchSelect_32s(costs.data(), &w, picks.data(), &count, &last), 0);
       picks.resize(wanted.picks.size());
+      ASSERT_EQ(count, wanted.count);
       ASSERT_EQ(picks, wanted.picks);
       ASSERT_EQ(last, wanted.last);
-    }
+    });
     alone += wanted.count == 1 && w.limit > 1 ? 1 : 0;
     nothing += wanted.last == INT_MAX ? 1 : 0;
     full += wanted.count == w.limit ? 1 : 0;
@@ -204,40 +185,34 @@ TEST(Match, badArgumentsAreRefused) {
   Map a(4096, 5), b(4096, 5);
   const std::int32_t* in = a.data();
   int picks[16] = {}, count = 9;
-  std::int32_t last = 9;
-  for (const int column : bodyColumns()) {
+  std::int32_t last = 9, *out = b.data();
+  onEveryVariant([&] {
     const auto search = [&](int half, int rows, int lanes, std::int32_t* upper) {
-      return table::primMatchColumn_32s[column](pairs.data(), pairs.data(), 64, half, rows, lanes,
-                                                false, upper, nullptr);
+      return primMatchColumn_32s(pairs.data(), pairs.data(), 64, half, rows, lanes, false, upper,
+                                 nullptr);
     };
     EXPECT_EQ(search(4, 25, 32, nullptr), kStatusNullPtr);
     for (const auto& [half, rows, lanes] :
          {std::tuple(5, 25, 32), {4, 0, 32}, {4, 33, 32}, {4, 43, 48}, {4, 65, 64}, {4, 25, 40}})
-      EXPECT_EQ(search(half, rows, lanes, b.data()), kStatusBadSize);
-    EXPECT_EQ(table::primMatchCosts_32s[column](0, pairs.data(), 64, in, nullptr, 9, 32, b.data()),
-              kStatusNullPtr);
-    EXPECT_EQ(table::primMatchCosts_32s[column](0, pairs.data(), 64, in, in, 33, 32, b.data()),
-              kStatusBadSize);
-    EXPECT_EQ(table::primMatchLeast_32s[column](in, 9, 32, 0, 4, nullptr), kStatusNullPtr);
+      EXPECT_EQ(search(half, rows, lanes, out), kStatusBadSize);
+    EXPECT_EQ(primMatchCosts_32s(0, pairs.data(), 64, in, nullptr, 9, 32, out), kStatusNullPtr);
+    EXPECT_EQ(primMatchCosts_32s(0, pairs.data(), 64, in, in, 33, 32, out), kStatusBadSize);
+    EXPECT_EQ(primMatchLeast_32s(in, 9, 32, 0, 4, nullptr), kStatusNullPtr);
     for (const auto& [first, across] : {std::pair(-1, 4), {29, 4}, {3, 0}, {2, INT_MAX}})
-      EXPECT_EQ(table::primMatchLeast_32s[column](in, 9, 32, first, across, &last), kStatusBadSize);
-    const MatchWindow good = {9, 32, 2, 20, 5, 5, 1, 1, 8, 100};
-    const auto select = [&](const MatchWindow* w) {
-      return table::primMatchSelect_32s[column](in, w, picks, &count, &last);
-    };
-    EXPECT_EQ(select(nullptr), kStatusNullPtr);
+      EXPECT_EQ(primMatchLeast_32s(in, 9, 32, first, across, &last), kStatusBadSize);
+    EXPECT_EQ(primMatchSelect_32s(in, nullptr, picks, &count, &last), kStatusNullPtr);
     for (int MatchWindow::*field :
          {&MatchWindow::rows, &MatchWindow::lanes, &MatchWindow::first, &MatchWindow::across,
           &MatchWindow::ownLane, &MatchWindow::ownRow, &MatchWindow::exclusionX,
           &MatchWindow::exclusionY, &MatchWindow::limit, &MatchWindow::most})
       for (const int bad : {-1, field == &MatchWindow::limit ? 0 : INT_MAX}) {
-        MatchWindow w = good;
+        MatchWindow w = {9, 32, 2, 20, 5, 5, 1, 1, 8, 100};
         w.*field = bad;
-        EXPECT_EQ(select(&w), kStatusBadSize);
+        EXPECT_EQ(primMatchSelect_32s(in, &w, picks, &count, &last), kStatusBadSize);
       }
-    EXPECT_EQ(count + last, 18);
-    EXPECT_EQ(b, Map(4096, 5));
-  }
+  });
+  EXPECT_EQ(count + last, 18);
+  EXPECT_EQ(b, Map(4096, 5));
 }
 
 }  // namespace

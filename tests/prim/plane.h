@@ -1,23 +1,10 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <bit>
-#include <climits>
-#include <cmath>
-#include <cstdint>
-#include <limits>
-#include <numbers>
-#include <random>
 #include <source_location>
-#include <tuple>
-#include <type_traits>
-#include <utility>
-#include <vector>
 
 #include "prim/prims.h"
 #include "tests/support/heap.h"
+#include "tests/support/test.h"
 
 using U8 = std::uint8_t;
 using U16 = std::uint16_t;

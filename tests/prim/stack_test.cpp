@@ -1,23 +1,17 @@
-// The filter of stacks in every body, against transforms by the definition in double precision and
-// against FFTW.
+// The filter of stacks in every body, against transforms by the definition in double precision.
 
 #include "prim/stack.h"
 
-#include <fftw3.h>
-#include <gtest/gtest.h>
-
-#include <cmath>
 #include <complex>
-#include <numbers>
-#include <random>
-#include <vector>
 
-#include "tests/prim/variants/match.h"
+#include "prim/float_mode.h"
+#include "tests/prim/plane.h"
+#include "tests/support/variants.h"
 
 namespace {
 
 using namespace vx::prim;
-using vx::test::bodyColumns;
+using vx::test::onEveryVariant;
 using Complex = std::complex<double>;
 using Floats = std::vector<float>;
 
@@ -51,6 +45,13 @@ struct Stack {
     const float t = 0.05f * std::sqrt(static_cast<float>(samples()));
     return {wiener, t, 1.0f / (2.0f * t), 0.01f};
   }
+  Floats noWeights() const { return Floats(index(stackWeights(size, depth)), -1.0f); }
+  int weigh(const StackRule& rule, Floats& weights, float& sum, float* dst) const {
+    return primStackWeigh_32f(blocks.data(), kStep, size, depth, &rule, weights.data(), &sum, dst);
+  }
+  int filter(const Floats& weights, Floats& dst) const {
+    return primStackFilter_32f(blocks.data(), kStep, size, depth, weights.data(), dst.data());
+  }
 };
 
 double weightOf(const StackRule& rule, double m) {
@@ -75,13 +76,8 @@ void transformAxis(std::vector<Complex>& data, int length, int stride, double si
   }
 }
 
-struct Filtered {
-  std::vector<double> samples;
-  double sum = 0.0;
-};
-
-Filtered byDefinition(const Stack& s, const StackRule& rule) {
-  Filtered result;
+// The filtered samples; `sum` becomes that of the weights.
+std::vector<Complex> byDefinition(const Stack& s, const StackRule& rule, double& sum) {
   std::vector<Complex> data;
   for (int i = 0; i < s.samples(); ++i) data.emplace_back(s.sample(i));
   const auto transform = [&](double sign) {
@@ -93,188 +89,127 @@ Filtered byDefinition(const Stack& s, const StackRule& rule) {
   for (int i = 0; i < s.samples(); ++i) {
     const double w = weightOf(rule, std::abs(data[index(i)]));
     data[index(i)] *= w / s.samples();
-    if (i % s.size <= s.size / 2) result.sum += w;
+    if (i % s.size <= s.size / 2) sum += w;
   }
   transform(1.0);
-  for (const Complex& x : data) result.samples.push_back(x.real());
-  return result;
+  return data;
 }
-
-Filtered byFftw(const Stack& s, const StackRule& rule) {
-  Filtered result;
-  const int half = s.size / 2 + 1, rows = s.depth * s.size;
-  Floats samples(index(s.samples()));
-  for (int i = 0; i < s.samples(); ++i) samples[index(i)] = static_cast<float>(s.sample(i));
-  std::vector<fftwf_complex> spectrum(index(rows * half));
-  fftwf_plan there = fftwf_plan_dft_r2c_3d(s.depth, s.size, s.size, samples.data(), spectrum.data(),
-                                           FFTW_ESTIMATE | FFTW_PRESERVE_INPUT);
-  fftwf_plan back = fftwf_plan_dft_c2r_3d(s.depth, s.size, s.size, spectrum.data(), samples.data(),
-                                          FFTW_ESTIMATE);
-  fftwf_execute(there);
-  for (auto& x : spectrum) {
-    const double w = weightOf(rule, std::hypot(double{x[0]}, double{x[1]}));
-    result.sum += w;
-    for (float& part : x) part *= static_cast<float>(w / s.samples());
-  }
-  fftwf_execute(back);
-  result.samples.assign(samples.begin(), samples.end());
-  fftwf_destroy_plan(there);
-  fftwf_destroy_plan(back);
-  return result;
-}
-
-class StackSizes : public ::testing::TestWithParam<std::tuple<int, int>> {};
-INSTANTIATE_TEST_SUITE_P(, StackSizes,
-                         ::testing::Combine(::testing::Values(8, 12, 16),
-                                            ::testing::Values(1, 2, 4, 8, 12, 16)));
 
 // Samples below 1 and a dozen roundings of transforms; sums of up to 2304 weights.
-TEST_P(StackSizes, filterIsTheDefinitionInAllBodiesAlike) {
-  const auto [size, depth] = GetParam();
-  const vx::prim::FloatModeGuard floatMode;
-  for (const bool wiener : {false, true}) {
-    const Stack s(size, depth, 7), another(size, depth, 8);
-    const StackRule rule = s.rule(wiener);
-    const Filtered wanted = byDefinition(s, rule), fftw = byFftw(s, rule);
-    Floats first, firstOther;
-    float firstSum = 0.0f;
-    for (const int column : bodyColumns()) {
-      SCOPED_TRACE(columnName(column));
-      Floats weights(index(stackWeights(size, depth)), -1.0f), alone = weights;
-      Floats dst(index(s.samples() + 1), 5.0f), again = dst, other = dst;
-      float sum = 0.0f, aloneSum = 0.0f;
-      const auto weigh = [&](Floats& w, float* to, float* out) {
-        return table::primStackWeigh_32f[column](s.blocks.data(), s.kStep, size, depth, &rule,
-                                                 w.data(), to, out);
-      };
-      const auto filter = [&](const Stack& stack, float* out) {
-        return table::primStackFilter_32f[column](stack.blocks.data(), stack.kStep, size, depth,
-                                                  weights.data(), out);
-      };
-      ASSERT_EQ(weigh(weights, &sum, dst.data()), 0);
-      ASSERT_EQ(weigh(alone, &aloneSum, nullptr), 0);
-      ASSERT_EQ(filter(s, again.data()), 0);
-      ASSERT_EQ(filter(another, other.data()), 0);
-      // In one turn, in two, and in every body.
-      EXPECT_EQ(sum, aloneSum);
-      EXPECT_EQ(weights, alone);
-      EXPECT_EQ(dst, again);
-      if (column == 0) {
-        first = dst;
-        firstOther = other;
-        firstSum = sum;
+TEST(Stack, filterIsTheDefinitionInAllBodiesAlike) {
+  const FloatModeGuard floatMode;
+  for (const int size : {8, 12, 16})
+    for (const int depth : {1, 2, 4, 8, 12, 16})
+      for (const bool wiener : {false, true}) {
+        SCOPED_TRACE(::testing::Message() << size << ", " << depth << ", " << wiener);
+        const Stack s(size, depth, 7), another(size, depth, 8);
+        const StackRule rule = s.rule(wiener);
+        double wantedSum = 0.0;
+        const auto wanted = byDefinition(s, rule, wantedSum);
+        Floats first;
+        onEveryVariant([&] {
+          Floats weights = s.noWeights(), alone = weights;
+          Floats dst(index(s.samples() + 1), 5.0f), again = dst, other = dst;
+          float sum = 0.0f, aloneSum = 0.0f;
+          ASSERT_EQ(s.weigh(rule, weights, sum, dst.data()), 0);
+          ASSERT_EQ(s.weigh(rule, alone, aloneSum, nullptr), 0);
+          ASSERT_EQ(s.filter(weights, again), 0);
+          ASSERT_EQ(another.filter(weights, other), 0);
+          EXPECT_NEAR(double{sum}, wantedSum, 2e-6 * wantedSum);
+          for (int i = 0; i < s.samples(); ++i)
+            ASSERT_NEAR(double{dst[index(i)]}, wanted[index(i)].real(), 8 * 0x1p-24) << i;
+          EXPECT_TRUE(dst.back() == 5.0f && other.back() == 5.0f);
+          // In one turn, in two, and in every body.
+          EXPECT_EQ(sum, aloneSum);
+          EXPECT_EQ(weights, alone);
+          EXPECT_EQ(dst, again);
+          other.insert(other.end(), dst.begin(), dst.end());
+          other.push_back(sum);
+          if (first.empty()) first = other;
+          EXPECT_EQ(other, first);
+        });
       }
-      EXPECT_EQ(dst, first);
-      EXPECT_EQ(other, firstOther);
-      EXPECT_EQ(sum, firstSum);
-      EXPECT_EQ(dst.back(), 5.0f);
-      EXPECT_EQ(other.back(), 5.0f);
-    }
-    EXPECT_NEAR(double{firstSum}, wanted.sum, 2e-6 * wanted.sum);
-    EXPECT_NEAR(double{firstSum}, fftw.sum, 4e-6 * wanted.sum);
-    for (int i = 0; i < s.samples(); ++i) {
-      ASSERT_NEAR(double{first[index(i)]}, wanted.samples[index(i)], 8 * 0x1p-24) << i;
-      ASSERT_NEAR(double{first[index(i)]}, fftw.samples[index(i)], 16 * 0x1p-24) << i;
-    }
-  }
 }
 
 // No noise: infinite gains and 0 / 0, which are weights of 1 and of the floor.
 TEST(Stack, withoutThresholdTheSamplesComeBack) {
-  const vx::prim::FloatModeGuard floatMode;
+  const FloatModeGuard floatMode;
   for (const bool wiener : {false, true})
     for (const bool flat : {false, true}) {
       Stack s(8, 4, 9);
       if (flat) std::fill(s.plane.begin(), s.plane.end(), 0.0f);
-      const StackRule rule = {wiener, 0.0f, std::numeric_limits<float>::infinity(), 0.25f};
-      for (const int column : bodyColumns()) {
-        Floats weights(index(stackWeights(8, 4))), dst(index(s.samples()));
+      onEveryVariant([&] {
+        Floats weights = s.noWeights(), dst(index(s.samples()));
         float sum = 0.0f;
-        ASSERT_EQ(table::primStackWeigh_32f[column](s.blocks.data(), s.kStep, 8, 4, &rule,
-                                                    weights.data(), &sum, dst.data()),
-                  0);
-        EXPECT_EQ(sum, flat ? 0.25f * 160 : 160.0f) << columnName(column);
+        ASSERT_EQ(s.weigh({wiener, 0.0f, kInf, 0.25f}, weights, sum, dst.data()), 0);
+        EXPECT_EQ(sum, flat ? 0.25f * 160 : 160.0f);
         for (int i = 0; i < s.samples(); ++i)
           ASSERT_NEAR(double{dst[index(i)]}, s.sample(i), 4 * 0x1p-24);
-      }
+      });
     }
 }
 
 TEST(Stack, sumsAndDifferencesArePlainOnes) {
-  for (const int column : bodyColumns())
-    for (const int size : {8, 12, 16})
-      for (const bool weighed : {true, false}) {
-        SCOPED_TRACE(::testing::Message() << columnName(column) << ", " << size);
-        Stack s(size, 4, 11);
-        s.offsets[1] = s.offsets[0] + 1;  // overlap
-        const Floats src(s.plane.begin(), s.plane.begin() + s.samples());
-        const Floats window(s.plane.begin() + 99, s.plane.begin() + 99 + size * size);
-        Floats total(s.plane.size(), 0.5f), weight = total;
-        Floats wantedTotal = total, wantedWeight = total;
+  for (const int size : {8, 12, 16})
+    for (const bool weighed : {true, false}) {
+      SCOPED_TRACE(size);
+      Stack s(size, 4, 11);
+      s.offsets[1] = s.offsets[0] + 1;  // overlap
+      const Floats src(s.plane.begin(), s.plane.begin() + s.samples());
+      const Floats window(s.plane.begin() + 99, s.plane.begin() + 99 + size * size);
+      const Floats before(s.plane.size(), 0.5f);
+      Floats wantedTotal = before, wantedWeight = before;
+      double difference = 0.0;
+      for (int i = 0; i < s.samples(); ++i) {
+        const int block = i / (size * size), place = i % (size * size);
+        const auto at = index(s.offsets[index(block)] + place / size * s.kWidth + place % size);
+        const float product = src[index(i)] * window[index(place)];
+        wantedTotal[at] += product;
+        if (weighed) wantedWeight[at] += window[index(place)];
+        if (block == 0)
+          difference += std::abs(s.sample(i) - s.sample(2 * size * size + i)) / (size * size);
+      }
+      float first = -1.0f;
+      onEveryVariant([&] {
+        Floats total = before, weight = before;
         std::vector<float*> totals, weights;
-        for (int k = 0; k < 4; ++k) {
-          totals.push_back(total.data() + s.offsets[index(k)]);
-          weights.push_back(weight.data() + s.offsets[index(k)]);
-          for (int i = 0; i < size * size; ++i) {
-            const auto at = index(s.offsets[index(k)] + i / size * s.kWidth + i % size);
-            const float product = src[index(k * size * size + i)] * window[index(i)];
-            wantedTotal[at] += product;
-            if (weighed) wantedWeight[at] += window[index(i)];
-          }
+        for (const int offset : s.offsets) {
+          totals.push_back(total.data() + offset);
+          weights.push_back(weight.data() + offset);
         }
-        ASSERT_EQ(table::primStackAdd_32f[column](src.data(), window.data(), size, 4, totals.data(),
-                                                  weighed ? weights.data() : nullptr, s.kStep),
+        ASSERT_EQ(primStackAdd_32f(src.data(), window.data(), size, 4, totals.data(),
+                                   weighed ? weights.data() : nullptr, s.kStep),
                   0);
         EXPECT_EQ(total, wantedTotal);
         EXPECT_EQ(weight, wantedWeight);
-
-        double difference = 0.0;
-        for (int i = 0; i < size * size; ++i)
-          difference += std::abs(s.sample(i) - s.sample(2 * size * size + i)) / (size * size);
-        float mean = 0.0f, first = 0.0f;
-        ASSERT_EQ(table::primStackDifference_32f[0](s.blocks[0], s.kStep, s.blocks[2], s.kStep,
-                                                    size, &first),
+        float mean = 0.0f;
+        ASSERT_EQ(primStackDifference_32f(s.blocks[0], s.kStep, s.blocks[2], s.kStep, size, &mean),
                   0);
-        ASSERT_EQ(table::primStackDifference_32f[column](s.blocks[0], s.kStep, s.blocks[2], s.kStep,
-                                                         size, &mean),
-                  0);
-        EXPECT_EQ(mean, first);
         EXPECT_NEAR(double{mean}, difference, 16 * 0x1p-24 * difference);
-      }
+        if (first < 0.0f) first = mean;
+        EXPECT_EQ(mean, first);
+      });
+    }
 }
 
 TEST(Stack, badArgumentsAreRefused) {
-  Stack s(8, 4, 1);
+  const Stack s(8, 4, 1);
   const StackRule rule = s.rule(true);
-  Floats weights(index(stackWeights(16, 16)), 3.0f), dst(4096, 3.0f);
-  float sum = 3.0f;
-  float* places[4] = {dst.data(), dst.data(), dst.data(), dst.data()};
-  for (const int column : bodyColumns()) {
-    const auto weigh = [&](int size, int depth, const StackRule* r) {
-      return table::primStackWeigh_32f[column](s.blocks.data(), s.kStep, size, depth, r,
-                                               weights.data(), &sum, dst.data());
-    };
-    EXPECT_EQ(weigh(8, 4, nullptr), kStatusNullPtr);
+  Floats dst(4096, 3.0f);
+  float sum = 3.0f, *out = dst.data(), *places[4] = {out, out, out, out};
+  const float *const *in = s.blocks.data(), *plane = in[0];
+  onEveryVariant([&] {
+    EXPECT_EQ(primStackWeigh_32f(in, 360, 8, 4, nullptr, out, &sum, out), kStatusNullPtr);
+    EXPECT_EQ(primStackFilter_32f(in, 360, 8, 4, out, nullptr), kStatusNullPtr);
+    EXPECT_EQ(primStackAdd_32f(plane, plane, 8, 4, nullptr, nullptr, 32), kStatusNullPtr);
+    EXPECT_EQ(primStackDifference_32f(plane, 32, plane, 32, 8, nullptr), kStatusNullPtr);
+    EXPECT_EQ(primStackDifference_32f(plane, 32, plane, 32, 4, &sum), kStatusBadSize);
     for (const auto& [size, depth] : {std::pair(10, 4), {0, 4}, {8, 3}, {8, 0}, {8, 24}}) {
-      EXPECT_EQ(weigh(size, depth, &rule), kStatusBadSize);
-      EXPECT_EQ(table::primStackFilter_32f[column](s.blocks.data(), s.kStep, size, depth,
-                                                   weights.data(), dst.data()),
-                kStatusBadSize);
-      EXPECT_EQ(table::primStackAdd_32f[column](s.plane.data(), s.plane.data(), size, depth, places,
-                                                nullptr, 32),
-                kStatusBadSize);
+      EXPECT_EQ(primStackWeigh_32f(in, 360, size, depth, &rule, out, &sum, out), kStatusBadSize);
+      EXPECT_EQ(primStackFilter_32f(in, 360, size, depth, out, out), kStatusBadSize);
+      EXPECT_EQ(primStackAdd_32f(plane, plane, size, depth, places, nullptr, 32), kStatusBadSize);
     }
-    EXPECT_EQ(
-        table::primStackFilter_32f[column](s.blocks.data(), s.kStep, 8, 4, weights.data(), nullptr),
-        kStatusNullPtr);
-    EXPECT_EQ(
-        table::primStackAdd_32f[column](s.plane.data(), s.plane.data(), 8, 4, nullptr, nullptr, 32),
-        kStatusNullPtr);
-    EXPECT_EQ(table::primStackDifference_32f[column](s.blocks[0], 32, s.blocks[1], 32, 8, nullptr),
-              kStatusNullPtr);
-    EXPECT_EQ(table::primStackDifference_32f[column](s.blocks[0], 32, s.blocks[1], 32, 4, &sum),
-              kStatusBadSize);
-  }
+  });
   EXPECT_EQ(sum, 3.0f);
   EXPECT_EQ(dst, Floats(4096, 3.0f));
 }
