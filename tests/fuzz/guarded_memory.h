@@ -36,8 +36,8 @@ struct Shape {
 };
 
 /// The host's memory between two pages that nobody may touch. The rows begin at the first page or
-/// end at the last, as the input says. Under the address sanitizer what lies beside the rows may
-/// not be read either.
+/// end at the last, as the input says. Under the address sanitizer what lies beside the pixels
+/// may not be read either.
 class GuardedMemory {
  public:
   static constexpr std::ptrdiff_t kPage = 4096;
@@ -72,38 +72,33 @@ class GuardedMemory {
     bytes_ = static_cast<std::size_t>(
         begin_ + inside(at - begin_ + static_cast<std::ptrdiff_t>(high) + kPage) - used_);
     fill(source);
-    inRows_.assign(bytes_, 0);
-    apart_ = shape.height == 1 || std::abs(step) >= rowBytes;
+    inPixels_.assign(bytes_, 0);
     for (int y = 0; y < shape.height; ++y)
-      std::memset(inRows_.data() + (at - used_) + step * y + first, 1,
-                  static_cast<std::size_t>(rowBytes));
+      for (int x = 0; x < shape.width; ++x)
+        std::memset(inPixels_.data() + (at - used_) + step * y +
+                        std::ptrdiff_t{shape.pixelStep} * x * shape.sampleBytes,
+                    1, static_cast<std::size_t>(shape.pixelSamples * shape.sampleBytes));
     return at;
   }
 
-  /// Some bytes of the rows are none of the picture's; where rows overlap, none are left out.
-  void except(const std::uint8_t* at, std::ptrdiff_t count) {
-    if (!apart_) return;
-    std::memset(inRows_.data() + (at - used_), 0, static_cast<std::size_t>(count));
-  }
-
-  /// Between place() and check(): what is not in a row must not be touched.
+  /// Between place() and check(): what is in no pixel must not be touched.
   void forbidTheRest() {
     before_.assign(used_, used_ + bytes_);
     for (std::size_t i = 0, end; i < bytes_; i = end) {
       end = i;
-      while (end < bytes_ && inRows_[end] == inRows_[i]) ++end;
-      if (inRows_[i] == 0) ASAN_POISON_MEMORY_REGION(used_ + i, end - i);
+      while (end < bytes_ && inPixels_[end] == inPixels_[i]) ++end;
+      if (inPixels_[i] == 0) ASAN_POISON_MEMORY_REGION(used_ + i, end - i);
     }
   }
 
-  /// The memory may be read again; ends the program when anything but rows has changed, or anything
-  /// at all where nothing may.
+  /// The memory may be read again; ends the program when anything but pixels has changed, or
+  /// anything at all where nothing may.
   void check(bool mayChange) {
     ASAN_UNPOISON_MEMORY_REGION(used_, bytes_);
     if (std::equal(before_.begin(), before_.end(), used_)) return;
     require(mayChange, "the picture is as it was");
     for (std::size_t i = 0; i < bytes_; ++i)
-      require(inRows_[i] != 0 || used_[i] == before_[i], "bytes beside the pixels stay");
+      require(inPixels_[i] != 0 || used_[i] == before_[i], "bytes beside the pixels stay");
   }
 
   /// An address that must not be touched.
@@ -130,8 +125,7 @@ class GuardedMemory {
   std::uint8_t* begin_;
   std::uint8_t* used_ = nullptr;  ///< the part that place() laid out
   std::size_t bytes_ = 0;
-  bool apart_ = true;
-  std::vector<std::uint8_t> inRows_, before_;
+  std::vector<std::uint8_t> inPixels_, before_;
 };
 
 }  // namespace vx::test

@@ -1,7 +1,6 @@
 // Spoilt streams of our own encoder.
 
 #include <algorithm>
-#include <cstdlib>
 #include <iterator>
 
 #include "tests/fuzz/inputs.h"
@@ -17,14 +16,10 @@ std::vector<Stream> makeSeeds() {
   for (const int subsampling : {kJpeg444, kJpeg420, kJpeg422})
     for (const int color : {kJpegYcc, kJpegRgb}) {
       test::Rgb picture = test::makePicture(test::Scene::edges, 23 + subsampling, 17);
-      Stream stream(20000);
-      test::Codec codec(picture, stream);
-      codec.p.streamSubsampling = subsampling;
-      codec.p.streamColor = color;
-      if (jpegWrite(&codec.p, kJpegWriteImage) != kJpegOk) std::abort();
-      const std::uint8_t end[] = {0xFF, 0xD9};
-      stream.erase(std::find_end(stream.begin(), stream.end(), end, end + 2) + 2, stream.end());
-      seeds.push_back(stream);
+      seeds.push_back(test::encode(picture, [=](JpegProperties& p) {
+        p.streamSubsampling = subsampling;
+        p.streamColor = color;
+      }));
     }
   return seeds;
 }

@@ -22,14 +22,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   int rowStep = 0;
   std::uint8_t* const placed = placePicture(memory, source, shape, rowStep);
   void* const pixels = shape.sized() ? placed : memory.forbidden();
-  // Samples between the three of a pixel and the next pixel must stay.
-  const std::ptrdiff_t pixelStep = shape.pixelStep, between = std::abs(pixelStep) - 3;
-  for (int y = 0; placed != nullptr && between > 0 && y < height; ++y)
-    for (int x = 0; x + 1 < width; ++x) {
-      const std::ptrdiff_t lower = pixelStep * (pixelStep > 0 ? x : x + 1);
-      memory.except(placed + (std::ptrdiff_t{rowStep} * y + lower + 3) * shape.sampleBytes,
-                    between * shape.sampleBytes);
-    }
 
   const int quality = source.integer(0, 101), mode = source.integer(0, 18);
   const int shiftStep = source.integer(0, 9), reserved = source.integer(0, 1);

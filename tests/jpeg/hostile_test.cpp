@@ -1,11 +1,7 @@
 // Streams that are wrong in one place each: the code tells what, and the image is as it was.
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <functional>
-
 #include "tests/jpeg/pictures.h"
+#include "tests/support/test.h"
 
 namespace {
 
@@ -18,14 +14,7 @@ constexpr int kSoi = 0xD8, kDqt = 0xDB, kSof = 0xC0, kDht = 0xC4, kSos = 0xDA;
 // 32 x 24, chroma halved on both axes.
 Stream goodStream() {
   Rgb picture = test::makePicture(test::Scene::edges, 32, 24);
-  Stream stream = test::roomFor(picture);
-  test::Codec codec(picture, stream);
-  codec.p.streamSubsampling = kJpeg420;
-  EXPECT_EQ(jpegWrite(&codec.p, kJpegWriteImage), kJpegOk);
-  const std::uint8_t end[] = {0xFF, 0xD9};
-  stream.resize(static_cast<std::size_t>(std::find_end(stream.begin(), stream.end(), end, end + 2) -
-                                         stream.begin() + 2));
-  return stream;
+  return test::encode(picture, [](JpegProperties& p) { p.streamSubsampling = kJpeg420; });
 }
 
 // Where the contents of a marker's segment begin: the marker's own code is at -3.

@@ -1,14 +1,10 @@
 // What encoder, decoder and round trip share, so that comparing them does not show it, and the
 // switches of their records.
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <numeric>
-
 #include "jpeg/samples.h"
 #include "jpeg/tables.h"
 #include "tests/jpeg/pictures.h"
+#include "tests/support/test.h"
 
 namespace {
 
@@ -47,21 +43,19 @@ TEST(Switches, upsamplingIsRefusedWhereThereIsSome) {
   test::Rgb picture(16, 8);
   std::fill(picture.bytes.begin(), picture.bytes.end(), std::uint8_t{128});
   for (const int sampling : {kJpeg444, kJpeg422, kJpeg420}) {
-    auto stream = test::roomFor(picture);
-    test::Codec codec(picture, stream);
-    JpegProperties& p = codec.p;
-    p.streamColor = kJpegRgb;
-    p.streamSubsampling = sampling;
-    ASSERT_EQ(jpegWrite(&p, kJpegWriteImage), kJpegOk);
+    auto stream = test::encode(picture, [=](JpegProperties& p) {
+      p.streamColor = kJpegRgb;
+      p.streamSubsampling = sampling;
+    });
     const std::uint8_t frame[] = {0xFF, 0xC0};
     const auto at = std::search(stream.begin(), stream.end(), frame, frame + 2);
     for (const int factors : {11, 14, 17})
       if (sampling == kJpeg444) at[factors] = 0x21;
-    p.upsampling = 0;
-    EXPECT_EQ(jpegRead(&p, kJpegReadImage),
-              sampling == kJpeg444 ? kJpegOk : kJpegUnsupportedSubsampling);
-    p.upsampling = 1;
-    EXPECT_EQ(jpegRead(&p, kJpegReadImage), kJpegOk);
+    const auto decode = [&](int upsampling) {
+      return test::decode(picture, stream, [=](JpegProperties& p) { p.upsampling = upsampling; });
+    };
+    EXPECT_EQ(decode(0), sampling == kJpeg444 ? kJpegOk : kJpegUnsupportedSubsampling);
+    EXPECT_EQ(decode(1), kJpegOk);
     EXPECT_EQ(std::count(picture.bytes.begin(), picture.bytes.end(), 128), 3 * 16 * 8);
   }
 }
@@ -74,13 +68,11 @@ TEST(Switches, colorConversionMayBeLeftOut) {
       test::Rgb picture(8, 8);
       for (std::size_t i = 0; i < picture.bytes.size(); ++i)
         picture.bytes[i] = static_cast<std::uint8_t>(writer ? kRgb[i % 3] : kYcc[i % 3]);
-      auto stream = test::roomFor(picture);
-      test::Codec codec(picture, stream);
-      codec.p.quality = 100;
-      codec.p.colorConversion = writer;
-      ASSERT_EQ(jpegWrite(&codec.p, kJpegWriteImage), kJpegOk);
-      codec.p.colorConversion = reader;
-      ASSERT_EQ(jpegRead(&codec.p, kJpegReadImage), kJpegOk);
+      const auto converting = [](bool conversion) {
+        return [=](JpegProperties& p) { p.quality = 100, p.colorConversion = conversion; };
+      };
+      auto stream = test::encode(picture, converting(writer));
+      ASSERT_EQ(test::decode(picture, stream, converting(reader)), kJpegOk);
       for (int c = 0; c < 3; ++c)
         EXPECT_NEAR(picture.bytes[c], reader ? kRgb[c] : kYcc[c], 2) << writer << reader << c;
     }

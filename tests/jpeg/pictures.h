@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <functional>
 #include <random>
+#include <stdexcept>
 #include <vector>
 
 #include "jpeg/jpeg.h"
@@ -69,9 +71,25 @@ inline std::vector<std::uint8_t> roomFor(const Rgb& picture) {
                                    1024);
 }
 
-/// Reads a stream: mode 1, then mode 3.
-inline int decode(Rgb& picture, std::vector<std::uint8_t>& stream) {
+using ChangeRecord = std::function<void(JpegProperties&)>;
+
+/// The stream of a picture, up to its end marker.
+inline std::vector<std::uint8_t> encode(Rgb& picture, const ChangeRecord& change) {
+  std::vector<std::uint8_t> stream = roomFor(picture);
   Codec codec(picture, stream);
+  change(codec.p);
+  if (jpegWrite(&codec.p, kJpegWriteImage) != kJpegOk) throw std::runtime_error("not written");
+  const std::uint8_t end[] = {0xFF, 0xD9};
+  stream.erase(std::find_end(stream.begin(), stream.end(), end, end + 2) + 2, stream.end());
+  return stream;
+}
+
+/// Reads a stream: mode 1, then mode 3.
+inline int decode(
+    Rgb& picture, std::vector<std::uint8_t>& stream,
+    const ChangeRecord& change = [](JpegProperties&) {}) {
+  Codec codec(picture, stream);
+  change(codec.p);
   if (const int status = jpegRead(&codec.p, kJpegReadParameters)) return status;
   return jpegRead(&codec.p, kJpegReadImage);
 }

@@ -2,17 +2,11 @@
 
 #include "lqlib/src/stream_bound.h"
 
-#include <gtest/gtest.h>
 #include <omp.h>
-
-#include <algorithm>
-#include <climits>
-#include <cmath>
-#include <cstring>
-#include <numbers>
 
 #include "lqlib/src/failing_trips.h"
 #include "tests/jpeg/pictures.h"
+#include "tests/support/test.h"
 
 namespace {
 

@@ -2,14 +2,8 @@
 // transform and the filter for subsampled chroma to the decoder: with the same filter the two stay
 // within one or two levels of each other.
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <cstdint>
-#include <cstdlib>
-
 #include "tests/jpeg/pictures.h"
+#include "tests/support/test.h"
 
 #ifdef VX_TURBOJPEG
 #include <turbojpeg.h>
@@ -88,12 +82,11 @@ TEST(Turbo, readsWhatWeWriteAndLosesAsMuch) {
                                           << subsampling << " color " << color << " q " << quality);
           Rgb picture = vx::test::makePicture(Scene::edges, width, height);
           Rgb ours(width, height), theirs(width, height);
-          auto stream = vx::test::roomFor(picture);
-          vx::test::Codec codec(picture, stream);
-          codec.p.streamColor = color;
-          codec.p.streamSubsampling = subsampling;
-          codec.p.quality = quality;
-          ASSERT_EQ(vx::jpegWrite(&codec.p, vx::kJpegWriteImage), 0);
+          auto stream = vx::test::encode(picture, [=](vx::JpegProperties& p) {
+            p.streamColor = color;
+            p.streamSubsampling = subsampling;
+            p.quality = quality;
+          });
           // A level of Cb is 1.8 levels of blue; the colour formulas here round downward.
           const bool rgb = color == vx::kJpegRgb;
           expectSameDecoded(ours, stream, quality, rgb ? 1 : 4, rgb ? 0.1 : 0.9);
@@ -143,10 +136,9 @@ std::vector<std::uint8_t> contents(const std::vector<std::uint8_t>& stream, int 
 TEST(Turbo, hasTheSameTablesForEveryQuality) {
   for (int quality = 1; quality <= 100; ++quality) {
     Rgb picture(8, 8);
-    auto ours = vx::test::roomFor(picture);
-    vx::test::Codec codec(picture, ours);
-    if (quality != 75) codec.p.quality = quality;  // which is the default
-    ASSERT_EQ(vx::jpegWrite(&codec.p, vx::kJpegWriteImage), 0);
+    const auto ours = vx::test::encode(picture, [=](vx::JpegProperties& p) {
+      if (quality != 75) p.quality = quality;  // which is the default
+    });
     const auto theirs = turboEncode(picture, TJSAMP_444, quality);
     for (const int marker : {0xDB, 0xC4})
       EXPECT_EQ(contents(ours, marker), contents(theirs, marker)) << quality << ", " << marker;

@@ -1,14 +1,7 @@
 // vxUnblock against its definition: encode and decode the padded picture for every shift, add,
 // divide.
 
-#include <gtest/gtest.h>
 #include <omp.h>
-
-#include <algorithm>
-#include <climits>
-#include <cstdint>
-#include <cstring>
-#include <vector>
 
 #include "frame/exceptions.h"
 #include "prim/memory.h"
