@@ -10,12 +10,11 @@
 #include <csignal>
 #include <cstdlib>
 #include <fstream>
+#include <iterator>
 #include <sstream>
 
 namespace vx::host_test {
 namespace {
-
-using vips::VImage;
 
 std::string contentOf(const fs::path& path) {
   std::ifstream file(path, std::ios::binary);
@@ -84,17 +83,22 @@ Outcome HostTest::run(const std::vector<std::string>& arguments,
   return outcome;
 }
 
-void HostTest::runWell(const std::vector<std::string>& arguments) const {
-  const Outcome outcome = run(arguments);
+Outcome HostTest::run(const std::string& line, const Environment& environment) const {
+  std::istringstream words(line);
+  return run(Names(std::istream_iterator<std::string>(words), {}), environment);
+}
+
+void HostTest::runWell(const std::string& line) const {
+  SCOPED_TRACE(line);
+  const Outcome outcome = run(line);
   EXPECT_EQ(outcome.code, 0) << outcome.err;
   EXPECT_EQ(outcome.err, "");
 }
 
-void HostTest::runBadly(int code, const std::string& reason,
-                        const std::vector<std::string>& arguments,
+void HostTest::runBadly(int code, const std::string& reason, const std::string& line,
                         const Environment& environment) const {
-  SCOPED_TRACE(::testing::PrintToString(arguments));
-  const Outcome outcome = run(arguments, environment);
+  SCOPED_TRACE(line);
+  const Outcome outcome = run(line, environment);
   EXPECT_EQ(outcome.code, code);
   EXPECT_EQ(outcome.complaints(), 1) << outcome.err;
   EXPECT_NE(outcome.err.find(reason), std::string::npos) << outcome.err;
@@ -104,81 +108,77 @@ void HostTest::write(const std::string& name, const std::string& text) const {
   std::ofstream(path(name), std::ios::binary) << text;
 }
 
-std::vector<std::string> HostTest::files(const std::string& subfolder) const {
-  std::vector<std::string> names;
-  for (const auto& entry : fs::directory_iterator(folder_ / subfolder)) {
+Names HostTest::files(const std::string& subfolder) const {
+  Names names;
+  for (const auto& entry : fs::directory_iterator(folder_ / subfolder))
     names.push_back(entry.path().filename().string());
-  }
   std::sort(names.begin(), names.end());
   return names;
 }
 
-VImage pattern(int width, int height, int bands, int depth) {
-  const int top = depth == 8 ? 255 : 65535;
-  std::vector<std::uint16_t> samples(static_cast<std::size_t>(width) *
-                                     static_cast<std::size_t>(height) *
-                                     static_cast<std::size_t>(bands));
-  std::size_t i = 0;
-  for (int y = 0; y < height; ++y) {
-    for (int x = 0; x < width; ++x) {
-      for (int b = 0; b < bands; ++b) {
-        const double wave = std::sin(0.11 * x + 0.9 * b) * std::cos(0.07 * y - 0.5 * b);
-        const double slope = static_cast<double>(x + y) / (width + height);
-        const double texture = ((x * 7 + y * 13 + b * 29) % 11) / 60.0;
-        const double value = 0.42 + 0.3 * wave + 0.3 * (slope - 0.5) + texture - 0.08;
-        samples[i++] = static_cast<std::uint16_t>(std::clamp(value, 0.0, 1.0) * top);
-      }
-    }
-  }
-  // The top must survive: one white and one black corner.
-  std::fill_n(samples.begin(), bands, static_cast<std::uint16_t>(top));
-  std::fill_n(samples.end() - bands, bands, std::uint16_t{0});
-  const VImage image = VImage::new_from_memory(samples.data(), samples.size() * 2, width, height,
-                                               bands, VIPS_FORMAT_USHORT);
-  VipsInterpretation colours = depth == 8 ? VIPS_INTERPRETATION_sRGB : VIPS_INTERPRETATION_RGB16;
-  if (bands < 3) colours = depth == 8 ? VIPS_INTERPRETATION_B_W : VIPS_INTERPRETATION_GREY16;
-  const VImage result = VImage::new_memory();  // the samples end here
-  image.cast(depth == 8 ? VIPS_FORMAT_UCHAR : VIPS_FORMAT_USHORT)
-      .copy(VImage::option()->set("interpretation", colours))
-      .write(result);
-  return result;
+std::string HostTest::bytesOf(const std::string& name) const { return contentOf(path(name)); }
+
+void HostTest::save(const VImage& image, const std::string& name) const {
+  image.write_to_file(path(name).c_str());
 }
 
-std::unique_ptr<Exiv2::Image> metadataOf(const std::string& path) {
-  std::unique_ptr<Exiv2::Image> image(Exiv2::ImageFactory::open(path).release());
+VImage HostTest::open(const std::string& name) const {
+  return VImage::new_from_file(path(name).c_str()).copy_memory();
+}
+
+std::unique_ptr<Exiv2::Image> HostTest::metadataOf(const std::string& name) const {
+  std::unique_ptr<Exiv2::Image> image(Exiv2::ImageFactory::open(path(name)).release());
   image->readMetadata();
   return image;
 }
 
-void addMetadata(const std::string& path, int width, int height) {
-  const auto image = metadataOf(path);
+void HostTest::addMetadata(const std::string& name) const {
+  const auto image = metadataOf(name);
   for (const auto& [key, value] : kExif) image->exifData()[key] = std::string(value);
-  image->exifData()["Exif.Photo.PixelXDimension"] = static_cast<std::uint32_t>(width);
-  image->exifData()["Exif.Photo.PixelYDimension"] = static_cast<std::uint32_t>(height);
+  image->exifData()["Exif.Photo.PixelXDimension"] = image->pixelWidth();
+  image->exifData()["Exif.Photo.PixelYDimension"] = image->pixelHeight();
   image->xmpData()["Xmp.dc.title"] = "lang=x-default A title";
   if (image->checkMode(Exiv2::mdIptc) == Exiv2::amReadWrite)
     image->iptcData()["Iptc.Application2.Caption"] = "A caption";
   image->writeMetadata();
 }
 
-std::vector<std::uint8_t> bytesOf(const std::string& path) {
-  const std::string text = contentOf(path);
-  return {text.begin(), text.end()};
+VImage picture(const VImage& samples, int depth) {
+  const bool deep = depth == 16;
+  const VipsInterpretation grey = deep ? VIPS_INTERPRETATION_GREY16 : VIPS_INTERPRETATION_B_W;
+  const VipsInterpretation rgb = deep ? VIPS_INTERPRETATION_RGB16 : VIPS_INTERPRETATION_sRGB;
+  return samples.rint()
+      .cast(deep ? VIPS_FORMAT_USHORT : VIPS_FORMAT_UCHAR)
+      .copy(VImage::option()->set("interpretation", samples.bands() < 3 ? grey : rgb));
 }
 
-VImage open(const std::string& path) { return VImage::new_from_file(path.c_str()).copy_memory(); }
+VImage pattern(int width, int height, int bands, int depth) {
+  const int top = depth == 8 ? 255 : 65535;
+  std::vector<std::uint16_t> samples;
+  for (int y = 0; y < height; ++y)
+    for (int x = 0; x < width; ++x)
+      for (int b = 0; b < bands; ++b) {
+        const double wave = std::sin(0.11 * x + 0.9 * b) * std::cos(0.07 * y - 0.5 * b);
+        const double slope = static_cast<double>(x + y) / (width + height);
+        const double texture = ((x * 7 + y * 13 + b * 29) % 11) / 60.0;
+        const double value = 0.42 + 0.3 * wave + 0.3 * (slope - 0.5) + texture - 0.08;
+        samples.push_back(static_cast<std::uint16_t>(std::clamp(value, 0.0, 1.0) * top));
+      }
+  // The top must survive: one white and one black corner.
+  std::fill_n(samples.begin(), bands, static_cast<std::uint16_t>(top));
+  std::fill_n(samples.end() - bands, bands, std::uint16_t{0});
+  const VImage image = VImage::new_from_memory(samples.data(), samples.size() * 2, width, height,
+                                               bands, VIPS_FORMAT_USHORT);
+  return picture(image, depth).copy_memory();  // the samples end here
+}
 
 double largestDifference(const VImage& a, const VImage& b) {
-  EXPECT_EQ(a.width(), b.width());
-  EXPECT_EQ(a.height(), b.height());
-  EXPECT_EQ(a.bands(), b.bands());
-  EXPECT_EQ(a.format(), b.format());
-  if (a.width() != b.width() || a.height() != b.height() || a.bands() != b.bands()) return 1e9;
-  return (a - b).abs().max();
+  const bool alike = a.width() == b.width() && a.height() == b.height() && a.bands() == b.bands();
+  EXPECT_TRUE(alike && a.format() == b.format());
+  return alike ? (a - b).abs().max() : 1e9;
 }
 
-double psnr(const VImage& a, const VImage& b) {
-  const double top = a.format() == VIPS_FORMAT_USHORT ? 65535 : 255;
+double psnr(const VImage& a, const VImage& b, double top) {
   const VImage error = a.cast(VIPS_FORMAT_DOUBLE) - b.cast(VIPS_FORMAT_DOUBLE);
   return 10 * std::log10(top * top / (error * error).avg());
 }
