@@ -7,8 +7,10 @@
 #include <string>
 
 #include "hosts/cli/commands/adjust.h"
+#include "hosts/cli/commands/advice.h"
 #include "hosts/cli/commands/edge.h"
 #include "hosts/cli/commands/noise.h"
+#include "hosts/cli/commands/presets.h"
 #include "hosts/cli/commands/unblock.h"
 #include "hosts/cli/console/cancel.h"
 #include "hosts/cli/console/error.h"
@@ -58,6 +60,7 @@ int run(int argc, char** argv) {
   EdgeCommand edge(program);
   NoiseCommand noise(program);
   UnblockCommand unblock(program);
+  PresetsCommand presets(program);
   // After the commands, which would inherit it.
   program.set_help_all_flag("--help-all", "Show the options of all commands and exit");
   program.require_subcommand(1);
@@ -66,12 +69,16 @@ int run(int argc, char** argv) {
   try {
     program.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
-    if (error.get_exit_code() != 0) return usage(error.what());
+    if (error.get_exit_code() != 0) {
+      const std::string better = advice(program, {argv + 1, argv + argc});
+      return usage(better.empty() ? error.what() : better);
+    }
     return program.exit(error);
   }
   installSignalHandlers();
   startLibraries(argv[0]);
-  for (Command* command : std::initializer_list<Command*>{&adjust, &edge, &noise, &unblock}) {
+  for (Command* command :
+       std::initializer_list<Command*>{&adjust, &edge, &noise, &unblock, &presets}) {
     if (command->chosen()) return command->run();
   }
   return kExitUsage;  // unreachable: the parser requires one

@@ -2,9 +2,14 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cstdlib>
 #include <fstream>
+#include <map>
 #include <optional>
 #include <set>
+#include <utility>
+
+#include "hosts/settings/nearest.h"
 
 namespace vx::settings {
 namespace {
@@ -14,6 +19,7 @@ namespace fs = std::filesystem;
 using Items = std::vector<CLI::ConfigItem>;
 
 constexpr const char* kCommandKey = "command";
+constexpr std::string_view kByteOrderMark = "\xef\xbb\xbf";  // Windows' editors put it first
 
 std::vector<fs::path> entries(const fs::path& folder) {
   std::vector<fs::path> paths;
@@ -25,8 +31,8 @@ std::vector<fs::path> entries(const fs::path& folder) {
   return paths;
 }
 
-std::optional<fs::path> findShipped(const PresetFolders& folders, const std::string& name,
-                                    const std::string& command) {
+std::optional<fs::path> findNamed(const PresetFolders& folders, const std::string& name,
+                                  const std::string& command) {
   if (name.find_first_of("/.") != std::string::npos) return std::nullopt;
   for (const fs::path& folder : folders) {
     const fs::path candidate = folder / command / (name + ".toml");
@@ -41,26 +47,43 @@ std::optional<fs::path> findShipped(const PresetFolders& folders, const std::str
   throw SettingError("preset " + name + ": made for " + owner + ", not for " + command);
 }
 
-std::string listed(const std::vector<std::string>& names) {
+// The first sentence of the comment that a preset begins with.
+std::string firstSentence(const fs::path& path) {
+  std::ifstream file(path);
+  std::string text, line;
+  while (std::getline(file, line)) {
+    if (line.starts_with(kByteOrderMark)) line.erase(0, kByteOrderMark.size());
+    const std::size_t start = line.find_first_not_of("# ");
+    if (!line.starts_with('#') || start == std::string::npos) break;
+    text += (text.empty() ? "" : " ") + line.substr(start, line.find('\r') - start);
+  }
+  return text.substr(0, text.find(". "));
+}
+
+// What the user may have meant, and what there is.
+std::string offer(const PresetFolders& folders, const std::string& name,
+                  const std::string& command) {
+  std::vector<std::string> names;
+  for (const PresetFile& preset : presetsFor(folders, command)) names.push_back(preset.name);
+  if (const std::string near = nearest(name, names); !near.empty())
+    return "; did you mean " + near + "?";
   std::string text;
-  for (const std::string& name : names) text += (text.empty() ? "" : ", ") + name;
-  return text;
+  for (const std::string& other : names) text += (text.empty() ? "" : ", ") + other;
+  return text.empty() ? "" : ", nor one of the presets (" + text + ")";
 }
 
 fs::path findPreset(const PresetFolders& folders, const std::string& name,
                     const std::string& command) {
-  if (const auto shipped = findShipped(folders, name, command)) return *shipped;
+  if (const auto named = findNamed(folders, name, command)) return *named;
   std::error_code error;
   if (fs::is_regular_file(name, error)) return name;
   for (const fs::path& folder : folders) {
     for (const fs::path& entry : entries(folder)) {
       const std::string other = entry.filename().string();
-      if (findShipped(folders, name, other)) refuseForeign(name, other, command);
+      if (findNamed(folders, name, other)) refuseForeign(name, other, command);
     }
   }
-  const std::string shipped = listed(shippedPresets(folders, command));
-  throw SettingError("preset " + name + ": no such file" +
-                     (shipped.empty() ? "" : ", nor one of the shipped presets (" + shipped + ")"));
+  throw SettingError("preset " + name + ": no such file" + offer(folders, name, command));
 }
 
 // Before any key is looked at: "made for another command" says more than "no setting of this
@@ -74,19 +97,33 @@ void refuseOtherCommands(const Items& items, const std::string& name, const std:
 
 }  // namespace
 
-PresetFolders presetFoldersBeside(const fs::path& program) {
-  return {program.parent_path() / "presets",
-          program.parent_path().parent_path() / "share" / "vxicore26" / "presets"};
+PresetFolders presetFolders(const fs::path& program) {
+  PresetFolders folders;
+  const char* configuration = std::getenv("XDG_CONFIG_HOME");
+  const char* home = std::getenv("HOME");
+  const fs::path below = fs::path("vxicore26") / "presets";
+  if (configuration != nullptr && *configuration == '/')
+    folders.push_back(configuration / below);
+  else if (home != nullptr && *home == '/')
+    folders.push_back(home / fs::path(".config") / below);
+  folders.push_back(program.parent_path() / "presets");
+  folders.push_back(program.parent_path().parent_path() / "share" / below);
+  return folders;
 }
 
-std::vector<std::string> shippedPresets(const PresetFolders& folders, const std::string& command) {
-  std::set<std::string> names;
+std::vector<PresetFile> presetsFor(const PresetFolders& folders, const std::string& command) {
+  std::map<std::string, PresetFile> found;
   for (const fs::path& folder : folders) {
     for (const fs::path& entry : entries(folder / command)) {
-      if (entry.extension() == ".toml") names.insert(entry.stem().string());
+      const std::string name = entry.stem().string();
+      const bool word = name.find('.') == std::string::npos;
+      if (word && entry.extension() == ".toml" && !found.contains(name))
+        found[name] = {name, firstSentence(entry), entry};
     }
   }
-  return {names.begin(), names.end()};
+  std::vector<PresetFile> presets;
+  for (auto& [name, preset] : found) presets.push_back(std::move(preset));
+  return presets;
 }
 
 void applyPreset(const PresetFolders& folders, const std::string& name, const std::string& command,
@@ -94,6 +131,9 @@ void applyPreset(const PresetFolders& folders, const std::string& name, const st
   const fs::path path = findPreset(folders, name, command);
   std::ifstream file(path);
   if (!file) throw SettingError("preset " + name + ": cannot read " + path.string());
+  char head[kByteOrderMark.size()] = {};
+  file.read(head, sizeof head);
+  if (std::string_view(head, sizeof head) != kByteOrderMark) file.clear(), file.seekg(0);
   const Items items = CLI::ConfigTOML().from_config(file);
   refuseOtherCommands(items, name, command);
   std::set<std::string> seen;
@@ -114,6 +154,7 @@ std::string presetText(const std::string& command, BoundTable table) {
   std::string text = std::string(kCommandKey) + " = \"" + command + "\"\n";
   std::string_view group;
   for (const auto& [setting, value] : table) {
+    if (*value == setting->neutral) continue;
     if (setting->group != group) text += "\n# " + std::string(setting->group) + "\n";
     group = setting->group;
     const std::string written = format(*setting, *value);

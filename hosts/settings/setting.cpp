@@ -79,6 +79,13 @@ std::string describeRange(const Setting& setting) {
   return "[" + listWords(setting, numbers) + ", default " + format(setting, setting.neutral) + "]";
 }
 
+std::map<std::string, std::string> texts(BoundTable table) {
+  std::map<std::string, std::string> result;
+  for (const auto& [setting, value] : table)
+    if (*value != setting->neutral) result[std::string(setting->name)] = format(*setting, *value);
+  return result;
+}
+
 std::string describe(BoundTable table) {
   std::string text;
   for (const auto& [setting, value] : table) {

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <array>
+#include <map>
 #include <span>
 #include <stdexcept>
 #include <string>
@@ -91,7 +92,10 @@ std::string valueName(const Setting& setting);
 /// The range and neutral value of a setting for its help.
 std::string describeRange(const Setting& setting);
 
-/// The settings that differ from neutral, as "name value, name value", or "defaults".
+/// The settings that differ from neutral: name and value.
+std::map<std::string, std::string> texts(BoundTable table);
+
+/// The same in the order of the table, as "name value, name value", or "defaults".
 std::string describe(BoundTable table);
 
 }  // namespace vx::settings

@@ -9,7 +9,7 @@ class Files : public HostTest {
   void expectRefused(const std::string& in, const std::string& reason,
                      const std::string& out = "out.png") const {
     const Names before = files();
-    runBadly(1, reason, "adjust " + in + " -o " + out);
+    runBadly(1, reason, "adjust --hue-shift 0 " + in + " -o " + out);
     EXPECT_EQ(files(), before);
   }
 };
@@ -54,7 +54,7 @@ TEST_F(Files, TooLargePicturesAreRefusedWithTheReason) {
   // 400 megapixels of black compress to nothing; the header alone has to be enough for the refusal.
   save(VImage::black(20000, 20000), "large.png[compression=1]");
   for (const std::string reason : {"400.0 megapixels", "GB of memory"})
-    runBadly(1, reason, "adjust large.png -o out.png --max-megapixels 100");
+    runBadly(1, reason, "adjust large.png -o out.png --hue-shift 0 --max-megapixels 100");
   EXPECT_EQ(files(), Names{"large.png"});
   save(VImage::black(17000, 2), "long.png");
   expectRefused("long.png", "up to 16383", "out.webp");
@@ -64,7 +64,7 @@ TEST_F(Files, OneFailureDoesNotStopTheOthers) {
   save(pattern(40, 30, 3, 8), "a.png");
   write("b.jpg", "not a picture");
   pattern(40, 30, 3, 8).jpegsave(path("c.JPG").c_str());
-  runBadly(1, "b.jpg", "adjust a.png b.jpg c.JPG -o results --suffix _x");
+  runBadly(1, "b.jpg", "adjust a.png b.jpg c.JPG -o results --suffix _x --hue-shift 0 --quiet");
   EXPECT_EQ(files("results"), (Names{"a_x.png", "c_x.JPG"}));
   EXPECT_EQ(run("adjust . -o all/ --format webp").code, 1);
   EXPECT_EQ(files("all"), (Names{"a.webp", "c.webp"}));
@@ -77,17 +77,17 @@ TEST_F(Files, NothingIsOverwrittenWithoutForce) {
   write("out.png", "precious");
   fs::permissions(path("out.png"), kPrivate);
   for (const std::string out : {"out.png", "in.png"})
-    runBadly(1, "--force", "adjust in.png -o " + out);
+    runBadly(1, "--force", "adjust --hue-shift 0 in.png -o " + out);
   EXPECT_EQ(bytesOf("out.png"), "precious");
   EXPECT_TRUE(bytesOf("in.png") == original);
 
-  runWell("adjust in.png -o out.png --force");
+  runWell("adjust in.png -o out.png --force --hue-shift 0");
   EXPECT_EQ(open("out.png").width(), 40);
   EXPECT_EQ(fs::status(path("out.png")).permissions(), kPrivate);
   runWell("adjust in.png -o in.png --force --luma-gamma 1");
   EXPECT_TRUE(bytesOf("in.png") != original);
   fs::create_symlink("out.png", path("link.png"));
-  runWell("adjust in.png -o link.png --force");
+  runWell("adjust in.png -o link.png --force --hue-shift 0");
   EXPECT_TRUE(fs::is_symlink(path("link.png")));
   EXPECT_EQ(files(), (Names{"in.png", "link.png", "out.png"}));
 }
@@ -97,10 +97,10 @@ TEST_F(Files, FullDiskAndBadFoldersLeaveNothing) {
   write("old.tif", "precious");
   const Environment full{.variables = {}, .fileSizeLimit = 3000};
   for (const std::string out : {"out.png", "out.jpg", "out.tif", "out.webp", "old.tif --force"})
-    runBadly(1, "cannot write", "adjust in.png -o " + out, full);
+    runBadly(1, "cannot write", "adjust --hue-shift 0 in.png -o " + out, full);
   EXPECT_EQ(bytesOf("old.tif"), "precious");
   for (const std::string out : {"missing/out.png", "/proc/out.png", "in.png/out.png"})
-    runBadly(1, "out.png", "adjust in.png -o " + out);
+    runBadly(1, "out.png", "adjust --hue-shift 0 in.png -o " + out);
   EXPECT_EQ(files(), (Names{"in.png", "old.tif"}));
 }
 
@@ -118,7 +118,7 @@ TEST_F(Files, CancellingLeavesNoFile) {
                                    .fileSizeLimit = 0});
       EXPECT_EQ(outcome.code, 130) << outcome.err;
       EXPECT_LE(outcome.complaints(), 1) << outcome.err;
-      EXPECT_EQ(files("results"), Names{});
+      EXPECT_FALSE(fs::exists(path("results")));
     }
 }
 

@@ -22,8 +22,8 @@ TEST_F(Pixels, NeutralSettingsChangeNothing) {
     const VImage shallow = pattern(70, 50, bands, 8), deep = pattern(70, 50, bands, 16);
     save(shallow, "in8.png");
     save(deep, "in16.tif");
-    runWell("adjust in8.png -o out8.png --force");
-    runWell("adjust in16.tif -o out16.tif --force");
+    runWell("adjust in8.png -o out8.png --force --hue-shift 0");
+    runWell("adjust in16.tif -o out16.tif --force --hue-shift 0");
     EXPECT_EQ(largestDifference(shallow, open("out8.png")), 0);
     // The library counts to 32768: one bit is lost, rounded; 65533 and 65534 join white.
     EXPECT_LE(largestDifference(deep, open("out16.tif")), 2);
@@ -57,7 +57,7 @@ TEST_F(Pixels, DepthStaysUnlessAskedOtherwise) {
   save(deep, "deep.tif");
   save(shallow, "shallow.png");
   const auto adjusted = [this](const std::string& arguments, const std::string& out) {
-    runWell("adjust " + arguments + " -o " + out);
+    runWell("adjust --hue-shift 0 " + arguments + " -o " + out);
     return open(out);
   };
   EXPECT_EQ(adjusted("deep.tif", "a.png").format(), VIPS_FORMAT_USHORT);

@@ -1,130 +1,172 @@
 #include "hosts/cli/commands/batch.h"
 
-#include <sys/resource.h>
+#include <omp.h>
+#include <unistd.h>
+#include <vips/vips.h>
 
+#include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <cstdio>
 
-#include "hosts/cli/commands/each_picture.h"
-#include "hosts/cli/commands/plan.h"
+#include "hosts/cli/commands/worker_pool.h"
 #include "hosts/cli/console/cancel.h"
 #include "hosts/cli/console/error.h"
-#include "hosts/cli/pictures/metadata.h"
-#include "hosts/cli/pictures/output_file.h"
+#include "hosts/cli/pictures/standard_stream.h"
 
 namespace vx::cli {
 namespace {
 
 using Clock = std::chrono::steady_clock;
 
-double secondsSince(Clock::time_point start) {
-  return std::chrono::duration<double>(Clock::now() - start).count();
+std::string duration(double seconds) {
+  const auto whole = static_cast<long long>(std::ceil(seconds));
+  return whole < 100 ? std::to_string(whole) + " s" : std::to_string((whole + 59) / 60) + " min";
 }
 
-// The most that the process has held so far.
-double peakMegabytes() {
-  struct rusage usage {};
-  getrusage(RUSAGE_SELF, &usage);
-  return static_cast<double>(usage.ru_maxrss) * 1024 / 1e6;
-}
+/// Tells what becomes of the pictures, one after the other, and at last of all.
+class Teller {
+ public:
+  Teller(const FileOptions& options, const Treatment& treatment, std::size_t count)
+      : options_(options), treatment_(treatment), count_(count) {}
 
-void tellNotes(Progress& progress, const Job& job, const std::vector<std::string>& notes) {
-  for (const std::string& note : notes) tell(progress, job.input, "note: " + note);
-}
+  void tell(Progress& progress, const Job& job, const JobResult& result) {
+    progress.clear();
+    if (!options_.quiet)
+      for (const auto* list : {&result.notes, &result.chosen})
+        for (const std::string& note : *list) complain(job, "note: " + note);
+    if (result.status == "failed") complain(job, result.error);
+    if (result.status == "cancelled" && count_ == 1) complain(job, "cancelled");
+    if (options_.json) put(stdout, jsonLine(job, result, treatment_.settingTexts) + '\n');
+    if (options_.verbose && result.status == "done")
+      put(job.toStandardOutput() ? stderr : stdout,
+          report(job, result, treatment_.verb, treatment_.settings));
+    done_ += result.status == "done";
+    skipped_ += result.status == "skipped";
+    failed_ += result.status == "failed";
+    cancelled_ |= result.status == "cancelled";
+    pixels_ += static_cast<double>(result.width) * result.height;
+  }
 
-struct Timing {
-  double reading, treating, writing;
+  /// "12 of 100", and how long the others will take.
+  std::string position(std::size_t finished) const {
+    std::string text = std::to_string(finished) + "/" + std::to_string(count_);
+    const std::size_t worked = finished - std::min(finished, skipped_);
+    if (worked > 0)
+      text += ", " +
+              duration(seconds() / static_cast<double>(worked) *
+                       static_cast<double>(count_ - finished)) +
+              " left";
+    return text;
+  }
+
+  int end(double megabytes) const {
+    if (count_ > 1 && (cancelled_ || !options_.quiet)) {
+      std::fprintf(stderr,
+                   "vxicore: %s%zu done, %zu skipped, %zu failed in %s; %.1f megapixels a second, "
+                   "%.0f MB of memory\n",
+                   cancelled_ ? "cancelled: " : "", done_, skipped_, failed_,
+                   duration(seconds()).c_str(), pixels_ / 1e6 / seconds(), megabytes);
+    }
+    return cancelled_ ? kExitCancelled : failed_ > 0 ? kExitSomeFailed : kExitDone;
+  }
+
+ private:
+  static void complain(const Job& job, const std::string& text) {
+    std::fprintf(stderr, "vxicore: %s: %s\n", nameOf(job.input).c_str(), text.c_str());
+  }
+  static void put(std::FILE* file, const std::string& text) {
+    std::fputs(text.c_str(), file);
+    std::fflush(file);
+  }
+  double seconds() const {
+    return std::max(1e-3, std::chrono::duration<double>(Clock::now() - start_).count());
+  }
+
+  const FileOptions& options_;
+  const Treatment& treatment_;
+  std::size_t count_, done_ = 0, skipped_ = 0, failed_ = 0;
+  bool cancelled_ = false;
+  double pixels_ = 0;
+  Clock::time_point start_ = Clock::now();
 };
 
-void report(const Job& job, const Treatment& treatment, int width, int height, int inDepth,
-            int outDepth, const Timing& time, const std::vector<std::uint8_t>& file) {
-  const double pixels = static_cast<double>(width) * height;
-  const double total = time.reading + time.treating + time.writing;
-  std::printf("%s -> %s\n", job.input.c_str(), job.output.c_str());
-  std::printf("  settings  %s\n", treatment.settings.c_str());
-  std::printf("  picture   %d x %d (%.1f megapixels), %d bits", width, height, pixels / 1e6,
-              inDepth);
-  if (inDepth != outDepth) std::printf(" -> %d bits", outDepth);
-  std::printf("\n  seconds   %.2f (reading %.2f, %s %.2f, writing %.2f)\n", total, time.reading,
-              treatment.verb.c_str(), time.treating, time.writing);
-  std::printf("  memory    %.0f MB at the peak\n", peakMegabytes());
-  const std::string before = Metadata::summary(job.input), after = Metadata::summary(file);
-  if (before == after) {
-    std::printf("  metadata  kept: %s\n", after.c_str());
-  } else {
-    std::printf("  metadata  %s (before: %s)\n", after.c_str(), before.c_str());
+int oneByOne(const std::vector<Job>& jobs, const FileOptions& options, const Treatment& treatment,
+             Teller& teller) {
+  Progress progress(!options.quiet);
+  double megabytes = 0;
+  for (std::size_t i = 0; i < jobs.size(); ++i) {
+    const std::string position = jobs.size() > 1 ? teller.position(i) + ": " : "";
+    progress.beginPicture(position + jobs[i].input.filename().string());
+    JobResult result = ended("skipped");
+    if (!jobs[i].skip) result = treatPicture(jobs[i], options, treatment, {}, progress);
+    teller.tell(progress, jobs[i], result);
+    megabytes = std::max(megabytes, result.megabytes);
+    if (result.status == "cancelled") break;
   }
-  std::fflush(stdout);
+  return teller.end(megabytes);
 }
 
-void runJob(const Job& job, const FileOptions& options, const Treatment& treatment,
-            Progress& progress) {
-  if (!job.refusal.empty()) throw FileError(job.refusal);
-  try {
-    checkWritable(job.output, options.force);
-  } catch (const FileError& error) {
-    throw FileError("result " + job.output.string() + " " + error.what());
-  }
-  Timing time{};
-  auto start = Clock::now();
-  const auto lap = [&start] {
-    const double seconds = secondsSince(start);
-    start = Clock::now();
-    return seconds;
+int severalAtATime(const std::vector<Job>& jobs, int workers, const FileOptions& options,
+                   const Treatment& treatment, Teller& teller) {
+  Progress progress(!options.quiet), silent(false);
+  progress.beginPicture(treatment.verb);
+  std::map<std::string, double> megabytes;  // by the process
+  PoolWork pool;
+  pool.count = jobs.size();
+  pool.workers = workers;
+  pool.memory =
+      static_cast<double>(sysconf(_SC_PHYS_PAGES)) * static_cast<double>(sysconf(_SC_PAGESIZE));
+  pool.work = [&](std::size_t index, const std::function<void(double)>& claim) {
+    // The processors are shared out; results depend on none of it.
+    static const bool shared = [workers] {
+      omp_set_num_threads(std::max(1, omp_get_max_threads() / workers));
+      vips_concurrency_set(std::max(1, vips_concurrency_get() / workers));
+      return true;
+    }();
+    static_cast<void>(shared);
+    JobResult result = ended("skipped");
+    if (!jobs[index].skip) result = treatPicture(jobs[index], options, treatment, claim, silent);
+    return std::to_string(getpid()) + ' ' + packed(result);
   };
+  pool.done = [&](std::size_t index, const std::optional<std::string>& text,
+                  const std::string& how) {
+    JobResult result = ended(how == "cancelled" ? how : "failed", how);
+    if (text) {
+      const std::size_t space = text->find(' ');
+      result = unpacked(text->substr(space));
+      double& peak = megabytes[text->substr(0, space)];
+      peak = std::max(peak, result.megabytes);
+    }
+    if (result.status == "cancelled") requestCancel();
+    teller.tell(progress, jobs[index], result);
+  };
+  pool.idle = [&](std::size_t finished) { progress.say(teller.position(finished)); };
+  runPool(pool);
+  double all = 0;
+  for (const auto& [process, peak] : megabytes) all += peak;
+  const int code = teller.end(all);
+  return cancelRequested() ? kExitCancelled : code;
+}
 
-  progress.beginStep("reading");
-  const ReadOptions wanted{.output = job.format,
-                           .depth = options.depth,
-                           .previewScale = options.previewScale,
-                           .maxMegapixels = options.maxMegapixels,
-                           .libraryBytes = treatment.libraryBytes};
-  std::vector<std::uint8_t> file;
-  int width = 0, height = 0, inDepth = 0, outDepth = 0;
-  {
-    Picture picture = readPicture(job.input, wanted, progress);
-    tellNotes(progress, job, picture.notes);
-    width = picture.raster.width();
-    height = picture.raster.height();
-    inDepth = picture.sourceDepth;
-    outDepth = outputDepth(wanted, inDepth);
-    Metadata metadata(job.input, picture);
-    time.reading = lap();
-
-    progress.beginStep(treatment.verb);
-    picture.notes.clear();
-    treatment.apply(job.input, picture, progress);
-    throwIfCancelled();
-    tellNotes(progress, job, picture.notes);
-    time.treating = lap();
-
-    progress.beginStep("writing");
-    file = encodePicture(picture, job.format, outDepth, options.quality, progress);
-    // The pixels are freed first: adding metadata needs further copies of the file.
-    picture.raster = Raster(1, 1, 8, 0);
-    metadata.setSize(width, height);
-    metadata.attach(file, job.format);
-    tellNotes(progress, job, metadata.notes());
-  }
-  try {
-    writeFile(job.output, file, options.force);
-  } catch (const FileError& error) {
-    throw FileError("result " + job.output.string() + " " + error.what());
-  }
-  time.writing = lap();
-  progress.clear();
-  if (options.verbose) report(job, treatment, width, height, inDepth, outDepth, time, file);
+void refuseNothing(const std::vector<Job>& jobs, const FileOptions& options) {
+  const bool asked = options.depth != 0 || options.previewScale != 1 || options.strip ||
+                     options.stripLocation || options.qualityGiven;
+  for (const Job& job : jobs)
+    if (!asked && job.recodes)
+      throw UsageError("nothing was asked for: --auto, --preset or a setting says what to do");
 }
 
 }  // namespace
 
-int runBatch(const FileOptions& options, const Treatment& treatment) {
-  const std::vector<Job> jobs = planJobs(options);
-  std::vector<std::filesystem::path> inputs;
-  for (const Job& job : jobs) inputs.push_back(job.input);
-  return forEachPicture(inputs, [&](std::size_t index, Progress& progress) {
-    runJob(jobs[index], options, treatment, progress);
-  });
+int runBatch(const FileOptions& options, const Treatment& treatment, bool neutral) {
+  const Plan plan = planJobs(options);
+  if (neutral) refuseNothing(plan.jobs, options);
+  const auto count = static_cast<int>(std::min<std::size_t>(plan.jobs.size(), 64));
+  const int workers = std::min(count, options.jobs != 0 ? options.jobs : omp_get_num_procs());
+  Teller teller(options, treatment, plan.jobs.size());
+  if (workers < 2) return oneByOne(plan.jobs, options, treatment, teller);
+  return severalAtATime(plan.jobs, workers, options, treatment, teller);
 }
 
 }  // namespace vx::cli

@@ -1,27 +1,14 @@
 // Runs the jobs of one command line: reads, processes and writes each picture.
 #pragma once
 
-#include <filesystem>
-#include <functional>
-#include <string>
-
-#include "hosts/cli/commands/file_options.h"
-#include "hosts/cli/pictures/picture.h"
+#include "hosts/cli/commands/treat_picture.h"
 
 namespace vx::cli {
 
-/// What a subcommand does to each picture.
-struct Treatment {
-  std::string verb;      // for the progress line, as "enhancing"
-  std::string settings;  // for --verbose
-  int libraryBytes;      // per pixel, beside the raster
-  /// Changes the raster in place and adds to the notes. Throws FileError or Cancelled.
-  std::function<void(const std::filesystem::path& input, Picture& picture, Progress& progress)>
-      apply;
-};
-
 /// Processes every picture; a failure is reported in one line on stderr and does not stop the
-/// others. Returns the exit code. Throws UsageError before anything has been written.
-int runBatch(const FileOptions& options, const Treatment& treatment);
+/// others. Several at a time where that is asked for; messages and results come in the order of the
+/// pictures all the same. Returns the exit code. Throws UsageError before anything has been
+/// written, also where `neutral` settings would code a picture again and do nothing else.
+int runBatch(const FileOptions& options, const Treatment& treatment, bool neutral);
 
 }  // namespace vx::cli

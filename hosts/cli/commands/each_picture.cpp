@@ -5,12 +5,13 @@
 
 #include "hosts/cli/console/cancel.h"
 #include "hosts/cli/console/error.h"
+#include "hosts/cli/pictures/standard_stream.h"
 
 namespace vx::cli {
 
 void tell(Progress& progress, const std::filesystem::path& input, const std::string& text) {
   progress.clear();
-  std::fprintf(stderr, "vxicore: %s: %s\n", input.c_str(), text.c_str());
+  std::fprintf(stderr, "vxicore: %s: %s\n", nameOf(input).c_str(), text.c_str());
 }
 
 int forEachPicture(const std::vector<std::filesystem::path>& inputs,

@@ -7,6 +7,14 @@ namespace {
 
 constexpr const char* kFiles = "Pictures in and out";
 
+const CLI::Validator isColour(
+    [](const std::string& text) {
+      const bool good =
+          text.size() == 6 && text.find_first_not_of("0123456789abcdefABCDEF") == std::string::npos;
+      return good ? std::string() : "'" + text + "' is not six hexadecimal digits";
+    },
+    "");
+
 }  // namespace
 
 std::string helpText(std::string_view text) {
@@ -28,9 +36,14 @@ std::string helpText(std::string_view text) {
 }
 
 void addInputOptions(CLI::App& app, FileOptions& options) {
-  app.add_option("IN", options.inputs,
-                 helpText("Pictures (JPEG, PNG, TIFF, WebP), or folders whose pictures are taken"))
+  app.add_option(
+         "IN", options.inputs,
+         helpText("Pictures (JPEG, PNG, TIFF, WebP), or folders whose pictures are taken; - is "
+                  "standard input"))
       ->option_text("...");
+  app.add_flag("-r,--recursive", options.recursive,
+               helpText("Take the pictures in folders of folders too; results keep the tree"))
+      ->group(kFiles);
   app.add_option(
          "--max-megapixels", options.maxMegapixels,
          helpText("Refuse larger pictures; default 500. Up to 29 bytes of memory per pixel are "
@@ -43,7 +56,7 @@ void addInputOptions(CLI::App& app, FileOptions& options) {
 void addOutputOptions(CLI::App& app, FileOptions& options) {
   app.add_option("-o,--output", options.output,
                  helpText("File to write, or folder for the results (made if missing when several "
-                          "pictures come in or OUT ends in /)"))
+                          "pictures come in or OUT ends in /); - is standard output"))
       ->option_text("OUT")
       ->group(kFiles);
   app.add_option(
@@ -63,13 +76,47 @@ void addOutputOptions(CLI::App& app, FileOptions& options) {
       ->option_text("8|16")
       ->check(CLI::IsMember({8, 16}))
       ->group(kFiles);
-  app.add_option("--quality", options.quality, helpText("Of JPEG and WebP, 1 to 100; default 92"))
+  app.add_option_function<int>(
+         "--quality",
+         [&options](int quality) {
+           options.quality = quality;
+           options.qualityGiven = true;
+         },
+         helpText("Of JPEG and WebP, 1 to 100; default 92"))
       ->option_text("Q")
       ->check(CLI::Range(1, 100))
       ->group(kFiles);
+  app.add_option("--background", options.background,
+                 helpText("Put transparent pictures on this colour where the result cannot hold "
+                          "transparency, in hexadecimal digits as in ffffff; refused without"))
+      ->option_text("RRGGBB")
+      ->check(isColour)
+      ->group(kFiles);
+  app.add_flag("--strip", options.strip,
+               helpText("Drop all metadata but the colour profile and the orientation"))
+      ->group(kFiles);
+  app.add_flag("--strip-location", options.stripLocation,
+               helpText("Drop the place where the picture was taken: GPS and names of places"))
+      ->group(kFiles);
   app.add_flag("--force", options.force, helpText("Replace files that exist"))->group(kFiles);
+  app.add_flag("--skip-existing", options.skipExisting,
+               helpText("Leave out pictures whose results exist: goes on with an interrupted run"))
+      ->group(kFiles);
+  app.add_option("-j,--jobs", options.jobs,
+                 helpText("Pictures that are treated at the same time; default as many as there "
+                          "are processors, fewer where they need more memory than there is"))
+      ->option_text("N")
+      ->check(CLI::Range(1, 64))
+      ->group(kFiles);
   app.add_flag("-v,--verbose", options.verbose,
                helpText("Tell settings, sizes, seconds, memory and metadata of each picture"))
+      ->group(kFiles);
+  app.add_flag("-q,--quiet", options.quiet,
+               helpText("Tell errors only: no notes, progress and summary"))
+      ->group(kFiles);
+  app.add_flag("--json", options.json,
+               helpText("Print an object per picture, one a line: file, result, status, settings, "
+                        "what was chosen, notes, seconds"))
       ->group(kFiles);
 }
 

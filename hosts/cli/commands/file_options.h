@@ -18,11 +18,23 @@ struct FileOptions {
   std::string format;  // empty: by the output's extension
   int depth = 0;       // 0: as the input
   int quality = 92;
+  bool qualityGiven = false;
   int previewScale = 1;
   double maxMegapixels = 500;
+  int jobs = 0;            // 0: as many as there are processors
+  std::string background;  // for transparency where the result holds none; empty: refuse
+  bool recursive = false;
+  bool skipExisting = false;
+  bool strip = false;
+  bool stripLocation = false;
   bool force = false;
   bool verbose = false;
+  bool quiet = false;
+  bool json = false;
 };
+
+/// The name of standard input and output on the command line.
+inline constexpr const char* kStandardStream = "-";
 
 /// Pictures to read; `options` has to outlive the parsing, here and below.
 void addInputOptions(CLI::App& app, FileOptions& options);

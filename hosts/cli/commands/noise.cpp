@@ -6,6 +6,7 @@
 #include "hosts/cli/commands/each_picture.h"
 #include "hosts/cli/commands/noise_estimate.h"
 #include "hosts/cli/commands/plan.h"
+#include "hosts/cli/pictures/standard_stream.h"
 
 namespace vx::cli {
 namespace {
@@ -44,7 +45,7 @@ Json toJson(const VxAutoDenoise& choice) {
 }
 
 Json toJson(const std::filesystem::path& input, const Report& report) {
-  return {{"file", input.string()},
+  return {{"file", nameOf(input)},
           {"seen", describeDenoise(&report.noise, nullptr)},
           {"sigma", report.noise.sigma},
           {"correlation", report.noise.correlation},
@@ -55,7 +56,7 @@ Json toJson(const std::filesystem::path& input, const Report& report) {
 }
 
 void print(const std::filesystem::path& input, const Report& report) {
-  std::printf("%s: %s\n", input.c_str(), describeDenoise(&report.noise, nullptr).c_str());
+  std::printf("%s: %s\n", nameOf(input).c_str(), describeDenoise(&report.noise, nullptr).c_str());
   std::printf("  --denoise auto   %s (--denoise-mode nonlocal), %s (fast)\n",
               describeDenoise(nullptr, &report.nonLocal).c_str(),
               describeDenoise(nullptr, &report.fast).c_str());
@@ -84,7 +85,8 @@ NoiseCommand::NoiseCommand(CLI::App& program)
 }
 
 int NoiseCommand::run() {
-  const std::vector<std::filesystem::path> inputs = expandInputs(files_.inputs);
+  std::vector<std::filesystem::path> inputs;
+  for (const Input& input : expandInputs(files_)) inputs.push_back(input.path);
   Json all = Json::array();
   const int code = forEachPicture(inputs, [&](std::size_t index, Progress& progress) {
     progress.beginStep("reading");

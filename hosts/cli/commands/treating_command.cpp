@@ -4,16 +4,11 @@
 #include <cstdio>
 #include <utility>
 
+#include "hosts/cli/commands/presets.h"
 #include "hosts/cli/pictures/output_file.h"
 
 namespace vx::cli {
 namespace {
-
-settings::PresetFolders presetFolders() {
-  std::error_code error;
-  const auto program = std::filesystem::read_symlink("/proc/self/exe", error);
-  return error ? settings::PresetFolders() : settings::presetFoldersBeside(program);
-}
 
 void write(const std::filesystem::path& path, const std::string& text, bool force) {
   const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
@@ -32,20 +27,21 @@ TreatingCommand::TreatingCommand(CLI::App& program, const std::string& name,
   addInputOptions(app(), files_);
   addOutputOptions(app(), files_);
   const char* group = "Presets";
-  std::string shipped;
-  for (const std::string& preset : settings::shippedPresets(presetFolders_, name))
-    shipped += (shipped.empty() ? ", or one of the shipped ones by name: " : ", ") + preset;
+  std::string known;
+  for (const settings::PresetFile& preset : settings::presetsFor(presetFolders_, name))
+    known += (known.empty() ? ", or one of these by name: " : ", ") + preset.name;
   app()
       .add_option("--preset", presets_,
-                  helpText("Settings from a file" + shipped +
+                  helpText("Settings from a file" + known +
                            ". May be given again; the command line has the last word"))
       ->option_text("FILE")
-      ->expected(1)
+      ->allow_extra_args(false)
       ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
       ->group(group);
   app()
       .add_option("--save-preset", savePreset_,
-                  helpText("Write the settings in force to this file (with or without pictures)"))
+                  helpText("Write the settings that are not neutral to this file (with or without "
+                           "pictures)"))
       ->option_text("FILE")
       ->group(group);
 }
@@ -88,6 +84,14 @@ bool TreatingCommand::keepsChoice() const {
          !std::filesystem::is_directory(files_.inputs[0], error);
 }
 
+bool TreatingCommand::neutral() const {
+  if (treatsWhenNeutral()) return false;
+  return std::all_of(table_.begin(), table_.end(), [this](const settings::BoundSetting& row) {
+    return *row.value == row.setting->neutral &&
+           app().count("--" + std::string(row.setting->name)) == 0;
+  });
+}
+
 bool TreatingCommand::save() const try {
   if (!savePreset_.empty()) write(savePreset_, settings::presetText(name(), table_), files_.force);
   return true;
@@ -101,12 +105,15 @@ int TreatingCommand::run() {
   const bool late = keepsChoice();  // treat() has yet to choose
   if (!late && !save()) return kExitSomeFailed;
   if (!savePreset_.empty() && files_.inputs.empty()) return kExitDone;
-  const int code =
-      runBatch(files_, {.verb = "enhancing",
-                        .settings = settings::describe(table_),
-                        .libraryBytes = libraryBytes(),
-                        .apply = [this](const std::filesystem::path& input, Picture& picture,
-                                        Progress& progress) { treat(input, picture, progress); }});
+  const Treatment treatment{
+      .verb = "enhancing",
+      .settings = settings::describe(table_),
+      .settingTexts = settings::texts(table_),
+      .libraryBytes = libraryBytes(),
+      .apply = [this](const std::filesystem::path& input, Picture& picture, Progress& progress) {
+        treat(input, picture, progress);
+      }};
+  const int code = runBatch(files_, treatment, neutral());
   if (code == kExitDone && late && !save()) return kExitSomeFailed;
   return code;
 }

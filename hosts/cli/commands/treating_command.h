@@ -40,6 +40,11 @@ class TreatingCommand : public Command {
   /// Whether treat() chooses settings for each picture.
   virtual bool choosesSettings() const { return false; }
 
+  /// Whether the neutral settings do something.
+  virtual bool treatsWhenNeutral() const { return false; }
+
+  /// Whether no setting was asked for.
+  bool neutral() const;
   void applySettings();
   /// The preset, if one is wanted. Tells why it could not be written.
   bool save() const;

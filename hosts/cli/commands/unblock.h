@@ -13,6 +13,7 @@ class UnblockCommand final : public TreatingCommand {
  private:
   void treat(const std::filesystem::path& input, Picture& picture, Progress& progress) override;
   int libraryBytes() const override;
+  bool treatsWhenNeutral() const override { return true; }
 
   settings::UnblockValues values_;
 };

@@ -1,10 +1,10 @@
 # Completion of vxicore for bash: commands, options and their values are read from its help.
 
-# The words of "--option word|word|X" in the help; for --preset the shipped presets.
+# The words of "--option word|word|X" in the help; for --preset the named presets.
 _vxicore_values() { # HELP OPTION
   local help=$1 option=$2
   if [[ $option == --preset ]]; then
-    tr -s ' \n' ' ' <<<"$help" | sed -n 's/.*shipped ones by name: \([^.]*\)\..*/\1/p' | tr -d ,
+    tr -s ' \n' ' ' <<<"$help" | sed -n 's/.*or one of these by name: \([^.]*\)\..*/\1/p' | tr -d ,
   else
     sed -n "s/^  $option \([^ ]*|[^ ]*\).*/\1/p" <<<"$help" | tr '|' '\n' | grep -v '^[A-Z]'
   fi

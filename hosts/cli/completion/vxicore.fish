@@ -12,7 +12,7 @@ function __vxicore_complete
     set -l previous $words[-1]
     if test "$previous" = --preset
         string join ' ' $help | string replace -ra ' +' ' ' |
-            string replace -rf '.*shipped ones by name: ([^.]*)\..*' '$1' | string replace -a ' ' '' | string split ','
+            string replace -rf '.*or one of these by name: ([^.]*)\..*' '$1' | string replace -a ' ' '' | string split ','
         return
     end
     if string match -q -- '--*' $previous

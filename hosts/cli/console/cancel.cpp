@@ -39,6 +39,16 @@ void installSignalHandlers() {
   signal(SIGXFSZ, SIG_IGN);
 }
 
+void obeyParent() {
+  struct sigaction action {};
+  action.sa_handler = [](int) { requested = true; };
+  action.sa_flags = SA_RESTART;
+  sigemptyset(&action.sa_mask);
+  sigaction(SIGUSR1, &action, nullptr);
+}
+
+void requestCancel() noexcept { requested = true; }
+
 bool cancelRequested() noexcept { return requested.load(std::memory_order_relaxed); }
 
 void throwIfCancelled() {

@@ -5,7 +5,11 @@
 namespace vx::cli {
 
 void installSignalHandlers();
+/// In a worker process: SIGUSR1 from its parent asks the work to stop, however often it comes.
+void obeyParent();
 bool cancelRequested() noexcept;
+/// As if a signal had asked for it.
+void requestCancel() noexcept;
 void throwIfCancelled();
 
 /// The unfinished file that a second signal has to remove; null when there is none. The text must

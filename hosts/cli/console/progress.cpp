@@ -7,13 +7,18 @@
 
 namespace vx::cli {
 
-Progress::Progress() : terminal_(isatty(STDERR_FILENO) == 1) {}
+Progress::Progress(bool wanted) : terminal_(wanted && isatty(STDERR_FILENO) == 1) {}
 
 void Progress::beginPicture(std::string name) { name_ = std::move(name); }
 
 void Progress::beginStep(std::string step) {
   step_ = std::move(step);
   if (terminal_) show(-1);
+}
+
+void Progress::say(const std::string& step) {
+  step_ = step;
+  update(-1);
 }
 
 void Progress::update(int percent) {

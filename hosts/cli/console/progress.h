@@ -8,8 +8,8 @@ namespace vx::cli {
 
 class Progress {
  public:
-  /// Silent unless stderr is a terminal.
-  Progress();
+  /// Silent unless it is wanted and stderr is a terminal.
+  explicit Progress(bool wanted = true);
   ~Progress() { clear(); }
   Progress(const Progress&) = delete;
   Progress& operator=(const Progress&) = delete;
@@ -19,6 +19,8 @@ class Progress {
   void beginStep(std::string step);
   /// Shown at most five times a second.
   void update(int percent);
+  /// A step that changes often, shown like a percentage.
+  void say(const std::string& step);
   /// Erases the line, so that a message can take its place.
   void clear();
 

@@ -3,6 +3,8 @@
 # usage: make_manual.sh PROGRAM PRESETS OUT
 set -eu
 program=$1 presets=$2 out=$3
+# Presets of whoever builds this are not ours to tell.
+export XDG_CONFIG_HOME=/nonexistent
 here=$(cd "$(dirname "$0")" && pwd)
 
 options() { # COMMAND [GROUP]

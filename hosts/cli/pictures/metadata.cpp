@@ -85,6 +85,12 @@ bool isMakerNote(const Exiv2::Exifdatum& datum) {
   return std::find(kStandard.begin(), kStandard.end(), datum.groupName()) == kStandard.end();
 }
 
+template <typename Data, typename Condition>
+void eraseIf(Data& data, const Condition& condition) {
+  for (auto datum = data.begin(); datum != data.end();)
+    datum = condition(*datum) ? data.erase(datum) : std::next(datum);
+}
+
 std::string summaryOf(Exiv2::Image& image) {
   std::string text;
   const auto add = [&text](const char* what, std::size_t count, const char* unit) {
@@ -151,6 +157,38 @@ Metadata::Metadata(const std::filesystem::path& path, const Picture& picture)
 }
 
 Metadata::~Metadata() = default;
+
+void Metadata::strip() {
+  auto bare = std::make_unique<Content>();
+  bare->byteOrder = content_->byteOrder;
+  const auto orientation = content_->exif.findKey(Exiv2::ExifKey("Exif.Image.Orientation"));
+  if (orientation != content_->exif.end()) bare->exif.add(*orientation);
+  content_ = std::move(bare);
+}
+
+void Metadata::stripLocation() {
+  eraseIf(content_->exif, [](const Exiv2::Exifdatum& datum) {
+    return datum.groupName() == "GPSInfo" || datum.key() == "Exif.Image.GPSTag";
+  });
+  // What a maker note tells is known to its maker; several have places in it.
+  eraseIf(content_->exif, [](const Exiv2::Exifdatum& datum) {
+    return isMakerNote(datum) || datum.key() == "Exif.Photo.MakerNote";
+  });
+  eraseIf(content_->xmp, [](const Exiv2::Xmpdatum& datum) {
+    static constexpr std::array<std::string_view, 8> kPlaces{
+        "Xmp.exif.GPS",          "Xmp.iptc.Location",  "Xmp.iptc.CountryCode",
+        "Xmp.iptcExt.Location",  "Xmp.photoshop.City", "Xmp.photoshop.State",
+        "Xmp.photoshop.Country", "Xmp.mwg-rs.Location"};
+    const std::string key = datum.key();
+    return std::any_of(kPlaces.begin(), kPlaces.end(),
+                       [&](std::string_view place) { return key.starts_with(place); });
+  });
+  eraseIf(content_->iptc, [](const Exiv2::Iptcdatum& datum) {
+    static constexpr std::array<int, 7> kPlaces{26, 27, 90, 92, 95, 100, 101};
+    return datum.record() == 2 &&
+           std::find(kPlaces.begin(), kPlaces.end(), datum.tag()) != kPlaces.end();
+  });
+}
 
 void Metadata::setSize(int width, int height) {
   for (const char* key : {"Exif.Photo.PixelXDimension", "Exif.Iop.RelatedImageWidth"}) {

@@ -24,6 +24,11 @@ class Metadata {
   Metadata(const Metadata&) = delete;
   Metadata& operator=(const Metadata&) = delete;
 
+  /// Drops all but the orientation, which says how the pixels lie.
+  void strip();
+  /// Drops what says where the picture was taken: GPS, and the names of places in XMP and IPTC.
+  void stripLocation();
+
   /// Updates every tag that states the picture's size. Orientation stays: the pixels were not
   /// turned.
   void setSize(int width, int height);

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -36,6 +37,10 @@ struct ReadOptions {
   int libraryBytes = 0;  // per pixel, that the library will take beside the raster
   // Longer axes are cut to this many pixels around their centre, though all are read; 0: no limit.
   int centre = 0;
+  // For transparency that the output cannot hold, as six hexadecimal digits; empty: refused.
+  std::string background = {};
+  // Called with the bytes that the work will need, before they are taken; may be empty.
+  std::function<void(double bytes)> claim = {};
 };
 
 /// Bits per sample of the file to be written.

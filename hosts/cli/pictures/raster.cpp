@@ -1,7 +1,9 @@
 #include "hosts/cli/pictures/raster.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
+#include <type_traits>
 #include <utility>
 
 namespace vx::cli {
@@ -155,6 +157,35 @@ void Raster::giveRow(void* target, int targetDepth, int colours, bool withAlpha,
   } else {
     give(source, static_cast<std::uint8_t*>(target), alpha, alphaDepth_, colours, count);
   }
+}
+
+void Raster::flatten(unsigned long colour) {
+  const bool deep = depth_ == 16;
+  const std::uint64_t alphaTop = alphaDepth_ == 16 ? 65535 : 255;
+  std::array<std::uint64_t, 3> behind{};
+  for (std::size_t c = 0; c < 3; ++c) {
+    const auto byte = static_cast<unsigned>(colour >> (16 - 8 * c) & 255);
+    behind[c] = deep ? toLibrary<8, 16>(byte) : byte;
+  }
+  const auto mix = [&](auto* sample, std::uint64_t alpha) {
+    for (std::size_t c = 0; c < 3; ++c) {
+      const std::uint64_t sum = alpha * sample[c] + (alphaTop - alpha) * behind[c];
+      sample[c] =
+          static_cast<std::remove_reference_t<decltype(*sample)>>((sum + alphaTop / 2) / alphaTop);
+    }
+  };
+  std::size_t i = 0;
+  for (int y = 0; y < height_; ++y)
+    for (std::ptrdiff_t x = 0; x < width_; ++x, ++i) {
+      const unsigned alpha =
+          alphaDepth_ == 16 ? reinterpret_cast<const std::uint16_t*>(alpha_.get())[i] : alpha_[i];
+      if (deep)
+        mix(reinterpret_cast<std::uint16_t*>(row(y)) + 3 * x, alpha);
+      else
+        mix(row(y) + 3 * x, alpha);
+    }
+  alpha_.reset();
+  alphaDepth_ = 0;
 }
 
 bool Raster::opaque() const {

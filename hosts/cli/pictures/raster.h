@@ -51,6 +51,10 @@ class Raster {
   void giveRow(void* target, int targetDepth, int colours, bool withAlpha, int x, int y,
                int count) const;
 
+  /// Puts the pixels on a colour (0xRRGGBB) by their alpha, which is then gone: a * pixel + (1 - a)
+  /// * colour (T. Porter and T. Duff, 1984), rounded.
+  void flatten(unsigned long colour);
+
   /// True when every alpha sample is at its top: nothing is lost without the channel.
   bool opaque() const;
 

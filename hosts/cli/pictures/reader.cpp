@@ -128,6 +128,7 @@ void refuseTooLarge(int width, int height, int sampleBytes, const ReadOptions& o
                     std::string(output.name) + " output goes up to " +
                     std::to_string(output.maxAxis) + " on an axis");
   }
+  if (options.claim) options.claim(needed);
 }
 
 // Where the rows of a file go; called by libvips in order, top to bottom.
@@ -230,11 +231,12 @@ Picture read(const std::filesystem::path& path, const ReadOptions& options, Prog
     throwIfCancelled();
     throw vipsError("cannot read");
   }
-  if (alpha && !traits(options.output).alpha) {
-    if (!picture.raster.opaque()) {
+  if (alpha && !traits(options.output).alpha && !picture.raster.opaque()) {
+    if (options.background.empty())
       throw FileError("has transparency, which " + std::string(traits(options.output).name) +
-                      " cannot hold; write PNG, TIFF or WebP");
-    }
+                      " cannot hold; write PNG, TIFF or WebP, or give a --background");
+    picture.raster.flatten(std::stoul(options.background, nullptr, 16));
+    picture.notes.push_back("transparency put on the background " + options.background);
   }
   picture.raster.pad();
   return picture;

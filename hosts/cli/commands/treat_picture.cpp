@@ -1,0 +1,114 @@
+#include "hosts/cli/commands/treat_picture.h"
+
+#include <sys/resource.h>
+
+#include <chrono>
+#include <new>
+#include <utility>
+
+#include "hosts/cli/console/cancel.h"
+#include "hosts/cli/console/error.h"
+#include "hosts/cli/pictures/metadata.h"
+#include "hosts/cli/pictures/output_file.h"
+#include "hosts/cli/pictures/standard_stream.h"
+
+namespace vx::cli {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+double peakMegabytes() {
+  struct rusage usage {};
+  getrusage(RUSAGE_SELF, &usage);
+  return static_cast<double>(usage.ru_maxrss) * 1024 / 1e6;
+}
+
+void append(std::vector<std::string>& list, const std::vector<std::string>& more) {
+  list.insert(list.end(), more.begin(), more.end());
+}
+
+template <typename Write>
+void onOutput(const Job& job, const Write& write) {
+  if (job.toStandardOutput()) return;
+  try {
+    write();
+  } catch (const FileError& error) {
+    throw FileError("result " + job.output.string() + " " + error.what());
+  }
+}
+
+void run(const Job& job, const FileOptions& options, const Treatment& treatment,
+         const std::function<void(double)>& claim, Progress& progress, JobResult& result) {
+  if (!job.refusal.empty()) throw FileError(job.refusal);
+  onOutput(job, [&] { checkWritable(job.output, options.force); });
+  auto start = Clock::now();
+  const auto lap = [&start] {
+    const Clock::time_point now = Clock::now();
+    return std::chrono::duration<double>(now - std::exchange(start, now)).count();
+  };
+
+  progress.beginStep("reading");
+  const ReadOptions wanted{.output = job.format,
+                           .depth = options.depth,
+                           .previewScale = options.previewScale,
+                           .maxMegapixels = options.maxMegapixels,
+                           .libraryBytes = treatment.libraryBytes,
+                           .background = options.background,
+                           .claim = claim};
+  std::vector<std::uint8_t> file;
+  {
+    Picture picture = readPicture(job.input, wanted, progress);
+    append(result.notes, std::exchange(picture.notes, {}));
+    result.width = picture.raster.width();
+    result.height = picture.raster.height();
+    result.depth = picture.sourceDepth;
+    result.resultDepth = outputDepth(wanted, result.depth);
+    Metadata metadata(job.input, picture);
+    if (options.strip) metadata.strip(), picture.pngTexts.clear();
+    if (options.stripLocation) metadata.stripLocation();
+    result.seconds.reading = lap();
+
+    progress.beginStep(treatment.verb);
+    treatment.apply(job.input, picture, progress);
+    throwIfCancelled();
+    result.chosen = std::exchange(picture.notes, {});
+    result.seconds.treating = lap();
+
+    progress.beginStep("writing");
+    file = encodePicture(picture, job.format, result.resultDepth, options.quality, progress);
+    // The pixels are freed first: adding metadata needs further copies of the file.
+    picture.raster = Raster(1, 1, 8, 0);
+    metadata.setSize(result.width, result.height);
+    metadata.attach(file, job.format);
+    append(result.notes, metadata.notes());
+  }
+  if (job.toStandardOutput())
+    writeStandardOutput(file);
+  else
+    onOutput(job, [&] { writeFile(job.output, file, options.force); });
+  result.seconds.writing = lap();
+  result.megabytes = peakMegabytes();
+  if (!options.verbose && !options.json) return;
+  result.metadataBefore = Metadata::summary(job.input);
+  result.metadataAfter = Metadata::summary(file);
+}
+
+}  // namespace
+
+JobResult treatPicture(const Job& job, const FileOptions& options, const Treatment& treatment,
+                       const std::function<void(double)>& claim, Progress& progress) {
+  try {
+    throwIfCancelled();
+    JobResult result;
+    run(job, options, treatment, claim, progress, result);
+    return result;
+  } catch (const Cancelled&) {
+    return ended("cancelled");
+  } catch (const FileError& error) {
+    return ended("failed", error.what());
+  } catch (const std::bad_alloc&) {
+    return ended("failed", "not enough memory");
+  }
+}
+
+}  // namespace vx::cli
