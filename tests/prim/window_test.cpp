@@ -22,27 +22,6 @@ TEST(Window, hammingFollowsTheCosineAndIsSymmetric) {
   }
 }
 
-// Rises from both ends in steps of 2 / (n - 1).
-double bartlett(int i, int n) { return 1 - std::abs(2.0 * i / (n - 1) - 1); }
-
-TEST(Window, bartlettIsTheProductOfTwoTriangles) {
-  std::mt19937 rng(11);
-  for (int width : {3, 4, 5, 17, 64, 101})
-    for (int height : {3, 4, 9}) {
-      Plane<float> before(width, height), image(width, height);
-      image = before.draw([&] { return drawValue<float>(rng); });
-      ASSERT_EQ(call(primWinBartlett2D_32f_C1IR, image, image.size()), 0);
-      // Two windows and two products, each rounded; exact at the ends and in the middle.
-      expectNear(
-          image,
-          [&](int x, int y) { return before.at(x, y) * bartlett(x, width) * bartlett(y, height); },
-          0, 4 * 6.0e-8);
-      if (width % 2 == 1 && height % 2 == 1) {
-        EXPECT_EQ(image.at(width / 2, height / 2), before.at(width / 2, height / 2));
-      }
-    }
-}
-
 TEST(Window, refusesWithoutMemory) {
   float v[9] = {};
   const vx::test::Heap noMemory(0, true);
