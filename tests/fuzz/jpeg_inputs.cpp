@@ -1,7 +1,6 @@
 // Spoilt streams of our own encoder.
 
 #include <algorithm>
-#include <iterator>
 
 #include "tests/fuzz/inputs.h"
 #include "tests/jpeg/pictures.h"
