@@ -21,5 +21,5 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/vxicore26.pc DESTINATION ${CMAKE_INSTA
   COMPONENT development)
 
 # Read by people who write a host; the documentation of the Debian package.
-install(FILES tests/install/consumer/consumer.c tests/install/consumer/consumer.cpp
-  tests/install/consumer/CMakeLists.txt DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples COMPONENT development)
+install(FILES examples/c/consumer.c examples/c/consumer.cpp
+  examples/c/CMakeLists.txt DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples COMPONENT development)

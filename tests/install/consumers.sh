@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
-# Builds the consumers in C and C++ against an installation, by pkg-config and by find_package, and runs them.
+# Builds the examples in C and C++ against an installation, by pkg-config and by find_package, and runs them.
 # usage: consumers.sh PREFIX SCRATCH
 # PREFIX is the folder that holds lib/ and include/, wherever it was moved to; / takes what the system finds.
 set -euo pipefail
 prefix=$1 scratch=$2
-here=$(cd "$(dirname "$0")" && pwd)
+examples=$(cd "$(dirname "$0")/../../examples/c" && pwd)
 rm -rf "$scratch"
 mkdir -p "$scratch"
 cmake_arguments=()
@@ -15,9 +15,9 @@ if [ "$prefix" != / ]; then
 fi
 read -r -a flags <<<"$(pkg-config --cflags --libs vxicore26)"
 warnings=(-Wall -Wextra -pedantic -Werror)
-cc -std=c99 "${warnings[@]}" "$here/consumer/consumer.c" "${flags[@]}" -o "$scratch/c99"
-c++ -std=c++17 "${warnings[@]}" "$here/consumer/consumer.cpp" "${flags[@]}" -o "$scratch/cpp17"
-cmake -S "$here/consumer" -B "$scratch/build" "${cmake_arguments[@]}" >/dev/null
+cc -std=c99 "${warnings[@]}" "$examples/consumer.c" "${flags[@]}" -o "$scratch/c99"
+c++ -std=c++17 "${warnings[@]}" "$examples/consumer.cpp" "${flags[@]}" -o "$scratch/cpp17"
+cmake -S "$examples" -B "$scratch/build" "${cmake_arguments[@]}" >/dev/null
 cmake --build "$scratch/build" >/dev/null
 for program in "$scratch"/c99 "$scratch"/cpp17 "$scratch"/build/consumer_c "$scratch"/build/consumer_cpp; do
   "$program" >"$scratch/output" || { echo "$program failed" && cat "$scratch/output" && exit 1; }
