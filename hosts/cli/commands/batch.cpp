@@ -143,6 +143,7 @@ int severalAtATime(const std::vector<Job>& jobs, int workers, const FileOptions&
   };
   pool.idle = [&](std::size_t finished) { progress.say(teller.position(finished)); };
   runPool(pool);
+  progress.clear();
   double all = 0;
   for (const auto& [process, peak] : megabytes) all += peak;
   const int code = teller.end(all);
