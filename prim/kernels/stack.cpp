@@ -75,8 +75,15 @@ int filledRows(int n, int depth) {
   return (rows + RowLanes::kLanes - 1) / RowLanes::kLanes * RowLanes::kLanes;
 }
 
+// Where the rows lie between the transforms along y and z: (ky - 1) * ky + z * z, and those of the
+// first and the last ky at z * ends.
+struct Places {
+  float *re, *im, *first, *last;
+  int ky, z, ends;
+};
+
 template <int n>
-void alongY(const float* const* blocks, int step, int depth, Spectrum& s) {
+void alongY(const float* const* blocks, int step, int depth, const Places& p) {
   for (int z = 0; z < depth; ++z)
     acrossRow(
         n, VX_ACROSS {
@@ -84,29 +91,29 @@ void alongY(const float* const* blocks, int step, int depth, Spectrum& s) {
           const float* block = blocks[z] + x;
           unrolled<n>(VX_UNROLLED { samples[k] = L::load(row(block, step, k)); });
           realDft<n>(samples, re, im);
-          const int at = z * n + x;
-          L::store(s.first + at, re[0]);
-          L::store(s.last + at, re[n / 2]);
+          L::store(p.first + z * p.ends + x, re[0]);
+          L::store(p.last + z * p.ends + x, re[n / 2]);
           unrolled<n / 2 - 1>(VX_UNROLLED {
-            L::store(s.re + k * depth * n + at, re[k + 1]);
-            L::store(s.im + k * depth * n + at, im[k + 1]);
+            const int at = k * p.ky + z * p.z + x;
+            L::store(p.re + at, re[k + 1]);
+            L::store(p.im + at, im[k + 1]);
           });
         });
 }
 
 template <int n>
-void backAlongY(const Spectrum& s, int depth, float* dst) {
+void backAlongY(const Places& p, int depth, float* dst) {
   const float scale = 1.0f / static_cast<float>(n * n * depth);
   for (int z = 0; z < depth; ++z)
     acrossRow(
         n, VX_ACROSS {
           typename L::V samples[n], re[n / 2 + 1], im[n / 2 + 1];
-          const int at = z * n + x;
-          re[0] = L::load(s.first + at);
-          re[n / 2] = L::load(s.last + at);
+          re[0] = L::load(p.first + z * p.ends + x);
+          re[n / 2] = L::load(p.last + z * p.ends + x);
           unrolled<n / 2 - 1>(VX_UNROLLED {
-            re[k + 1] = L::load(s.re + k * depth * n + at);
-            im[k + 1] = L::load(s.im + k * depth * n + at);
+            const int at = k * p.ky + z * p.z + x;
+            re[k + 1] = L::load(p.re + at);
+            im[k + 1] = L::load(p.im + at);
           });
           realInverse<n>(re, im, samples);
           float* block = dst + z * n * n + x;
@@ -232,14 +239,13 @@ VX_STACK typename L::V firstLanes(int count) {
   return L::load(kOnes + kChunk - ones);
 }
 
-// The vector of rows from r on: transforms them along x, weighs, applies the weights and goes back.
-// Adds the sums of the weights of each row: those of kx = 0 and n / 2 count twice, since a complex
-// row stands for its mirror image too.
+// A vector of rows from r on, by columns: transforms them along x, weighs, applies the weights and
+// goes back. Adds the sums of the weights of each row: those of kx = 0 and n / 2 count twice, since
+// a complex row stands for its mirror image too.
 template <class L, int n, Weights kKind, bool kApply>
-void weighRows(int r, int rows, const StackRule& rule, float* weights, float* sums, Spectrum& s) {
-  typename L::V re[n], im[n], w[n];
-  loadColumns<L, n>(s.re + r * n, re);
-  loadColumns<L, n>(s.im + r * n, im);
+VX_STACK void weighColumns(typename L::V* re, typename L::V* im, int r, int rows,
+                           const StackRule& rule, float* weights, float* sums) {
+  typename L::V w[n];
   dft<n>(re, im);
   float* at = weights + r / kChunk * kChunk * n + r % kChunk;
   if constexpr (kKind == Weights::given) {
@@ -260,29 +266,31 @@ void weighRows(int r, int rows, const StackRule& rule, float* weights, float* su
       im[k] = im[k] * w[k];
     });
     dft<n>(im, re);
+  }
+}
+
+template <class L, int n, Weights kKind, bool kApply>
+void weighRows(int r, int rows, const StackRule& rule, float* weights, float* sums, Spectrum& s) {
+  typename L::V re[n], im[n];
+  loadColumns<L, n>(s.re + r * n, re);
+  loadColumns<L, n>(s.im + r * n, im);
+  weighColumns<L, n, kKind, kApply>(re, im, r, rows, rule, weights, sums);
+  if constexpr (kApply) {
     storeColumns<L, n>(re, s.re + r * n);
     storeColumns<L, n>(im, s.im + r * n);
   }
 }
 
-// All of along x. Returns the sum of the weights, of rows by their places modulo 16 first.
+// The real rows. Returns the sum of their weights.
 template <int n, Weights kKind, bool kApply>
-float alongX(int depth, const StackRule& rule, float* weights, Spectrum& s) {
+float weighEnds(int depth, const StackRule& rule, float* weights, float* rows) {
   constexpr bool kWiener = kKind == Weights::wiener;
-  const int rows = complexRows(n, depth);
-  alignas(64) float sums[kChunk] = {};
-  if (rows <= FewLanes::kLanes)
-    weighRows<FewLanes, n, kKind, kApply>(0, rows, rule, weights, sums, s);
-  else
-    for (int r = 0; r < rows; r += RowLanes::kLanes)
-      weighRows<RowLanes, n, kKind, kApply>(r, rows, rule, weights, sums, s);
-
   float* ends = weights + stackWeights(n, depth) - 4 * (n / 2 + 1);
-  float realSums[4] = {};
+  float sums[4] = {};
   for (int r = 0; r < 4; r += QuadLanes::kLanes) {
     using L = QuadLanes;
     typename L::V samples[n], re[n / 2 + 1], im[n / 2 + 1];
-    loadColumns<L, n>(s.real + r * n, samples);
+    loadColumns<L, n>(rows + r * n, samples);
     realDft<n>(samples, re, im);
     im[0] = im[n / 2] = L::set(0.0f);
     auto sum = L::set(0.0f);
@@ -299,15 +307,33 @@ float alongX(int depth, const StackRule& rule, float* weights, Spectrum& s) {
       re[k] = re[k] * w;
       im[k] = im[k] * w;
     });
-    L::store(realSums + r, sum * firstLanes<L>((depth == 1 ? 2 : 4) - r));
+    L::store(sums + r, sum * firstLanes<L>((depth == 1 ? 2 : 4) - r));
     if constexpr (kApply) {
       realInverse<n>(re, im, samples);
-      storeColumns<L, n>(samples, s.real + r * n);
+      storeColumns<L, n>(samples, rows + r * n);
     }
   }
+  return (sums[0] + sums[1]) + (sums[2] + sums[3]);
+}
+
+// Of the rows by their places modulo 16, and of the real ones.
+float sumOf(float* sums, float ends) {
   for (int half = kChunk / 2; half > 0; half /= 2)
     for (int i = 0; i < half; ++i) sums[i] += sums[i + half];
-  return sums[0] + ((realSums[0] + realSums[1]) + (realSums[2] + realSums[3]));
+  return sums[0] + ends;
+}
+
+// Returns the sum of the weights.
+template <int n, Weights kKind, bool kApply>
+float alongX(int depth, const StackRule& rule, float* weights, Spectrum& s) {
+  const int rows = complexRows(n, depth);
+  alignas(64) float sums[kChunk] = {};
+  if (rows <= FewLanes::kLanes)
+    weighRows<FewLanes, n, kKind, kApply>(0, rows, rule, weights, sums, s);
+  else
+    for (int r = 0; r < rows; r += RowLanes::kLanes)
+      weighRows<RowLanes, n, kKind, kApply>(r, rows, rule, weights, sums, s);
+  return sumOf(sums, weighEnds<n, kKind, kApply>(depth, rule, weights, s.real));
 }
 
 void alongZ(int n, int depth, Spectrum& s) {
@@ -344,25 +370,129 @@ void backAlongZ(int n, int depth, Spectrum& s) {
   }
 }
 
+#if defined(VX_LANES8)
+
+// The stack of 8 blocks of 8, which most are, takes a shorter way: between the transforms along y
+// its rows stay in registers. A vector holds the same z of one ky, or of two:
+//
+//     [ky = 1 | ky = 2]  and  [ky = 3 | first + i * last]
+//
+// where the last part, once it has been transformed along z, makes room for the rows that it stands
+// for: kz = 1, 2, 3 of the first, then of the last. Rows and sums are those of alongX().
+template <class L, Weights kKind, bool kApply>
+VX_STACK float weighEightRows(int g, const StackRule& rule, float* weights, float* sums,
+                              Spectrum& s) {
+  using V = typename L::V;
+  constexpr int n = 8, kPitch = n * n / 2;
+  const bool hasEnds = (g + 1) * L::kLanes == kPitch;
+  float* reRows = s.re + g * L::kLanes;
+  float* imRows = s.im + g * L::kLanes;
+  V re[n], im[n];
+  unrolled<n>(VX_UNROLLED {
+    re[k] = L::load(reRows + k * kPitch);
+    im[k] = L::load(imRows + k * kPitch);
+  });
+  dft<n>(re, im);
+  float endsSum = 0.0f;
+  if (hasEnds) {
+    L::storeLast(s.real, re[0]);
+    L::storeLast(s.real + n, im[0]);
+    L::storeLast(s.real + 2 * n, re[n / 2]);
+    L::storeLast(s.real + 3 * n, im[n / 2]);
+    V fRe[3], fIm[3], hRe[3], hIm[3];
+    unrolled<3>(VX_UNROLLED {
+      fRe[k] = (re[k + 1] + re[7 - k]) * 0.5f;
+      fIm[k] = (im[k + 1] - im[7 - k]) * 0.5f;
+      hRe[k] = (im[k + 1] + im[7 - k]) * 0.5f;
+      hIm[k] = (re[7 - k] - re[k + 1]) * 0.5f;
+    });
+    unrolled<3>(VX_UNROLLED {
+      re[k] = L::withLast(re[k], fRe[k]);
+      im[k] = L::withLast(im[k], fIm[k]);
+      re[k + 3] = L::withLast(re[k + 3], hRe[k]);
+      im[k + 3] = L::withLast(im[k + 3], hIm[k]);
+    });
+    unrolled<2>(VX_UNROLLED {
+      re[k + 6] = L::withLast(re[k + 6], L::set(0.0f));
+      im[k + 6] = L::withLast(im[k + 6], L::set(0.0f));
+    });
+    endsSum = weighEnds<n, kKind, kApply>(n, rule, weights, s.real);
+  }
+  turnEights<L>(re);
+  turnEights<L>(im);
+  weighColumns<L, n, kKind, kApply>(re, im, g * L::kLanes, complexRows(n, n), rule, weights, sums);
+  if constexpr (kApply) {
+    turnEights<L>(re);
+    turnEights<L>(im);
+    if (hasEnds) {
+      V fRe[3], fIm[3], hRe[3], hIm[3];
+      unrolled<3>(VX_UNROLLED {
+        fRe[k] = re[k];
+        fIm[k] = im[k];
+        hRe[k] = re[k + 3];
+        hIm[k] = im[k + 3];
+      });
+      re[0] = L::withLast(re[0], L::loadLast(s.real));
+      im[0] = L::withLast(im[0], L::loadLast(s.real + n));
+      re[n / 2] = L::withLast(re[n / 2], L::loadLast(s.real + 2 * n));
+      im[n / 2] = L::withLast(im[n / 2], L::loadLast(s.real + 3 * n));
+      unrolled<3>(VX_UNROLLED {
+        re[k + 1] = L::withLast(re[k + 1], fRe[k] - hIm[k]);
+        im[k + 1] = L::withLast(im[k + 1], fIm[k] + hRe[k]);
+        re[7 - k] = L::withLast(re[7 - k], fRe[k] + hIm[k]);
+        im[7 - k] = L::withLast(im[7 - k], hRe[k] - fIm[k]);
+      });
+    }
+    dft<n>(im, re);
+    unrolled<n>(VX_UNROLLED {
+      L::store(reRows + k * kPitch, re[k]);
+      L::store(imRows + k * kPitch, im[k]);
+    });
+  }
+  return endsSum;
+}
+
+template <Weights kKind, bool kApply>
+float weighEight(const StackRule& rule, float* weights, Spectrum& s) {
+  alignas(64) float sums[kChunk] = {};
+  float ends = 0.0f;
+  for (int g = 0; g < 32 / RowLanes::kLanes; ++g)
+    ends = weighEightRows<RowLanes, kKind, kApply>(g, rule, weights, sums, s);
+  return sumOf(sums, ends);
+}
+
+#endif
+
+template <int n, Weights kKind, bool kApply>
+float weighStack(int depth, const StackRule& rule, float* weights, Spectrum& s) {
+#if defined(VX_LANES8)
+  if (n == 8 && depth == 8) return weighEight<kKind, kApply>(rule, weights, s);
+#endif
+  alongZ(n, depth, s);
+  const float sum = alongX<n, kKind, kApply>(depth, rule, weights, s);
+  if (kApply) backAlongZ(n, depth, s);
+  return sum;
+}
+
 template <int n>
 float runStack(const float* const* blocks, int step, int depth, const StackRule* rule,
                float* weights, float* dst) {
   Spectrum s;
-  alongY<n>(blocks, step, depth, s);
-  alongZ(n, depth, s);
+  Places p = {s.re, s.im, s.first, s.last, depth * n, n, n};
+#if defined(VX_LANES8)
+  if (n == 8 && depth == 8) p = {s.re, s.im, s.re + 3 * n, s.im + 3 * n, n, 4 * n, 4 * n};
+#endif
+  alongY<n>(blocks, step, depth, p);
   float sum = 0.0f;
   if (rule == nullptr)
-    alongX<n, Weights::given, true>(depth, {}, weights, s);
+    weighStack<n, Weights::given, true>(depth, {}, weights, s);
   else if (rule->wiener)
-    sum = dst == nullptr ? alongX<n, Weights::wiener, false>(depth, *rule, weights, s)
-                         : alongX<n, Weights::wiener, true>(depth, *rule, weights, s);
+    sum = dst == nullptr ? weighStack<n, Weights::wiener, false>(depth, *rule, weights, s)
+                         : weighStack<n, Weights::wiener, true>(depth, *rule, weights, s);
   else
-    sum = dst == nullptr ? alongX<n, Weights::threshold, false>(depth, *rule, weights, s)
-                         : alongX<n, Weights::threshold, true>(depth, *rule, weights, s);
-  if (dst != nullptr) {
-    backAlongZ(n, depth, s);
-    backAlongY<n>(s, depth, dst);
-  }
+    sum = dst == nullptr ? weighStack<n, Weights::threshold, false>(depth, *rule, weights, s)
+                         : weighStack<n, Weights::threshold, true>(depth, *rule, weights, s);
+  if (dst != nullptr) backAlongY<n>(p, depth, dst);
   return sum;
 }
 

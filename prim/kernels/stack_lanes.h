@@ -65,6 +65,11 @@ struct Lanes8 {
   VX_LANES V highPairs(V a, V b) { return _mm256_unpackhi_ps(a, b); }
   VX_LANES V lowHalves(V a, V b) { return _mm256_shuffle_ps(a, b, 0x44); }
   VX_LANES V highHalves(V a, V b) { return _mm256_shuffle_ps(a, b, 0xEE); }
+  VX_LANES V lowFours(V a, V b) { return _mm256_permute2f128_ps(a, b, 0x20); }
+  VX_LANES V highFours(V a, V b) { return _mm256_permute2f128_ps(a, b, 0x31); }
+  VX_LANES V withLast(V, V b) { return b; }
+  VX_LANES V loadLast(const float* p) { return load(p); }
+  VX_LANES void storeLast(float* p, V v) { store(p, v); }
 };
 #define VX_LANES8
 
@@ -93,6 +98,19 @@ struct Lanes16 {
   VX_LANES V highPairs(V a, V b) { return _mm512_unpackhi_ps(a, b); }
   VX_LANES V lowHalves(V a, V b) { return _mm512_shuffle_ps(a, b, 0x44); }
   VX_LANES V highHalves(V a, V b) { return _mm512_shuffle_ps(a, b, 0xEE); }
+  VX_LANES V lowFours(V a, V b) {
+    const __m512i places =
+        _mm512_setr_epi32(0, 1, 2, 3, 16, 17, 18, 19, 8, 9, 10, 11, 24, 25, 26, 27);
+    return _mm512_permutex2var_ps(a, places, b);
+  }
+  VX_LANES V highFours(V a, V b) {
+    const __m512i places =
+        _mm512_setr_epi32(4, 5, 6, 7, 20, 21, 22, 23, 12, 13, 14, 15, 28, 29, 30, 31);
+    return _mm512_permutex2var_ps(a, places, b);
+  }
+  VX_LANES V withLast(V a, V b) { return _mm512_mask_mov_ps(a, 0xFF00, b); }
+  VX_LANES V loadLast(const float* p) { return _mm512_broadcast_f32x8(Lanes8::load(p)); }
+  VX_LANES void storeLast(float* p, V v) { Lanes8::store(p, _mm512_extractf32x8_ps(v, 1)); }
 };
 
 #endif
@@ -136,6 +154,30 @@ VX_STACK void storeColumns(const typename L::V* columns, float* rows) {
     });
   }
 }
+
+#if defined(VX_LANES8)
+
+// Exchanges rows and columns of 8 rows, in each group of 8 lanes.
+template <class L>
+VX_STACK void turnEights(typename L::V* v) {
+  typename L::V pairs[8], fours[8];
+  unrolled<4>(VX_UNROLLED {
+    pairs[2 * k] = L::lowPairs(v[2 * k], v[2 * k + 1]);
+    pairs[2 * k + 1] = L::highPairs(v[2 * k], v[2 * k + 1]);
+  });
+  unrolled<2>(VX_UNROLLED {
+    fours[4 * k] = L::lowHalves(pairs[4 * k], pairs[4 * k + 2]);
+    fours[4 * k + 1] = L::highHalves(pairs[4 * k], pairs[4 * k + 2]);
+    fours[4 * k + 2] = L::lowHalves(pairs[4 * k + 1], pairs[4 * k + 3]);
+    fours[4 * k + 3] = L::highHalves(pairs[4 * k + 1], pairs[4 * k + 3]);
+  });
+  unrolled<4>(VX_UNROLLED {
+    v[k] = L::lowFours(fours[k], fours[k + 4]);
+    v[k + 4] = L::highFours(fours[k], fours[k + 4]);
+  });
+}
+
+#endif
 
 }  // namespace
 }  // namespace vx::prim::VX_VARIANT
