@@ -153,7 +153,6 @@ void blockParts(benchmark::State& state) {
   Part quantising, searching, choice, stack, aggregation;
   double depths = 0.0;
   int strips = 0, blocks = 0;
-  StackMatches matches;
   const int margin = (g.searchSize - g.blockSize - g.blockStep) / 2;
   for (auto _ : state)
     for (int y = 0; y + g.searchSize <= kSize; y += 2 * g.blockStep, ++strips) {
@@ -165,14 +164,15 @@ void blockParts(benchmark::State& state) {
         for (int visit = 0; visit < 4; ++visit, ++blocks) {
           const std::size_t j = static_cast<std::size_t>(visit % 2);
           area.x = x + visit / 2 * g.blockStep;
-          int count = 0;
+          FilteredStacks::Stack& filtered = stacks.replaceOldest(pair.x, pair.y[j]);
           choice.time([&] {
-            count = selectStack(maps[j], area, pair.x, pair.y[j], g.blockSize, rule, matches);
+            filtered.depth = stackDepth(
+                selectStack(maps[j], area, pair.x, pair.y[j], g.blockSize, rule, filtered.matches));
           });
-          FilteredStacks::Stack& filtered = stacks.replaceOldest(matches, stackDepth(count));
           stack.time([&] {
-            stackFilter.filter(guide, {}, &guide, 1, matches, filtered.depth, settings.settings,
-                               filtered.blockWeight, filtered.blocks, stacks.planeFloats());
+            stackFilter.filter(guide, {}, &guide, 1, filtered.matches, filtered.depth,
+                               settings.settings, filtered.blockWeight, filtered.blocks,
+                               stacks.planeFloats());
           });
           aggregation.time([&] { sums.add(g.blockSize, filtered, stacks.planeFloats()); });
           depths += filtered.depth;

@@ -161,32 +161,26 @@ TEST(NonLocal, stacksHavePlacesInThePlane) {
   EXPECT_TRUE(m.x[1] == 112 && m.y[1] == 212);
 }
 
-// Of two choices for a block the first one has not seen what the second one has; a lone block is
-// told apart by the one that it was refused.
+// Of two choices for a block the first one has not seen what the second one has.
 TEST(NonLocal, aBlockIsKnownByItsLastChoice) {
-  StackMatches seesFar{};
-  seesFar.x[0] = seesFar.y[0] = 30;
-  seesFar.leftmost = 20;
-  seesFar.bound = 100;
-  StackMatches seesNear = seesFar, another = seesFar;
-  seesNear.leftmost = 10;
-  another.x[1] = 10;
-  another.leftmost = 10;
-  for (const bool sameBlocks : {true, false}) {
-    FilteredStacks stacks;
-    ASSERT_TRUE(stacks.reserve(8, 8, 1));
-    stacks.replaceOldest(seesFar, sameBlocks ? 2 : 1);
-    EXPECT_NE(stacks.sameChoice(30, 30, 15, 101), nullptr);
-    EXPECT_EQ(stacks.sameChoice(30, 30, 15, 100), nullptr);
-    EXPECT_EQ(stacks.sameChoice(30, 30, 21, 101), nullptr);
-    EXPECT_EQ(stacks.sameBlocks(another, sameBlocks ? 2 : 1), nullptr);
-    if (sameBlocks)
-      EXPECT_NE(stacks.sameBlocks(seesNear, 2), nullptr);
-    else
-      stacks.replaceOldest(another, 1);
-    EXPECT_EQ(stacks.sameChoice(30, 30, 15, 101), nullptr);
-    EXPECT_NE(stacks.sameChoice(30, 30, 10, 101), nullptr);
-  }
+  FilteredStacks stacks;
+  ASSERT_TRUE(stacks.reserve(8, 8, 1));
+  const auto choose = [&](int leftmost) {
+    FilteredStacks::Stack& stack = stacks.replaceOldest(30, 30);
+    stack.depth = 1;
+    stack.matches.x[0] = stack.matches.y[0] = 30;
+    stack.matches.leftmost = leftmost;
+    stack.matches.bound = 100;
+  };
+  EXPECT_EQ(stacks.sameChoice(30, 30, 15, 101), nullptr);
+  choose(20);
+  EXPECT_NE(stacks.sameChoice(30, 30, 15, 101), nullptr);
+  EXPECT_EQ(stacks.sameChoice(30, 30, 15, 100), nullptr);
+  EXPECT_EQ(stacks.sameChoice(30, 30, 21, 101), nullptr);
+  EXPECT_EQ(stacks.sameChoice(30, 31, 15, 101), nullptr);
+  choose(10);
+  EXPECT_EQ(stacks.sameChoice(30, 30, 15, 101), nullptr);
+  EXPECT_NE(stacks.sameChoice(30, 30, 10, 101), nullptr);
 }
 
 // A filter of blocks of 8, its planes, and the slow evaluation of the same pass.

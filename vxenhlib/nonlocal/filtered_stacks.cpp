@@ -1,7 +1,5 @@
 #include "vxenhlib/nonlocal/filtered_stacks.h"
 
-#include <algorithm>
-
 namespace vx {
 
 bool FilteredStacks::reserve(int blockSize, int depth, int planes) {
@@ -20,17 +18,6 @@ bool FilteredStacks::reserve(int blockSize, int depth, int planes) {
   return true;
 }
 
-const FilteredStacks::Stack* FilteredStacks::sameBlocks(const StackMatches& matches, int depth) {
-  const int compared = std::max(depth, 2);  // the second one tells the local noise
-  for (Stack& stack : stacks_)
-    if (stack.depth == depth && std::equal(matches.x, matches.x + compared, stack.matches.x) &&
-        std::equal(matches.y, matches.y + compared, stack.matches.y)) {
-      stack.matches = matches;
-      return &stack;
-    }
-  return nullptr;
-}
-
 const FilteredStacks::Stack* FilteredStacks::sameChoice(int x, int y, int leftmost,
                                                         std::int32_t leastNew) const {
   for (const Stack& stack : stacks_) {
@@ -41,14 +28,11 @@ const FilteredStacks::Stack* FilteredStacks::sameChoice(int x, int y, int leftmo
   return nullptr;
 }
 
-FilteredStacks::Stack& FilteredStacks::replaceOldest(const StackMatches& matches, int depth) {
+FilteredStacks::Stack& FilteredStacks::replaceOldest(int x, int y) {
   for (Stack& other : stacks_)
-    if (other.depth > 0 && other.matches.x[0] == matches.x[0] && other.matches.y[0] == matches.y[0])
-      other.depth = 0;
+    if (other.depth > 0 && other.matches.x[0] == x && other.matches.y[0] == y) other.depth = 0;
   Stack& stack = stacks_[oldest_];
   oldest_ = (oldest_ + 1) % kKept;
-  stack.depth = depth;
-  stack.matches = matches;
   return stack;
 }
 

@@ -24,20 +24,17 @@ class FilteredStacks {
   bool reserve(int blockSize, int depth, int planes);
   std::ptrdiff_t planeFloats() const { return planeFloats_; }
 
-  /// The stack of these blocks, with the same second match, from now on known by this choice of
-  /// them; null when it is not there.
-  const Stack* sameBlocks(const StackMatches& matches, int depth);
-
   /// The stack chosen last for the block at (x, y), where the choice from an area that begins at
   /// column `leftmost`, with new positions that cost `leastNew` or more, is the same; else null.
   const Stack* sameChoice(int x, int y, int leftmost, std::int32_t leastNew) const;
 
-  /// The oldest stack, to be replaced by the one of these blocks. An earlier choice for the same
-  /// block is forgotten: it has not seen what this one has.
-  Stack& replaceOldest(const StackMatches& matches, int depth);
+  /// The oldest stack, to be replaced by a new one for the block at (x, y). An earlier choice for
+  /// the same block is forgotten: it has not seen what this one has.
+  Stack& replaceOldest(int x, int y);
 
  private:
-  // A group of blocks asks for two stacks of the group before it, having replaced two at most.
+  // A group of blocks asks for two stacks of the group before it: the one before the last of that
+  // group, and the last, each after two more at most.
   static constexpr int kKept = 4;
 
   Stack stacks_[kKept];

@@ -140,17 +140,12 @@ void CNLImDnCn::deleteContext(void* context) { delete static_cast<Context*>(cont
 
 int CNLImDnCn::TFdoABlock(void* context, int x, int y, const SearchArea& area, const CostMap& map) {
   Context& c = *static_cast<Context*>(context);
-  StackMatches matches;
-  const int depth = stackDepth(selectStack(map, area, x, y, blockWidth, c.rule, matches));
-  const FilteredStacks::Stack* stack = c.stacks.sameBlocks(matches, depth);
-  if (stack == nullptr) {
-    FilteredStacks::Stack& fresh = c.stacks.replaceOldest(matches, depth);
-    c.filter.filter(PlaneView(*source), pilot != nullptr ? PlaneView(*pilot) : PlaneView(),
-                    c.planes, planeCount, fresh.matches, depth, settings, fresh.blockWeight,
-                    fresh.blocks, c.stacks.planeFloats());
-    stack = &fresh;
-  }
-  c.sums.add(blockWidth, *stack, c.stacks.planeFloats());
+  FilteredStacks::Stack& stack = c.stacks.replaceOldest(x, y);
+  stack.depth = stackDepth(selectStack(map, area, x, y, blockWidth, c.rule, stack.matches));
+  c.filter.filter(PlaneView(*source), pilot != nullptr ? PlaneView(*pilot) : PlaneView(), c.planes,
+                  planeCount, stack.matches, stack.depth, settings, stack.blockWeight, stack.blocks,
+                  c.stacks.planeFloats());
+  c.sums.add(blockWidth, stack, c.stacks.planeFloats());
   return kVxrcOk;
 }
 
