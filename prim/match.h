@@ -20,6 +20,12 @@ namespace vx::prim {
 /// Bits of a position v * lanes + u.
 constexpr int matchPositionBits(int lanes) { return lanes == 32 ? 10 : lanes == 48 ? 11 : 12; }
 
+/// Row v of such a position, by divisors that the compiler knows.
+constexpr int matchRow(int position, int lanes) {
+  const auto p = static_cast<unsigned>(position);
+  return static_cast<int>(lanes == 32 ? p / 32 : lanes == 48 ? p / 48 : p / 64);
+}
+
 /// Whether the processor has dot products of words in vectors of 512 bits; the bodies of that level
 /// use them then. Chosen with the processor's body.
 extern bool primDotProducts;

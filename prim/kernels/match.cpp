@@ -7,7 +7,7 @@ constexpr std::int32_t kNothing = INT32_MAX;
 
 bool badMap(int rows, int lanes) {
   return (lanes != 32 && lanes != 48 && lanes != 64) || rows < 1 ||
-         rows > (1 << matchPositionBits(lanes)) / lanes;
+         std::int64_t{rows} * lanes > 1 << matchPositionBits(lanes);
 }
 
 bool badColumns(int first, int across, int lanes) {
@@ -57,125 +57,153 @@ int select(const std::int32_t* costs, const MatchWindow& w, int* picks, std::int
 
 #else
 
-// Works on keys, min(cost, most) and the position below it in one number: the smallest key tells
-// cost and place at once. Keeps the least keys of groups of rows, lane by lane, and of all groups:
-// after a square is blanked only the vectors that it meets are looked at again.
+// The keys of the positions that are left, min(cost, most) and the position below it in one number:
+// the smallest key tells cost and place at once. Beside them the least keys of groups of rows, lane
+// by lane: after a square is blanked only the vectors that it meets are looked at again.
+template <int kVectors>
+struct Keys {
+  static constexpr int kGroup = 5, kLanes = kVectors * kInts, kBits = matchPositionBits(kLanes);
+  static constexpr int kGroups = ((1 << kBits) / kLanes + kGroup - 1) / kGroup;
+
+  alignas(64) std::int32_t keys[kGroups * kGroup * kLanes];
+  alignas(64) std::int32_t least[kGroups * kLanes];
+  // From kLanes - u on: ones in the lanes near lane u.
+  alignas(64) std::int32_t near[2 * kLanes];
+};
+
+// The settings are members of their own, apart from what is written: they stay in registers.
 template <int kVectors>
 class Chooser {
+  using K = Keys<kVectors>;
+
  public:
-  Chooser(const std::int32_t* costs, const MatchWindow& window) : costs_(costs), w_(window) {
-    const Ints most = setInts(matchMostCost(kLanes) + 1);
-    groups_ = (w_.rows + kGroup - 1) / kGroup;
+  [[gnu::always_inline]] Chooser(const std::int32_t* costs, const MatchWindow& w, K& scratch)
+      : rows_(w.rows),
+        groups_((w.rows + K::kGroup - 1) / K::kGroup),
+        exclusionX_(w.exclusionX),
+        exclusionY_(w.exclusionY),
+        s_(scratch) {
+    for (int i = 0; i < 2 * K::kLanes; i += kInts) {
+      const Ints lane = laneNumbers(i - K::kLanes);
+      storeInts(s_.near + i, ((lane >= -exclusionX_) & (lane <= exclusionX_)) & kNothing);
+    }
+    const Ints most = setInts(matchMostCost(K::kLanes) + 1);
     for (int z = 0; z < kVectors; ++z) {
-      const Ints blank = outside(z) & kNothing;
       Ints position = laneNumbers(z * kInts);
-      Ints all = setInts(kNothing);
-      int v = 0;
-      for (int g = 0; g < groups_; ++g) {
-        Ints least = setInts(kNothing);
-        for (const int end = v + kGroup < w_.rows ? v + kGroup : w_.rows; v < end; ++v) {
-          const Ints cost = loadInts(costs + v * kLanes + z * kInts);
-          const Ints key = (((smaller(cost, most) << kBits) | position) | blank) & kNothing;
-          storeInts(keys_ + v * kLanes + z * kInts, key);
-          least = smaller(least, key);
-          position = position + kLanes;
-        }
-        storeInts(least_ + g * kLanes + z * kInts, least);
-        all = smaller(all, least);
+      const Ints outside = ((position < w.first) | (position >= w.first + w.across)) & kNothing;
+      const std::int32_t* from = costs + z * kInts;
+      const auto next = [&] {
+        const Ints key =
+            (((smaller(loadInts(from), most) << K::kBits) | position) | outside) & kNothing;
+        position = position + K::kLanes;
+        from += K::kLanes;
+        return key;
+      };
+      Ints row[K::kGroup];
+      int g = 0;
+      for (; g < rows_ / K::kGroup; ++g) {
+        for (Ints& key : row) key = next();
+        put(g, z, row);
       }
-      for (; v < groups_ * kGroup; ++v)
-        storeInts(keys_ + v * kLanes + z * kInts, setInts(kNothing));
-      storeInts(all_ + z * kInts, all);
+      if (g == groups_) continue;
+      for (int k = 0; k < K::kGroup; ++k)
+        row[k] = g * K::kGroup + k < rows_ ? next() : setInts(kNothing);
+      put(g, z, row);
     }
-  }
-
-  int run(int* picks, std::int32_t* last) {
-    int at = w_.ownRow * kLanes + w_.ownLane;
-    picks[0] = at;
-    *last = 0;
-    for (int count = 1; count < w_.limit; ++count) {
-      blank(at % kLanes, at / kLanes);
-      const std::int32_t key = least();
-      const std::int32_t cost = key >> kBits;
-      if (cost > w_.most) {
-        if (count == 1) findRefused(picks + 1, last);
-        return count;
-      }
-      at = key & ((1 << kBits) - 1);
-      picks[count] = at;
-      *last = cost;
-    }
-    return w_.limit;
-  }
-
- private:
-  static constexpr int kGroup = 5, kLanes = kVectors * kInts, kBits = matchPositionBits(kLanes);
-  static constexpr int kMostGroups = ((1 << kBits) / kLanes + kGroup - 1) / kGroup;
-
-  Ints outside(int z) const {
-    const Ints lane = laneNumbers(z * kInts);
-    return (lane < w_.first) | (lane >= w_.first + w_.across);
-  }
-  Ints square(int z, int u) const {
-    const Ints lane = laneNumbers(z * kInts);
-    return (lane >= u - w_.exclusionX) & (lane <= u + w_.exclusionX);
   }
 
   // Keys are not negative: ones in all bits but the sign make the largest number of them.
-  void blank(int u, int v) {
-    const int left = u - w_.exclusionX, right = u + w_.exclusionX;
-    const int top = v - w_.exclusionY < 0 ? 0 : v - w_.exclusionY;
-    const int bottom = v + w_.exclusionY >= w_.rows ? w_.rows - 1 : v + w_.exclusionY;
-    const int end = right / kInts < kVectors ? right / kInts + 1 : kVectors;
-    for (int z = left < 0 ? 0 : left / kInts; z < end; ++z) {
-      const Ints ones = square(z, u) & kNothing;
-      std::int32_t* keys = keys_ + z * kInts;
-      std::int32_t* least = least_ + z * kInts;
+  [[gnu::always_inline]] void blank(int at) {
+    const int v = matchRow(at, K::kLanes), u = at - v * K::kLanes;
+    const int top = v < exclusionY_ ? 0 : v - exclusionY_;
+    const int bottom = v + exclusionY_ < rows_ ? v + exclusionY_ : rows_ - 1;
+    // Two vectors even where one would do: the processor foresees what is always the same.
+    const int left = u < exclusionX_ ? 0 : (u - exclusionX_) / kInts;
+    const int right = (u + exclusionX_) / kInts;
+    const int first = left < kVectors - 2 ? left : kVectors - 2;
+    const int end = right >= kVectors ? kVectors : right > first + 1 ? right + 1 : first + 2;
+    const std::int32_t* near = s_.near + K::kLanes - u;
+    for (int z = first; z < end; ++z) {
+      const Ints ones = loadInts(near + z * kInts);
+      std::int32_t* keys = s_.keys + z * kInts;
       for (int y = top; y <= bottom; ++y)
-        storeInts(keys + y * kLanes, loadInts(keys + y * kLanes) | ones);
-      for (int g = top / kGroup; g <= bottom / kGroup; ++g) {
-        const std::int32_t* row = keys + g * kGroup * kLanes;
-        Ints group = loadInts(row);
-        for (int k = 1; k < kGroup; ++k) group = smaller(group, loadInts(row + k * kLanes));
-        storeInts(least + g * kLanes, group);
-      }
-      Ints all = loadInts(least);
-      for (int g = 1; g < groups_; ++g) all = smaller(all, loadInts(least + g * kLanes));
-      storeInts(all_ + z * kInts, all);
+        storeInts(keys + y * K::kLanes, loadInts(keys + y * K::kLanes) | ones);
     }
-  }
-
-  std::int32_t least() const {
-    Ints least = loadInts(all_);
-    for (int z = 1; z < kVectors; ++z) least = smaller(least, loadInts(all_ + z * kInts));
-    return leastLane(least);
-  }
-
-  // The best of the positions outside the block's own square, by their whole costs.
-  void findRefused(int* pick, std::int32_t* cost) const {
-    Ints best = setInts(kNothing), place = setInts(w_.first);
-    for (int v = 0; v < w_.rows; ++v) {
-      const bool near = v >= w_.ownRow - w_.exclusionY && v <= w_.ownRow + w_.exclusionY;
-      for (int z = 0; z < kVectors; ++z) {
-        const Ints off = near ? outside(z) | square(z, w_.ownLane) : outside(z);
-        const Ints c = off != 0 ? setInts(kNothing) : loadInts(costs_ + v * kLanes + z * kInts);
-        const Ints better = c < best;
-        best = better ? c : best;
-        place = better ? laneNumbers(v * kLanes + z * kInts) : place;
+    for (int g = top / K::kGroup; g <= bottom / K::kGroup; ++g)
+      for (int z = first; z < end; ++z) {
+        const std::int32_t* keys = s_.keys + g * K::kGroup * K::kLanes + z * kInts;
+        Ints row[K::kGroup];
+        for (int k = 0; k < K::kGroup; ++k) row[k] = loadInts(keys + k * K::kLanes);
+        storeInts(s_.least + g * K::kLanes + z * kInts, leastOf(row));
       }
-    }
-    *cost = leastLane(best);
-    const Ints first = best == *cost ? place : setInts(kNothing);
-    *pick = leastLane(first);
   }
 
-  const std::int32_t* costs_;
-  const MatchWindow& w_;
-  int groups_;
-  alignas(64) std::int32_t keys_[kMostGroups * kGroup * kLanes];
-  alignas(64) std::int32_t least_[kMostGroups * kLanes];
-  alignas(64) std::int32_t all_[kLanes];
+  [[gnu::always_inline]] std::int32_t least() const {
+    Ints least[2] = {loadInts(s_.least), loadInts(s_.least + kInts)};
+    for (int z = 2; z < kVectors; ++z)
+      least[z % 2] = smaller(least[z % 2], loadInts(s_.least + z * kInts));
+    for (int g = 1; g < groups_; ++g)
+      for (int z = 0; z < kVectors; ++z)
+        least[z % 2] = smaller(least[z % 2], loadInts(s_.least + g * K::kLanes + z * kInts));
+    return leastLane(smaller(least[0], least[1]));
+  }
+
+ private:
+  [[gnu::always_inline]] void put(int g, int z, const Ints (&row)[K::kGroup]) {
+    for (int k = 0; k < K::kGroup; ++k)
+      storeInts(s_.keys + (g * K::kGroup + k) * K::kLanes + z * kInts, row[k]);
+    storeInts(s_.least + g * K::kLanes + z * kInts, leastOf(row));
+  }
+  static Ints leastOf(const Ints (&row)[K::kGroup]) {
+    return smaller(smaller(smaller(row[0], row[1]), smaller(row[2], row[3])), row[4]);
+  }
+
+  const int rows_, groups_, exclusionX_, exclusionY_;
+  K& s_;
 };
+
+// The best of the positions outside the block's own square, by their whole costs.
+void findRefused(const std::int32_t* costs, const MatchWindow& w, int* pick, std::int32_t* cost) {
+  Ints best = setInts(kNothing), place = setInts(w.first);
+  for (int v = 0; v < w.rows; ++v) {
+    const bool near = v >= w.ownRow - w.exclusionY && v <= w.ownRow + w.exclusionY;
+    for (int u = 0; u < w.lanes; u += kInts) {
+      const Ints lane = laneNumbers(u);
+      Ints off = (lane < w.first) | (lane >= w.first + w.across);
+      if (near) off |= (lane >= w.ownLane - w.exclusionX) & (lane <= w.ownLane + w.exclusionX);
+      const Ints c = off != 0 ? setInts(kNothing) : loadInts(costs + v * w.lanes + u);
+      const Ints better = c < best;
+      best = better ? c : best;
+      place = better ? laneNumbers(v * w.lanes + u) : place;
+    }
+  }
+  *cost = leastLane(best);
+  const Ints first = best == *cost ? place : setInts(kNothing);
+  *pick = leastLane(first);
+}
+
+template <int kVectors>
+int choose(const std::int32_t* costs, const MatchWindow& w, int* picks, std::int32_t* last) {
+  using K = Keys<kVectors>;
+  K scratch;
+  Chooser<kVectors> chooser(costs, w, scratch);
+  const int limit = w.limit, most = w.most;
+  int at = w.ownRow * K::kLanes + w.ownLane;
+  std::int32_t cost = 0;
+  int count = 1;
+  picks[0] = at;
+  for (; count < limit; ++count) {
+    chooser.blank(at);
+    const std::int32_t key = chooser.least();
+    if (key >> K::kBits > most) break;
+    cost = key >> K::kBits;
+    at = key & ((1 << K::kBits) - 1);
+    picks[count] = at;
+  }
+  *last = cost;
+  if (count == 1 && limit > 1) findRefused(costs, w, picks + 1, last);
+  return count;
+}
 
 #endif
 
@@ -211,9 +239,9 @@ int primMatchSelect_32s(const std::int32_t* costs, const MatchWindow* window, in
 #if defined(VX_KERNEL_SCALAR)
   *count = select(costs, *window, picks, last);
 #else
-  *count = window->lanes == 32   ? Chooser<32 / kInts>(costs, *window).run(picks, last)
-           : window->lanes == 48 ? Chooser<48 / kInts>(costs, *window).run(picks, last)
-                                 : Chooser<64 / kInts>(costs, *window).run(picks, last);
+  *count = window->lanes == 32   ? choose<32 / kInts>(costs, *window, picks, last)
+           : window->lanes == 48 ? choose<48 / kInts>(costs, *window, picks, last)
+                                 : choose<64 / kInts>(costs, *window, picks, last);
 #endif
   return kStatusOk;
 }

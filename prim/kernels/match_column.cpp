@@ -14,7 +14,7 @@ namespace {
 
 bool badMap(int rows, int lanes) {
   return (lanes != 32 && lanes != 48 && lanes != 64) || rows < 1 ||
-         rows > (1 << matchPositionBits(lanes)) / lanes;
+         std::int64_t{rows} * lanes > 1 << matchPositionBits(lanes);
 }
 
 #if defined(VX_KERNEL_SCALAR)

@@ -31,8 +31,9 @@ int selectStack(const CostMap& map, const SearchArea& area, int x, int y, int bl
   const int filled = alone ? 2 : count;
   matches.leftmost = x;
   for (int i = 0; i < filled; ++i) {
-    matches.x[i] = map.x + picks[i] % map.lanes;
-    matches.y[i] = map.y + picks[i] / map.lanes;
+    const int row = prim::matchRow(picks[i], map.lanes);
+    matches.x[i] = map.x + picks[i] - row * map.lanes;
+    matches.y[i] = map.y + row;
     matches.leftmost = std::min(matches.leftmost, matches.x[i]);
   }
   if (filled == 1) {
