@@ -514,19 +514,20 @@ template <int n>
 void addStack(const float* src, const float* window, int depth, float* const* totals,
               float* const* weights, int step) {
   for (int z = 0; z < depth; ++z, src += n * n)
-    for (int y = 0; y < n; ++y) {
-      float* total = row(totals[z], step, y);
-      acrossRow(
-          n, VX_ACROSS {
-            const auto w = L::load(window + y * n + x);
-            L::store(total + x, L::load(total + x) + L::load(src + y * n + x) * w);
+    acrossRow(
+        n, VX_ACROSS {
+          typename L::V w[n];
+          unrolled<n>(VX_UNROLLED {
+            w[k] = L::load(window + k * n + x);
+            float* at = row(totals[z], step, k) + x;
+            L::store(at, L::load(at) + L::load(src + k * n + x) * w[k]);
           });
-      if (weights == nullptr) continue;
-      float* weight = row(weights[z], step, y);
-      acrossRow(
-          n,
-          VX_ACROSS { L::store(weight + x, L::load(weight + x) + L::load(window + y * n + x)); });
-    }
+          if (weights == nullptr) return;
+          unrolled<n>(VX_UNROLLED {
+            float* at = row(weights[z], step, k) + x;
+            L::store(at, L::load(at) + w[k]);
+          });
+        });
 }
 
 }  // namespace
