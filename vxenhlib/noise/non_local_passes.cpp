@@ -1,7 +1,5 @@
 #include "vxenhlib/noise/non_local_passes.h"
 
-#include <optional>
-
 #include "frame/parallel.h"
 #include "frame/plane_ops.h"
 #include "prim/geometry.h"
@@ -52,23 +50,20 @@ bool halfSizePass(CNLImDnCn& filter, GaussPyramid& pyramid, Plane& chroma1, Plan
   return true;
 }
 
-// The detail that the filtered level 1 leaves of the luma. Blocks are searched in the luma, which
-// is padded where the pyramid's sizes are.
-bool detailPass(CNLImDnCn& filter, GaussPyramid& pyramid, Plane& luma, const NonLocalSettings& s) {
+// The detail that the filtered level 1 leaves of the luma. Blocks are searched in the noisy luma,
+// which is padded as the pyramid is.
+bool detailPass(CNLImDnCn& filter, GaussPyramid& pyramid, Plane& noisyLuma, Plane& luma,
+                const NonLocalSettings& s) {
   Plane& level = *pyramid.level[0];
   const int w = level.width;
   const int h = level.height;
   Plane detail(w, h), filtered(w, h);
-  std::optional<Plane> padded;
-  if (w != luma.roiWidth || h != luma.roiHeight) padded.emplace(w, h);
-  Plane& guide = padded ? *padded : luma;
-  if (filtered.data == nullptr || detail.data == nullptr || guide.data == nullptr) return false;
-  if (padded) copyPadded(luma, guide);
+  if (filtered.data == nullptr || detail.data == nullptr) return false;
   pyramid.takeDetail(0, detail);
   pyramid.level[1].reset();
 
   setParams(filter, s, (s.twoStage ? 1.5f : 1.25f) * s.strength * s.detailShare, s.lumaNoise);
-  Plane* const guides[] = {&guide};
+  Plane* const guides[] = {&noisyLuma};
   Plane* const in[] = {&detail};
   Plane* const out[] = {&filtered};
   if (filter.filterPlanes(1, guides, &detail, nullptr, 1, in, out) != kVxrcOk) return false;
@@ -79,6 +74,8 @@ bool detailPass(CNLImDnCn& filter, GaussPyramid& pyramid, Plane& luma, const Non
 
 void guidedPass(CNLImDnCn& filter, Plane& luma, Plane& noisyLuma, const NonLocalSettings& s) {
   Plane refined(luma.roiWidth, luma.roiHeight);
+  noisyLuma.roiWidth = luma.roiWidth;
+  noisyLuma.roiHeight = luma.roiHeight;
   setParams(filter, s, s.strength * s.detailShare, s.lumaNoise);
   Plane* const guides[] = {&luma};
   Plane* const in[] = {&noisyLuma};
@@ -91,13 +88,13 @@ void guidedPass(CNLImDnCn& filter, Plane& luma, Plane& noisyLuma, const NonLocal
 void filterNonLocal(CNLImDnCn& filter, GIMG<float>* const planes[3],
                     const NonLocalSettings& settings) {
   Plane& luma = *planes[0];
-  Plane noisyLuma(luma.roiWidth, luma.roiHeight);
   GaussPyramid pyramid;
-  if (!filter.ready() || noisyLuma.data == nullptr || pyramid.build(luma, 1, false) != kVxrcOk)
-    return;
-  copy(luma, noisyLuma);
+  if (!filter.ready() || pyramid.build(luma, 1, false) != kVxrcOk) return;
+  Plane noisyLuma(pyramid.level[0]->width, pyramid.level[0]->height);
+  if (noisyLuma.data == nullptr) return;
+  copyPadded(luma, noisyLuma);
   if (halfSizePass(filter, pyramid, *planes[1], *planes[2], settings) &&
-      detailPass(filter, pyramid, luma, settings) && settings.twoStage)
+      detailPass(filter, pyramid, noisyLuma, luma, settings) && settings.twoStage)
     guidedPass(filter, luma, noisyLuma, settings);
   // A pilot left behind would change the thresholds of the next picture.
   filter.clearImages();
