@@ -83,7 +83,7 @@ struct Places {
 };
 
 template <int n>
-void alongY(const float* const* blocks, int step, int depth, const Places& p) {
+VX_STACK void alongY(const float* const* blocks, int step, int depth, const Places& p) {
   for (int z = 0; z < depth; ++z)
     acrossRow(
         n, VX_ACROSS {
@@ -102,7 +102,7 @@ void alongY(const float* const* blocks, int step, int depth, const Places& p) {
 }
 
 template <int n>
-void backAlongY(const Places& p, int depth, float* dst) {
+VX_STACK void backAlongY(const Places& p, int depth, float* dst) {
   const float scale = 1.0f / static_cast<float>(n * n * depth);
   for (int z = 0; z < depth; ++z)
     acrossRow(
@@ -475,13 +475,8 @@ float weighStack(int depth, const StackRule& rule, float* weights, Spectrum& s) 
 }
 
 template <int n>
-float runStack(const float* const* blocks, int step, int depth, const StackRule* rule,
-               float* weights, float* dst) {
-  Spectrum s;
-  Places p = {s.re, s.im, s.first, s.last, depth * n, n, n};
-#if defined(VX_LANES8)
-  if (n == 8 && depth == 8) p = {s.re, s.im, s.re + 3 * n, s.im + 3 * n, n, 4 * n, 4 * n};
-#endif
+VX_STACK float runStack(const float* const* blocks, int step, int depth, const StackRule* rule,
+                        float* weights, float* dst, Spectrum& s, const Places& p) {
   alongY<n>(blocks, step, depth, p);
   float sum = 0.0f;
   if (rule == nullptr)
@@ -494,6 +489,19 @@ float runStack(const float* const* blocks, int step, int depth, const StackRule*
                          : weighStack<n, Weights::threshold, true>(depth, *rule, weights, s);
   if (dst != nullptr) backAlongY<n>(p, depth, dst);
   return sum;
+}
+
+template <int n>
+float runStack(const float* const* blocks, int step, int depth, const StackRule* rule,
+               float* weights, float* dst) {
+  Spectrum s;
+#if defined(VX_LANES8)
+  if (n == 8 && depth == 8)
+    return runStack<n>(blocks, step, 8, rule, weights, dst, s,
+                       {s.re, s.im, s.re + 3 * n, s.im + 3 * n, n, 4 * n, 4 * n});
+#endif
+  return runStack<n>(blocks, step, depth, rule, weights, dst, s,
+                     {s.re, s.im, s.first, s.last, depth * n, n, n});
 }
 
 float runStack(const float* const* blocks, int step, int size, int depth, const StackRule* rule,

@@ -33,9 +33,16 @@ void WeightedSums::reach(int bottom) {
 void WeightedSums::add(int blockSize, const FilteredStacks::Stack& stack,
                        std::ptrdiff_t planeFloats) {
   const StackMatches& m = stack.matches;
-  reach(*std::max_element(m.y, m.y + stack.depth) + blockSize);
-  const auto placesIn = [&](int p, float** places) {
-    for (int k = 0; k < stack.depth; ++k) places[k] = row(p, m.y[k]) + m.x[k];
+  std::ptrdiff_t places[prim::kStackMostDepth];
+  int lowest = top_;
+  for (int k = 0; k < stack.depth; ++k) {
+    places[k] = std::ptrdiff_t{m.y[k] - top_} * width_ + m.x[k];
+    lowest = std::max(lowest, m.y[k]);
+  }
+  reach(lowest + blockSize);
+  const auto placesIn = [&](int p, float** to) {
+    float* plane = row(p, top_);
+    for (int k = 0; k < stack.depth; ++k) to[k] = plane + places[k];
   };
   float* totals[prim::kStackMostDepth];
   float* weights[prim::kStackMostDepth];
