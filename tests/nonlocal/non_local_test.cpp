@@ -165,22 +165,27 @@ TEST(NonLocal, stacksHavePlacesInThePlane) {
 TEST(NonLocal, aBlockIsKnownByItsLastChoice) {
   FilteredStacks stacks;
   ASSERT_TRUE(stacks.reserve(8, 8, 1));
-  const auto choose = [&](int leftmost) {
-    FilteredStacks::Stack& stack = stacks.replaceOldest(30, 30);
+  const auto choose = [&](int y, int leftmost) {
+    FilteredStacks::Stack& stack = stacks.replaceOldest(30, y);
     stack.depth = 1;
-    stack.matches.x[0] = stack.matches.y[0] = 30;
+    stack.matches.x[0] = 30;
+    stack.matches.y[0] = y;
     stack.matches.leftmost = leftmost;
     stack.matches.bound = 100;
   };
   EXPECT_EQ(stacks.sameChoice(30, 30, 15, 101), nullptr);
-  choose(20);
+  choose(30, 20);
   EXPECT_NE(stacks.sameChoice(30, 30, 15, 101), nullptr);
   EXPECT_EQ(stacks.sameChoice(30, 30, 15, 100), nullptr);
   EXPECT_EQ(stacks.sameChoice(30, 30, 21, 101), nullptr);
   EXPECT_EQ(stacks.sameChoice(30, 31, 15, 101), nullptr);
-  choose(10);
+  choose(30, 10);
   EXPECT_EQ(stacks.sameChoice(30, 30, 15, 101), nullptr);
   EXPECT_NE(stacks.sameChoice(30, 30, 10, 101), nullptr);
+  for (const int y : {31, 32, 33}) choose(y, 10);
+  EXPECT_NE(stacks.sameChoice(30, 30, 10, 101), nullptr);
+  choose(34, 10);
+  EXPECT_EQ(stacks.sameChoice(30, 30, 10, 101), nullptr);
 }
 
 // A filter of blocks of 8, its planes, and the slow evaluation of the same pass.
