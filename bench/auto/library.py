@@ -7,6 +7,7 @@ import numpy as np
 FAST, NON_LOCAL = 0, 1
 MODES = {'fast': FAST, 'non-local': NON_LOCAL}
 INPUTS = 10
+WHITE = 32767  # of samples of 16 bits
 
 
 class Profile(c.Structure):
@@ -38,6 +39,8 @@ class Library:
         self.auto = c.CDLL(os.path.join(build, 'libvx_auto_module.so'))
         self.library.vxAdjustRgb.argtypes = ([c.c_void_p] + [c.c_int] * 5 + [c.c_void_p] * 4 + [c.c_float] * 17 +
                                              [c.POINTER(Profile), c.c_float, c.c_float, c.c_int])
+        self.library.vxUnblock.argtypes = [c.c_int, c.c_void_p] + [c.c_int] * 8
+        self.auto.vxAutoRemoveBlocks.argtypes = [c.c_void_p, c.c_ssize_t] + [c.c_int] * 6
         self.auto.vxAutoChooseDenoise.restype = Denoise
         self.auto.vxAutoChooseDenoise.argtypes = [c.POINTER(Noise), c.c_int, c.c_double]
 
@@ -55,6 +58,20 @@ class Library:
     def chosen(self, picture, noise, mode):
         use = self.auto.vxAutoChooseDenoise(c.byref(noise), mode, 1)
         return self.denoise(picture, use.strength, use.profile, mode) if use.strength > 0 else picture
+
+    def without_blocks(self, picture, quality):
+        """In floats of 255: the samples keep their fractions."""
+        height, width = picture.shape[:2]
+        samples = np.array(np.rint(picture * (WHITE / 255)), np.uint16, order='C')
+        self.auto.vxAutoRemoveBlocks(samples.ctypes.data, 3 * width, width, height, WHITE, quality, 0, 1)
+        return samples * (255 / WHITE)
+
+    def unblocked(self, picture, quality):
+        """As vxUnblock alone does it, on bytes."""
+        result = np.array(picture, order='C')
+        height, width = picture.shape[:2]
+        self.library.vxUnblock(0, result.ctypes.data, 3, 3 * width, width, height, quality, 0, 1, 0)
+        return result
 
     def measure(self, picture, steps=None):
         view, evidence, noise = *self._views(picture, steps), Noise()

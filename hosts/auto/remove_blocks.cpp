@@ -4,21 +4,16 @@
 #include <vector>
 
 #include "hosts/auto/auto_jpeg.h"
+#include "hosts/auto/bending_places.h"
 #include "vxicore26.h"
 
 namespace {
 
-constexpr int kRadius = 8;      // of the window whose mean is kept
+using vx::automatic::BlockSamples;
+using vx::automatic::kBlockRadius;
+using vx::automatic::kRough;
+
 constexpr int kFraction = 128;  // what vxUnblock divides a level into when `deep`
-
-struct Samples {
-  std::uint16_t* first;
-  std::ptrdiff_t rowStep;
-  int width, height, white;
-
-  std::uint16_t* row(int y) const { return first + y * rowStep; }
-  std::ptrdiff_t rowLength() const { return std::ptrdiff_t{3} * width; }
-};
 
 // A level of a sample, 0 to 255, and the unit of changes.
 int levelOf(unsigned sample, int white) {
@@ -26,7 +21,7 @@ int levelOf(unsigned sample, int white) {
   return static_cast<int>((std::min(sample, top) * 255U + top / 2) / top);
 }
 
-bool isGrey(const Samples& picture) {
+bool isGrey(const BlockSamples& picture) {
   for (int y = 0; y < picture.height; ++y) {
     const std::uint16_t* row = picture.row(y);
     for (std::ptrdiff_t i = 0; i < picture.rowLength(); i += 3) {
@@ -37,7 +32,7 @@ bool isGrey(const Samples& picture) {
 }
 
 // What the round trips change, in 1/128 levels, row by row.
-std::vector<std::int16_t> changes(const Samples& picture, int quality, int jpegMode,
+std::vector<std::int16_t> changes(const BlockSamples& picture, int quality, int jpegMode,
                                   int shiftStep) {
   const std::ptrdiff_t length = picture.rowLength();
   std::vector<std::int16_t> trips(static_cast<std::size_t>(length * picture.height));
@@ -62,21 +57,29 @@ std::vector<std::int16_t> changes(const Samples& picture, int quality, int jpegM
   return trips;
 }
 
+// The trips quantise ramps, too, where there is nothing to gain.
+void leaveSmoothPlaces(const BlockSamples& picture, std::vector<std::int16_t>& changes) {
+  const std::vector<std::uint8_t> rough = vx::automatic::bendingPlaces(picture);
+  for (std::size_t i = 0; i < changes.size(); ++i)
+    changes[i] = static_cast<std::int16_t>(changes[i] * rough[i / 3] / kRough);
+}
+
 // Adds the changes without their local mean. Sums of a window are exact: at most 17 * 17 * 32640.
 class Addition {
  public:
-  Addition(const Samples& picture, const std::vector<std::int16_t>& changes)
+  Addition(const BlockSamples& picture, const std::vector<std::int16_t>& changes)
       : picture_(picture),
         changes_(changes),
         columns_(static_cast<std::size_t>(picture.rowLength())),
         scale_(static_cast<float>(picture.white) / (255 * kFraction)) {}
 
   void run() {
-    for (int y = 0; y < kRadius; ++y) addToColumns(y, 1);
+    for (int y = 0; y < kBlockRadius; ++y) addToColumns(y, 1);
     for (int y = 0; y < picture_.height; ++y) {
-      addToColumns(y + kRadius, 1);
-      addToColumns(y - kRadius - 1, -1);
-      const int rows = std::min(y + kRadius, picture_.height - 1) - std::max(y - kRadius, 0) + 1;
+      addToColumns(y + kBlockRadius, 1);
+      addToColumns(y - kBlockRadius - 1, -1);
+      const int rows =
+          std::min(y + kBlockRadius, picture_.height - 1) - std::max(y - kBlockRadius, 0) + 1;
       for (int channel = 0; channel < 3; ++channel) addRow(y, channel, rows);
     }
   }
@@ -98,14 +101,14 @@ class Addition {
     std::uint16_t* sample = picture_.row(y) + channel;
     std::int32_t window = 0;
     int count = 0;
-    for (int x = 0; x < std::min(kRadius, width); ++x, ++count) window += column(x, channel);
+    for (int x = 0; x < std::min(kBlockRadius, width); ++x, ++count) window += column(x, channel);
     for (int x = 0; x < width; ++x, change += 3, sample += 3) {
-      if (x + kRadius < width) {
-        window += column(x + kRadius, channel);
+      if (x + kBlockRadius < width) {
+        window += column(x + kBlockRadius, channel);
         ++count;
       }
-      if (x > kRadius) {
-        window -= column(x - kRadius - 1, channel);
+      if (x > kBlockRadius) {
+        window -= column(x - kBlockRadius - 1, channel);
         --count;
       }
       const float mean = static_cast<float>(window) / static_cast<float>(rows * count);
@@ -116,7 +119,7 @@ class Addition {
     }
   }
 
-  const Samples& picture_;
+  const BlockSamples& picture_;
   const std::vector<std::int16_t>& changes_;
   std::vector<std::int32_t> columns_;
   float scale_;
@@ -127,8 +130,9 @@ class Addition {
 int vxAutoRemoveBlocks(unsigned short* samples, ptrdiff_t rowStep, int width, int height, int white,
                        int quality, int jpegMode, int shiftStep) try {
   if (samples == nullptr || width < 1 || height < 1) return 1;
-  const Samples picture{samples, rowStep, width, height, std::clamp(white, 255, 65535)};
-  const std::vector<std::int16_t> change = changes(picture, quality, jpegMode, shiftStep);
+  const BlockSamples picture{samples, rowStep, width, height, std::clamp(white, 255, 65535)};
+  std::vector<std::int16_t> change = changes(picture, quality, jpegMode, shiftStep);
+  leaveSmoothPlaces(picture, change);
   Addition(picture, change).run();
   return 1;
 } catch (...) {
