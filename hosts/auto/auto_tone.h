@@ -44,9 +44,9 @@ typedef struct VxAutoTone {
 /**
  * Chooses the tone by trying it on a reduced copy of at most 480 pixels with vxAdjustRgb: a host
  * that uses this links libvxicore26. Well exposed is a picture whose median lightness (the mean of
- * the strongest and the weakest colour) is 0.34 and more, or whose lights reach 0.85; it keeps its
- * mean luma within 2 of 255. The share of pixels with a clipped colour grows by at most half a
- * point (on the copy).
+ * the strongest and the weakest colour) is 0.34 and more, whose mean luma is 0.32 and more, or
+ * whose lights reach 0.85; it keeps its mean luma within 2 of 255. The share of pixels with a
+ * clipped colour grows by at most half a point (on the copy).
  *
  * @param picture  null counts as no picture. Below 64 pixels on an axis nothing is seen
  * @param noise    of vxAutoMeasureNoise, which knows drawings; may be null

@@ -18,9 +18,9 @@ struct Aim {
   double value, lowest;
   bool misses(double seen) const { return seen >= lowest && seen < 0.97 * value; }
 };
-constexpr double kNight = 0.2;
 constexpr Aim kMedian = {0.34, 0.235};  // exponent 0.745; below it is night or dusk
-constexpr double kBright = 0.85;        // lights that reach this are exposed well
+// Exposed well whatever the median is: lights that reach their end, and a mean that is not low.
+constexpr double kBright = 0.85, kLuma = 0.32;
 constexpr Aim kContrast = {0.095, 0.07};
 constexpr Aim kChroma = {0.195, 0.15};
 constexpr double kMostEq = 0.25;
@@ -35,9 +35,9 @@ ToneStatistics tried(const ReducedPicture& original, const VxAutoTone& tone) {
   return toneStatistics(copy);
 }
 
-// The gamma whose curve takes `from` to `to` (vxAdjustRgb tells the exponents).
-float gammaBetween(double from, double to) {
-  const double exponent = std::log(to) / std::log(from);
+// The exponent that takes `from` to `to`, and the gamma of vxAdjustRgb with that exponent.
+double exponentBetween(double from, double to) { return std::log(to) / std::log(from); }
+float gammaOf(double exponent) {
   return static_cast<float>(exponent < 1 ? 4.5 * (1 - exponent) : 1 - exponent);
 }
 
@@ -53,49 +53,47 @@ class Choice {
       return;
     }
     tone_.seen = VX_AUTO_TONE_WELL_EXPOSED;
-    if (kMedian.misses(before_.median) && before_.bright < kBright) {
+    if (kMedian.misses(before_.median) && before_.bright < kBright && before_.luma < kLuma) {
       tone_.seen = VX_AUTO_TONE_DARK;
-      tone_.lumaGamma = gammaBetween(before_.median, kMedian.value);
+      exposure_ = exponentBetween(before_.median, kMedian.value);
+      tone_.lumaGamma = gammaOf(exposure_);
     }
-    luma_ = tone_.lumaGamma == 0 ? before_.luma : tried(picture_, tone_).luma;
-    chooseContrast();
-    chooseSaturation();
-    restrain();
+    now_ = tone_.lumaGamma == 0 ? before_ : tried(picture_, tone_);
+    luma_ = now_.luma;
+    if (kContrast.misses(now_.contrast)) chooseContrast();
+    if (kChroma.misses(now_.chroma))
+      tone_.satContrast = static_cast<float>(kChroma.value / now_.chroma);
+    if (tone_.lumaGamma != 0 || tone_.lumaEqAmount != 0 || tone_.satContrast != 1) restrain();
   }
 
  private:
+  // Looks for the amount between two that are known, by interpolation. Equalisation moves the mean
+  // by about as much as its amount says; gamma takes it back to where the exposure had put it.
   void chooseContrast() {
-    if (!kContrast.misses(tried(picture_, tone_).contrast)) return;
-    const float exposure = tone_.lumaGamma;
-    double low = 0, high = kMostEq;
-    for (int turn = 0; turn < 6; ++turn) {
-      tone_.lumaEqAmount = static_cast<float>(turn == 0 ? high : (low + high) / 2);
-      keepLuma(exposure);
-      const double contrast = tried(picture_, tone_).contrast;
-      if (turn == 0 && contrast < kContrast.value) break;  // out of reach: as it was meant
-      if (turn > 0)
-        (contrast < kContrast.value ? low : high) = static_cast<double>(tone_.lumaEqAmount);
+    constexpr int kTries = 7;
+    const ToneStatistics exposed = now_;
+    struct {
+      double amount, contrast;
+    } low = {0, exposed.contrast}, high = {};
+    double amount = kMostEq, logForAmount = 0;
+    for (int turn = 0; turn < kTries; ++turn) {
+      tone_.lumaEqAmount = static_cast<float>(amount);
+      tone_.lumaGamma = gammaOf(exposure_ * std::exp(std::clamp(logForAmount * amount, -0.3, 0.3)));
+      now_ = tried(picture_, tone_);
+      const bool reached = std::abs(now_.contrast / kContrast.value - 1) < 0.01;
+      const bool stays = std::abs(now_.luma - luma_) < 0.25 * kLumaStays;
+      if (reached && stays) return;
+      if (!stays) logForAmount += std::log(exponentBetween(now_.luma, luma_)) / amount;
+      if (reached) continue;
+      (now_.contrast < kContrast.value ? low : high) = {amount, now_.contrast};
+      if (high.amount == 0) break;
+      amount = low.amount + (high.amount - low.amount) * (kContrast.value - low.contrast) /
+                                (high.contrast - low.contrast);
     }
-    if (tried(picture_, tone_).contrast < 0.98 * kContrast.value) {
-      tone_.lumaEqAmount = 0;
-      tone_.lumaGamma = exposure;
-    }
-  }
-
-  // Equalisation moves the mean; gamma takes it back to where the exposure had put it.
-  void keepLuma(float exposure) {
-    tone_.lumaGamma = exposure;
-    for (int turn = 0; turn < 3; ++turn) {
-      const double luma = tried(picture_, tone_).luma;
-      if (std::abs(luma - luma_) < 0.25 * kLumaStays) return;
-      const float step = gammaBetween(luma, luma_);
-      tone_.lumaGamma = std::clamp(tone_.lumaGamma + step, exposure - 0.6F, exposure + 0.6F);
-    }
-  }
-
-  void chooseSaturation() {
-    const double chroma = tried(picture_, tone_).chroma;
-    if (kChroma.misses(chroma)) tone_.satContrast = static_cast<float>(kChroma.value / chroma);
+    if (now_.contrast >= 0.98 * kContrast.value) return;
+    tone_.lumaEqAmount = 0;  // out of reach: as it was meant
+    tone_.lumaGamma = gammaOf(exposure_);
+    now_ = exposed;
   }
 
   // Gives way until nothing is clipped and the brightness stays; exposure comes last.
@@ -111,8 +109,7 @@ class Choice {
     if (holds()) return;
     tone_.lumaEqAmount = 0;
     tone_.satContrast = wanted.satContrast;
-    tone_.lumaGamma =
-        tone_.seen == VX_AUTO_TONE_DARK ? gammaBetween(before_.median, kMedian.value) : 0;
+    tone_.lumaGamma = gammaOf(exposure_);
     if (holds()) return;
     tone_.satContrast = 1;
     if (holds()) return;
@@ -124,7 +121,9 @@ class Choice {
   const ReducedPicture& pixels_;
   const ToneStatistics before_;
   VxAutoTone& tone_;
-  double luma_ = 0;  // the mean to be kept
+  ToneStatistics now_;   // with the tone as chosen so far
+  double exposure_ = 1;  // the exponent for it
+  double luma_ = 0;      // the mean to be kept
 };
 
 }  // namespace
