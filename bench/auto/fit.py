@@ -5,7 +5,7 @@
 
 PHOTOGRAPHS and DRAWINGS are lists of files, one on each line. CURVES is a file that keeps what the filters gained: where
 it exists, the lists are not looked at and only the fit is done again. Each item is filtered with several amounts; a network
-chooses an amount and whether to filter at all, and what it gains is interpolated. Losses beyond 0.1 dB count four
+chooses an amount and whether to filter at all, and what it gains is interpolated. Losses beyond 0.1 dB count seven
 times. Three networks from different starts are put side by side into one, each with a third of the say.
 """
 import os
@@ -18,8 +18,8 @@ from library import MODES, Library, psnr
 
 AMOUNTS = {'fast': np.array([2.5, 4, 6, 9, 13, 18, 25, 35, 50]), 'non-local': np.array([.7, 1.3, 2.2, 3.5, 5.5, 8.5, 13, 20])}
 UTMOST = 2.5  # deviations of an input, as in hosts/auto/advise.cpp
-UNITS, STARTS, STEPS, RATE, DECAY = 8, 3, 3000, .02, 1e-3
-TOLERATED, LOSS = .1, 3
+UNITS, STARTS, STEPS, RATE, DECAY = 8, 3, 2000, .02, 1e-3
+TOLERATED, LOSS = .1, 6
 WEIGHTS = {'processed mid': 2, 'processed high': 2}  # files of real cameras at high ISO are most like these
 # A clean picture shall stay near itself: dB to itself from which on nothing is lost.
 CLEAN_ENOUGH = {'clean': 47, 'clean E': 47, 'native': 47, 'drawing': 62}
@@ -114,7 +114,7 @@ def print_networks(mean, deviation, networks):
 
 def measured(library, photographs, drawings):
     """Inputs of the networks, kinds of items, and what the amounts of each mode gain, for all items."""
-    sources = [(items.of_photograph(path, 2, 10), path) for path in photographs]
+    sources = [(items.of_photograph(path, 1, 9), path) for path in photographs]
     sources += [(items.of_drawing(path), path) for path in drawings]
     result = {name: [] for name in ('inputs', 'kinds', *MODES)}
     for source, path in sources:

@@ -62,15 +62,15 @@ def item(clean, kind, random):
 
 
 def of_photograph(path, crops, kinds, salt=0):
-    """`kinds` of them in each of `crops` crops, reduced by chance so that what was in the file is gone; and a crop at
+    """`kinds` of them and two JPEGs in each of `crops` crops, reduced by chance so that what was in the file is gone; and a crop at
     full size, as it is."""
     image, random = opened(path), generator(path, salt)
     for _ in range(crops):
         picture = crop(image, random, random.uniform(700, 1800))
         soft = camera.enlarged(picture, 1.5)
-        for kind in random.permutation(KINDS)[:kinds]:
-            enlarge = bool(random.integers(2))
-            result = item(soft if enlarge else picture, str(kind), random)
+        some = [(str(kind), bool(random.integers(2))) for kind in random.permutation(KINDS)[:kinds]]
+        for kind, enlarge in [*some, ('jpeg', False), ('jpeg', True)]:
+            result = item(soft if enlarge else picture, kind, random)
             result.kind += ' E' if enlarge else ''
             yield result
     native = crop(image, random)

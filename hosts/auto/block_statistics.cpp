@@ -17,14 +17,23 @@ constexpr std::size_t kFewest = 32;
 // of 16 columns, so that a flat block loses no digits to its brightness.
 struct Columns {
   explicit Columns(std::size_t width)
-      : sum(width), squares(width), byRow(width), fine(width), colour(width), clipped(width) {}
+      : sum(width),
+        squares(width),
+        byRow(width),
+        fine(width),
+        colour(width),
+        across(width),
+        down(width),
+        both(width),
+        clipped(width) {}
 
   std::vector<float> sum, squares, byRow;  // of the luma; byRow: times the row, -3.5 to 3.5
   std::vector<float> fine, colour;         // squares of what filters leave of luma and colour
+  std::vector<float> across, down, both;   // products of the slopes along the row and the column
   std::vector<float> clipped;
 
   void clear() {
-    for (auto* column : {&sum, &squares, &byRow, &fine, &colour, &clipped})
+    for (auto* column : {&sum, &squares, &byRow, &fine, &colour, &across, &down, &both, &clipped})
       std::fill(column->begin(), column->end(), 0.0F);
   }
 };
@@ -54,6 +63,11 @@ float rmsAroundPlane(const Moments& m, int side) {
   return static_cast<float>(std::sqrt(std::max(rest, 0.0) / (n - 3)));
 }
 
+float coherence(float across, float down, float both) {
+  const float sum = across + down, difference = across - down;
+  return sum > 0 ? std::sqrt(difference * difference + 4.0F * both * both) / sum : 0;
+}
+
 // The sixteen columns of two strips, one below the other.
 Moments stacked(const Moments& upper, const Moments& lower) {
   return {upper.sum + lower.sum, upper.squares + lower.squares, upper.byColumn + lower.byColumn,
@@ -72,6 +86,16 @@ void addFine(const std::vector<float>& above, const std::vector<float>& here,
   for (std::size_t x = 0; x < width; ++x) {
     const float f = second[x] - 2.0F * second[x + 1] + second[x + 2];
     squares[x] += f * f;
+  }
+}
+
+void addSlopes(const std::vector<float>& above, const std::vector<float>& here,
+               const std::vector<float>& below, Columns& columns) {
+  for (std::size_t x = 1; x + 1 < here.size(); ++x) {
+    const float across = here[x + 1] - here[x - 1], down = below[x] - above[x];
+    columns.across[x] += across * across;
+    columns.down[x] += down * down;
+    columns.both[x] += across * down;
   }
 }
 
@@ -119,7 +143,7 @@ class Pass {
  private:
   // A block with whether too much of it is clipped.
   struct Small {
-    float plane, fine, colour;
+    float plane, fine, colour, coherence;
     bool clipped;
   };
   struct Large {
@@ -145,6 +169,7 @@ class Pass {
       columns.byRow[x] += row * v;
     }
     addFine(above.luma, here.luma, below.luma, space_, columns.fine);
+    addSlopes(above.luma, here.luma, below.luma, columns);
     addSmoothed(above.blue, here.blue, below.blue, kBlue, space_, columns.colour);
     addSmoothed(above.red, here.red, below.red, kRed, space_, columns.colour);
     std::swap(window_[0], window_[1]);
@@ -154,15 +179,18 @@ class Pass {
   void takeSmallBlocks(const Columns& columns) {
     constexpr float kPixels = kSmall * kSmall;
     for (std::size_t x = 0; x + kSmall <= width_; x += kSmall) {
-      float fine = 0, colour = 0, clipped = 0;
+      float fine = 0, colour = 0, clipped = 0, across = 0, down = 0, both = 0;
       for (std::size_t i = x; i < x + kSmall; ++i) {
         fine += columns.fine[i];
         colour += columns.colour[i];
         clipped += columns.clipped[i];
+        across += columns.across[i];
+        down += columns.down[i];
+        both += columns.both[i];
       }
       small_.push_back({rmsAroundPlane(moments(columns, x, kSmall), kSmall),
                         std::sqrt(fine / (36.0F * kPixels)), std::sqrt(colour / kPixels),
-                        clipped >= 0.25F * kPixels});
+                        coherence(across, down, both), clipped >= 0.25F * kPixels});
     }
   }
 
@@ -191,6 +219,7 @@ class Pass {
         result.plane8.push_back(block.plane);
         result.fine8.push_back(block.fine);
         result.fineColour8.push_back(block.colour);
+        result.coherence8.push_back(block.coherence);
       }
     for (const Large& block : large_)
       if (all || !anyLarge || !block.clipped) result.plane16.push_back(block.plane);

@@ -24,6 +24,10 @@ struct BlockStatistics {
   /// Blocks of 8 by 8: what is lost of R, G and B (rms) where the colour is smoothed by [1 2 1] / 4
   /// in both directions and the luma is kept.
   std::vector<float> fineColour8;
+  /// Blocks of 8 by 8: how far the slopes of the luma have one direction, 0 to 1: the difference of
+  /// the eigenvalues of the structure tensor by their sum (J. Bigün, G. Granlund, "Optimal
+  /// orientation detection of linear symmetry", 1987). About 0.2 for noise, 1 for parallel lines.
+  std::vector<float> coherence8;
   /// Share of dead blocks of 8 by 8 in the whole picture, clipped ones too.
   double dead = 0;
 };

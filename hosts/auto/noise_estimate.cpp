@@ -35,16 +35,23 @@ struct Limits {
 constexpr Limits kNonLocalLimits = {0.15, 60}, kFastLimits = {1, 150};
 
 float amount(const Network& network, const NoiseFeatures& features, double odds, Limits limits) {
-  constexpr double kSure = 1;  // a loss weighs more than a gain
+  // A loss weighs more than a gain. The weaker the noise, the less there is to gain, and the more
+  // it looks like what JPEG leaves of soft texture.
+  constexpr double kSure = 2, kSurerPerNeper = 3;
+  const double asked = kSure - kSurerPerNeper * std::min(0.0, std::log(features.plane1));
   const Advice advice = advise(network, features);
-  if (!(advice.sure + odds > kSure && advice.amount > limits.least * features.plane1)) return 0;
+  if (!(advice.sure + odds > asked && advice.amount > limits.least * features.plane1)) return 0;
   return static_cast<float>(std::min(advice.amount, limits.most));
 }
 
-// Whether so much cannot be noise: coarser than any camera's, or stronger than what can be seen.
+// Whether this cannot be noise: coarser than any camera's, stronger than what can be seen, or lines
+// that run one way.
 bool impossible(const NoiseFeatures& features, double correlation) {
-  constexpr double kMostCorrelated = 12, kMostFine = 40;
-  return correlation > kMostCorrelated || features.fine1 > kMostFine;
+  constexpr double kMostCorrelated = 12, kMostFine = 40, kWhite = 1.6, kMostCorrelatedNoise = 25;
+  constexpr double kOneWay = 0.85;  // noise of every kind in the training items: at most 0.8
+  return correlation > kMostCorrelated || features.fine1 > kMostFine ||
+         (correlation > kWhite && features.plane1 > kMostCorrelatedNoise) ||
+         features.coherence > kOneWay;
 }
 
 VxAutoNoise estimateNoise(const VxAutoPicture& picture, const VxAutoEvidence& evidence) {

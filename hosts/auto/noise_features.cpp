@@ -26,6 +26,19 @@ double rms(const std::vector<float>& values) {
   return std::sqrt(sum / static_cast<double>(values.size()));
 }
 
+// Of blocks that are not dead.
+double coherenceBelow(double most, const BlockStatistics& statistics) {
+  double sum = 0;
+  int count = 0;
+  for (std::size_t i = 0; i < statistics.plane8.size(); ++i) {
+    const float plane = statistics.plane8[i];
+    if (plane < kDeadBelow || static_cast<double>(plane) > most) continue;
+    sum += static_cast<double>(statistics.coherence8[i]);
+    ++count;
+  }
+  return count > 0 ? sum / count : 0;
+}
+
 double meanStep(const VxAutoEvidence& evidence) {
   double sum = 0;
   for (const int step : evidence.lumaSteps) sum += std::clamp(step, 0, 255);
@@ -59,6 +72,7 @@ NoiseFeatures noiseFeatures(const BlockStatistics& statistics, const VxAutoEvide
   features.colour10 = percentile(colour, 0.1);
   features.colour = rms(colour);
   features.steps = meanStep(evidence);
+  features.coherence = coherenceBelow(features.plane25, statistics);
   return features;
 }
 

@@ -17,6 +17,7 @@ struct NoiseFeatures {
   double wide25;                   // of plane16
   double colour, colour10;         // rms and percentile of fineColour8
   double steps;                    // mean of the luma's first five AC steps; 0: no JPEG
+  double coherence;                // mean of coherence8 where plane8 is up to plane25
 };
 
 /// `statistics` must have blocks.
