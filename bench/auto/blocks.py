@@ -45,9 +45,11 @@ def main():
                 after = remove(coded, quality)
                 values.append((psnr(clean, np.rint(after)) - psnr(clean, coded), after.mean() - coded.mean()))
             gains, changes = np.array(values).T
-            columns.append((f'{gains.mean():+.3f} / {gains.min():+.3f}', f'{changes.mean():+.3f} / {max(changes, key=abs):+.3f}'))
+            columns.append((f'{gains.mean():+.3f} / {gains.min():+.3f}',
+                            f'{changes.mean():+.3f} / {max(changes, key=abs):+.3f}'))
         cells += [columns[0][0], columns[1][0], columns[0][1], columns[1][1]]
-        moves = [largest_move(library, *case) for case in ((ramp, quality, False), (ramp, quality, True), (flat, quality, True))]
+        moves = [largest_move(library, grey, quality, is_coded)
+                 for grey, is_coded in ((ramp, False), (ramp, True), (flat, True))]
         print(f'| {" | ".join(cells)} | {", ".join(f"{move:.2f}" for move in moves)} |', flush=True)
 
 

@@ -62,8 +62,8 @@ def item(clean, kind, random):
 
 
 def of_photograph(path, crops, kinds, salt=0):
-    """`kinds` of them and two JPEGs in each of `crops` crops, reduced by chance so that what was in the file is gone; and a crop at
-    full size, as it is."""
+    """`kinds` of them and two JPEGs in each of `crops` crops, reduced by chance so that what was in the file is gone; and
+    a crop at full size, as it is."""
     image, random = opened(path), generator(path, salt)
     for _ in range(crops):
         picture = crop(image, random, random.uniform(700, 1800))

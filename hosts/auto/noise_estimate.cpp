@@ -48,7 +48,7 @@ float amount(const Network& network, const NoiseFeatures& features, double odds,
 // that run one way.
 bool impossible(const NoiseFeatures& features, double correlation) {
   constexpr double kMostCorrelated = 12, kMostFine = 40, kWhite = 1.6, kMostCorrelatedNoise = 25;
-  constexpr double kOneWay = 0.85;  // noise of every kind in the training items: at most 0.8
+  constexpr double kOneWay = 0.85;  // training items that gain a decibel have at most 0.8
   return correlation > kMostCorrelated || features.fine1 > kMostFine ||
          (correlation > kWhite && features.plane1 > kMostCorrelatedNoise) ||
          features.coherence > kOneWay;
