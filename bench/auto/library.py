@@ -6,7 +6,7 @@ import numpy as np
 
 FAST, NON_LOCAL = 0, 1
 MODES = {'fast': FAST, 'non-local': NON_LOCAL}
-INPUTS = 10
+INPUTS = 11
 WHITE = 32767  # of samples of 16 bits
 
 

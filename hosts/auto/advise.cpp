@@ -11,8 +11,9 @@ double logOf(double deviation) { return std::log(std::max(deviation, 0.15)); }
 }  // namespace
 
 NetworkValues networkValues(const NoiseFeatures& f) {
-  return {logOf(f.plane1), logOf(f.plane5), logOf(f.plane25),  logOf(f.fine1), logOf(f.fine25),
-          logOf(f.wide25), logOf(f.colour), logOf(f.colour10), f.steps / 10,   f.dead};
+  return {logOf(f.plane1), logOf(f.plane5), logOf(f.plane25), logOf(f.fine1),
+          logOf(f.fine25), logOf(f.wide25), logOf(f.colour),  logOf(f.colour10),
+          f.steps / 10,    f.dead,          f.coherence};
 }
 
 Advice advise(const Network& network, const NoiseFeatures& features) {

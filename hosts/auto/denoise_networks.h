@@ -13,10 +13,10 @@
 
 namespace vx::automatic {
 
-constexpr int kInputs = 10, kHidden = 24;
+constexpr int kInputs = 11, kHidden = 24;
 
-/// Inputs are the logarithms of the features (`steps` and `dead` as they are), less their mean, by
-/// their deviation, both over the training pictures.
+/// Inputs are the logarithms of the features (`steps`, `dead` and `coherence` as they are), less
+/// their mean, by their deviation, both over the training pictures.
 struct NetworkInputs {
   std::array<float, kInputs> mean, deviation;
 };

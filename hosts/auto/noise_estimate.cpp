@@ -16,13 +16,13 @@ constexpr int kLeastAxis = 32;
 // is noisy, whatever it shows, one at ISO 100 is not. Nothing where the picture is much smaller
 // than it was taken, as reduction takes noise away.
 double oddsOfTheExposure(const VxAutoEvidence& evidence, const VxAutoPicture& picture) {
-  constexpr double kNeutralIso = 400, kPerDoubling = 0.4, kLongExposure = 1;  // seconds
+  constexpr double kNeutralIso = 400, kPerDoubling = 0.8, kLongExposure = 1;  // seconds
   const double pixels = 1e-6 * picture.width * picture.height;
   if (evidence.fullMegapixels > 3 * pixels) return 0;
   double odds = 0;
   if (evidence.isoSpeed > 0)
-    odds = std::clamp(kPerDoubling * std::log2(evidence.isoSpeed / kNeutralIso), -0.8, 1.2);
-  if (evidence.exposureTime > kLongExposure) odds += 0.3;
+    odds = std::clamp(kPerDoubling * std::log2(evidence.isoSpeed / kNeutralIso), -1.6, 2.4);
+  if (evidence.exposureTime > kLongExposure) odds += 0.6;
   return odds;
 }
 
@@ -37,7 +37,7 @@ constexpr Limits kNonLocalLimits = {0.15, 60}, kFastLimits = {1, 150};
 float amount(const Network& network, const NoiseFeatures& features, double odds, Limits limits) {
   // A loss weighs more than a gain. The weaker the noise, the less there is to gain, and the more
   // it looks like what JPEG leaves of soft texture.
-  constexpr double kSure = 2, kSurerPerNeper = 3;
+  constexpr double kSure = 1, kSurerPerNeper = 3;
   const double asked = kSure - kSurerPerNeper * std::min(0.0, std::log(features.plane1));
   const Advice advice = advise(network, features);
   if (!(advice.sure + odds > asked && advice.amount > limits.least * features.plane1)) return 0;
