@@ -36,7 +36,7 @@ TEST_F(Batch, TheTreeIsKeptAndGoneOnWith) {
   ASSERT_EQ(told.size(), 4U);
   EXPECT_EQ(told[0]["status"], "done");
   EXPECT_EQ(told[0]["file"], "in/a.png");
-  EXPECT_EQ(told[0]["settings"]["luma-detail-gain"], "1.3");
+  EXPECT_EQ(told[0]["settings"]["luma-detail-gain"], "1.2");
   for (const std::size_t i : {1U, 2U, 3U}) EXPECT_EQ(told[i]["status"], "skipped") << i;
   EXPECT_EQ(bytesOf("in/out/b.png"), "kept");
   fs::remove_all(path("in/out"));
