@@ -1,4 +1,4 @@
-#include "prim/kernels/stack_eight.h"
+#include "prim/kernels/stack/eight.h"
 
 namespace vx::prim::VX_VARIANT {
 namespace {

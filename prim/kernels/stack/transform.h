@@ -19,7 +19,7 @@
 //
 // and what goes back takes the same steps in reverse.
 
-#include "prim/kernels/stack_lanes.h"
+#include "prim/kernels/stack/lanes.h"
 
 namespace vx::prim::VX_VARIANT {
 namespace {

@@ -8,7 +8,7 @@
 // where the last part, once it has been transformed along z, makes room for the rows that it stands
 // for: kz = 1, 2, 3 of the first, then of the last. Rows and sums are those of alongX().
 
-#include "prim/kernels/stack_weights.h"
+#include "prim/kernels/stack/weights.h"
 
 #if defined(VX_LANES8)
 

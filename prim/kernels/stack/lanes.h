@@ -4,7 +4,7 @@
 // several widths at once. What goes across lanes stays inside groups of four.
 
 #include "prim/kernels/shared/intrinsics.h"
-#include "prim/kernels/stack_dft.h"
+#include "prim/kernels/stack/dft.h"
 
 namespace vx::prim::VX_VARIANT {
 namespace {

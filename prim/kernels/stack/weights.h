@@ -2,7 +2,7 @@
 
 // The weights of coefficients, and the transform along x, between whose two ways they are applied.
 
-#include "prim/kernels/stack_transform.h"
+#include "prim/kernels/stack/transform.h"
 
 namespace vx::prim::VX_VARIANT {
 namespace {
