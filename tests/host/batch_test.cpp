@@ -1,6 +1,7 @@
 // Many pictures, pipes, and what the program says of a command line.
 #include <nlohmann/json.hpp>
 
+#include "hosts/cli/pictures/jpeg_header.h"
 #include "tests/host/host_test.h"
 
 namespace vx::host_test {
@@ -107,6 +108,41 @@ TEST_F(Batch, PresetsCombineAndMayBeOnesOwn) {
   EXPECT_EQ(bytesOf("a.png"), bytesOf("b.png"));
   const std::string listed = run("presets", own).out;
   EXPECT_NE(listed.find("  mine             Mine: it is."), std::string::npos) << listed;
+}
+
+TEST_F(Batch, CodingIsThatOfTheSource) {
+  const VImage image = picture(pattern(160, 120, 3, 8).gaussblur(1), 8);
+  for (const std::string coding :
+       {"jpg[Q=75]", "jpg[Q=75,interlace]", "jpg[Q=60,no-subsample]", "jpg[Q=95]",
+        "tif[compression=lzw]", "tif[compression=deflate,predictor=none]", "tif[compression=zstd]",
+        "tif", "webp[lossless]"}) {
+    SCOPED_TRACE(coding);
+    const std::string extension = coding.substr(0, coding.find('['));
+    save(image, "in." + coding);
+    runWell("adjust in." + extension + " -o out." + extension + " --hue-shift 0 --force");
+    if (extension != "jpg") {
+      EXPECT_NEAR(double(bytesOf("out." + extension).size()),
+                  double(bytesOf("in." + extension).size()), 300);
+      EXPECT_EQ(largestDifference(image, open("out." + extension)), 0);
+      continue;
+    }
+    const auto before = cli::jpegHeader(path("in.jpg")), after = cli::jpegHeader(path("out.jpg"));
+    EXPECT_EQ(after->lumaSteps, before->lumaSteps);
+    EXPECT_EQ(after->subsampled, before->subsampled);
+    EXPECT_EQ(after->progressive, before->progressive);
+  }
+  const auto size = [&](const std::string& options) {
+    runWell("adjust in.jpg -o out." + options + " --hue-shift 0 --force");
+    return bytesOf("out." + options.substr(0, options.find(' '))).size();
+  };
+  save(image, "in.jpg[Q=60]");
+  EXPECT_GT(size("jpg --subsampling 444"), size("jpg"));
+  EXPECT_GT(size("jpg --quality 80"), size("jpg"));
+  EXPECT_GT(size("webp --lossless"), size("webp"));
+  EXPECT_GT(size("tif"), size("tif --compression deflate"));
+  // What was made smooth is not made coarse again.
+  EXPECT_EQ(run("unblock in.jpg -o smooth.jpg").code, 0);
+  EXPECT_GT(bytesOf("smooth.jpg").size(), size("jpg"));
 }
 
 TEST_F(Batch, MetadataGoesWhereThatIsAsked) {

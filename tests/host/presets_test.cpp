@@ -68,7 +68,7 @@ TEST_F(Presets, AutoTellsInALineWhatItChoseAndSavesIt) {
   EXPECT_EQ(outcome.complaints(), 1) << outcome.err;
   for (const char* part : {"gamma", "noise ", "non-local", "quality 60"})
     EXPECT_NE(outcome.err.find(part), std::string::npos) << outcome.err;
-  EXPECT_EQ(bytesOf("p.toml").find("luma-gamma = 0\n"), std::string::npos);
+  EXPECT_NE(bytesOf("p.toml").find("luma-gamma = "), std::string::npos);
   // Without a picture it is the wish that is kept.
   runWell("adjust --auto --save-preset wish.toml");
   for (const std::string preset : {"p.toml", "wish.toml"}) {

@@ -1,7 +1,7 @@
 #include <random>
 
 #include "hosts/auto/auto_jpeg.h"
-#include "hosts/cli/pictures/jpeg_table.h"
+#include "hosts/cli/pictures/jpeg_header.h"
 #include "tests/host/host_test.h"
 
 namespace vx::host_test {
@@ -9,8 +9,8 @@ namespace {
 
 // 0 where the file has none.
 int jpegQuality(const fs::path& path) {
-  const auto table = cli::jpegTable(path);
-  return vxAutoJpegQuality(table ? table->data() : nullptr);
+  const auto header = cli::jpegHeader(path);
+  return vxAutoJpegQuality(header ? header->lumaSteps.data() : nullptr);
 }
 
 class Unblock : public HostTest {

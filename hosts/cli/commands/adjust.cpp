@@ -131,7 +131,7 @@ void AdjustCommand::treat(const std::filesystem::path& input, Picture& picture,
     values_ = values;
     values_.automatic = 0;
   }
-  if (trips > 0) removeBlocks(picture.raster, trips);
+  if (trips > 0) removeBlocks(picture, trips);
   if (filter.strength > 0 || changesTone(values))
     adjust(picture.raster, values, filter, previewScale(), progress);
 }

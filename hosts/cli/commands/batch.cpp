@@ -152,7 +152,8 @@ int severalAtATime(const std::vector<Job>& jobs, int workers, const FileOptions&
 
 void refuseNothing(const std::vector<Job>& jobs, const FileOptions& options) {
   const bool asked = options.depth != 0 || options.previewScale != 1 || options.strip ||
-                     options.stripLocation || options.qualityGiven;
+                     options.stripLocation || options.coding.quality || options.coding.subsampled ||
+                     options.coding.tiffCompression || options.coding.lossless;
   for (const Job& job : jobs)
     if (!asked && job.recodes)
       throw UsageError("nothing was asked for: --auto, --preset or a setting says what to do");

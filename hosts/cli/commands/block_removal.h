@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "hosts/cli/pictures/raster.h"
+#include "hosts/cli/pictures/picture.h"
 
 namespace vx::cli {
 
@@ -13,8 +13,9 @@ namespace vx::cli {
 /// alone. Says in a note which of it is the case.
 int fittingTripQuality(const std::filesystem::path& path, std::vector<std::string>& notes);
 
-/// Makes the raster one of 16 bits, which keeps fractions of the result. Throws FileError.
-void removeBlocks(Raster& raster, int quality, int jpegMode = 0, int shiftStep = 1);
+/// Makes the raster one of 16 bits, which keeps fractions of the result, and asks for a coding that
+/// does not bring the blocks back. Throws FileError.
+void removeBlocks(Picture& picture, int quality, int jpegMode = 0, int shiftStep = 1);
 
 /// Bytes per pixel that this takes beside an 8-bit raster: the second one, changes, and a copy.
 inline constexpr int kBlockRemovalBytes = 3 + 6 + 4;

@@ -76,15 +76,28 @@ void addOutputOptions(CLI::App& app, FileOptions& options) {
       ->option_text("8|16")
       ->check(CLI::IsMember({8, 16}))
       ->group(kFiles);
-  app.add_option_function<int>(
-         "--quality",
-         [&options](int quality) {
-           options.quality = quality;
-           options.qualityGiven = true;
-         },
-         helpText("Of JPEG and WebP, 1 to 100; default 92"))
+  app.add_option("--quality", options.coding.quality,
+                 helpText("Of JPEG and WebP, 1 to 100; default that of the picture where a JPEG "
+                          "becomes a JPEG, else 92"))
       ->option_text("Q")
       ->check(CLI::Range(1, 100))
+      ->group(kFiles);
+  app.add_option_function<std::string>(
+         "--subsampling",
+         [&options](const std::string& mode) { options.coding.subsampled = mode == "420"; },
+         helpText("Colour of JPEG: full, or half the width and height; default as the picture, "
+                  "else 420 below quality 90"))
+      ->option_text("444|420")
+      ->check(CLI::IsMember({"444", "420"}))
+      ->group(kFiles);
+  app.add_option("--compression", options.coding.tiffCompression,
+                 helpText("Of TIFF, all without loss; default as the picture, else none"))
+      ->option_text("none|lzw|deflate|zstd")
+      ->check(CLI::IsMember({"none", "lzw", "deflate", "zstd"}))
+      ->group(kFiles);
+  app.add_flag_function(
+         "--lossless", [&options](std::int64_t) { options.coding.lossless = true; },
+         helpText("WebP without loss; default as the picture"))
       ->group(kFiles);
   app.add_option("--background", options.background,
                  helpText("Put transparent pictures on this colour where the result cannot hold "

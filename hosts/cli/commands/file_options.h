@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+#include "hosts/cli/pictures/coding.h"
+
 namespace vx::cli {
 
 /// The upper end of --max-megapixels.
@@ -17,8 +19,7 @@ struct FileOptions {
   std::string suffix;
   std::string format;  // empty: by the output's extension
   int depth = 0;       // 0: as the input
-  int quality = 92;
-  bool qualityGiven = false;
+  Coding coding;       // what is open is taken from the picture
   int previewScale = 1;
   double maxMegapixels = 500;
   int jobs = 0;            // 0: as many as there are processors

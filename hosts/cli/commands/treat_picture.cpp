@@ -2,6 +2,7 @@
 
 #include <sys/resource.h>
 
+#include <algorithm>
 #include <chrono>
 #include <new>
 #include <utility>
@@ -75,7 +76,10 @@ void run(const Job& job, const FileOptions& options, const Treatment& treatment,
     result.seconds.treating = lap();
 
     progress.beginStep("writing");
-    file = encodePicture(picture, job.format, result.resultDepth, options.quality, progress);
+    Coding source = job.recodes ? codingOf(job.input, job.format) : Coding();
+    if (source.quality) source.quality = std::max(*source.quality, picture.leastQuality);
+    const Coding coding = chooseCoding(source, options.coding);
+    file = encodePicture(picture, job.format, result.resultDepth, coding, progress);
     // The pixels are freed first: adding metadata needs further copies of the file.
     picture.raster = Raster(1, 1, 8, 0);
     metadata.setSize(result.width, result.height);

@@ -18,7 +18,7 @@ void UnblockCommand::treat(const std::filesystem::path& input, Picture& picture,
   if (values_.quality == settings::kAuto) quality = fittingTripQuality(input, picture.notes);
   if (quality == 0) return;
   const int jpegMode = static_cast<int>(values_.chroma) | static_cast<int>(values_.colours);
-  removeBlocks(picture.raster, quality, jpegMode, static_cast<int>(values_.shiftStep));
+  removeBlocks(picture, quality, jpegMode, static_cast<int>(values_.shiftStep));
 }
 
 int UnblockCommand::libraryBytes() const { return kBlockRemovalBytes; }

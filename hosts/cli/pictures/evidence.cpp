@@ -4,7 +4,7 @@
 #include <exiv2/exiv2.hpp>
 
 #include "hosts/auto/auto_jpeg.h"
-#include "hosts/cli/pictures/jpeg_table.h"
+#include "hosts/cli/pictures/jpeg_header.h"
 
 namespace vx::cli {
 namespace {
@@ -34,7 +34,8 @@ void takeExif(const std::filesystem::path& path, VxAutoEvidence& evidence) try {
 VxAutoEvidence evidenceOf(const std::filesystem::path& path) {
   VxAutoEvidence evidence{};
   takeExif(path, evidence);
-  if (const auto table = jpegTable(path)) vxAutoLumaSteps(table->data(), evidence.lumaSteps);
+  if (const auto header = jpegHeader(path))
+    vxAutoLumaSteps(header->lumaSteps.data(), evidence.lumaSteps);
   return evidence;
 }
 

@@ -1,4 +1,4 @@
-// The quantisation table of a JPEG file.
+// What the header of a JPEG file tells of its coding.
 #pragma once
 
 #include <array>
@@ -7,10 +7,13 @@
 
 namespace vx::cli {
 
-using JpegTable = std::array<int, 64>;
+struct JpegHeader {
+  std::array<int, 64> lumaSteps;  // of the quantisation table, row by row, each at least 1
+  bool subsampled;                // the colour has half the width and half the height, or less
+  bool progressive;
+};
 
-/// The steps of the luma, row by row, each at least 1. Nothing for a file that is no JPEG or whose
-/// header is damaged.
-std::optional<JpegTable> jpegTable(const std::filesystem::path& path);
+/// Nothing for a file that is no JPEG or whose header is damaged.
+std::optional<JpegHeader> jpegHeader(const std::filesystem::path& path);
 
 }  // namespace vx::cli

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "hosts/cli/console/progress.h"
+#include "hosts/cli/pictures/coding.h"
 #include "hosts/cli/pictures/formats.h"
 #include "hosts/cli/pictures/raster.h"
 
@@ -25,6 +26,7 @@ struct Picture {
   // What libvips found; Exiv2 0.27 does not read it from every PNG.
   std::vector<std::uint8_t> exif, xmp;
   std::vector<std::pair<std::string, std::string>> pngTexts;
+  int leastQuality = 0;            // of a lossy result, so that what was done is not undone
   std::vector<std::string> notes;  // what was converted on the way in, one line each
 };
 
@@ -56,6 +58,6 @@ Picture readPicture(const std::filesystem::path& path, const ReadOptions& option
 /// The bytes of a file that shows the picture, with its ICC profile, resolution and (PNG) texts.
 /// EXIF, XMP and IPTC are not there yet. Throws FileError, Cancelled.
 std::vector<std::uint8_t> encodePicture(const Picture& picture, Format format, int depth,
-                                        int quality, Progress& progress);
+                                        const Coding& coding, Progress& progress);
 
 }  // namespace vx::cli

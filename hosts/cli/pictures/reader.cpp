@@ -225,6 +225,7 @@ Picture read(const std::filesystem::path& path, const ReadOptions& options, Prog
                   .exif = headerBlob(image, VIPS_META_EXIF_NAME),
                   .xmp = headerBlob(image, VIPS_META_XMP_NAME),
                   .pngTexts = pngTexts(image),
+                  .leastQuality = 0,
                   .notes = std::move(notes)};
   Sink sink{picture.raster, progress, depth, colours, columns, rows, image.height()};
   if (vips_sink_disc(image.get_image(), takeArea, &sink) != 0) {

@@ -1,5 +1,6 @@
 #include <cstring>
 #include <new>
+#include <string>
 #include <vips/vips8>
 
 #include "hosts/cli/console/cancel.h"
@@ -65,20 +66,45 @@ VImage describe(Source& source) {
   return image;
 }
 
-VipsBlob* save(const VImage& image, Format format, int depth, int quality) {
+constexpr int kUsualQuality = 92;
+
+VipsBlob* saveJpeg(const VImage& image, const Coding& coding) {
+  VipsForeignSubsample subsampling = VIPS_FOREIGN_SUBSAMPLE_AUTO;
+  if (coding.subsampled)
+    subsampling = *coding.subsampled ? VIPS_FOREIGN_SUBSAMPLE_ON : VIPS_FOREIGN_SUBSAMPLE_OFF;
+  return image.jpegsave_buffer(VImage::option()
+                                   ->set("Q", coding.quality.value_or(kUsualQuality))
+                                   ->set("optimize_coding", true)
+                                   ->set("interlace", coding.progressive)
+                                   ->set("subsample_mode", subsampling));
+}
+
+VipsBlob* saveTiff(const VImage& image, const Coding& coding) {
+  // Classic TIFF addresses 4 GB.
+  const double bytes = static_cast<double>(VIPS_IMAGE_SIZEOF_IMAGE(image.get_image()));
+  const std::string name = coding.tiffCompression.value_or("none");
+  const int compression =
+      vips_enum_from_nick("vxicore", VIPS_TYPE_FOREIGN_TIFF_COMPRESSION, name.c_str());
+  return image.tiffsave_buffer(VImage::option()
+                                   ->set("bigtiff", bytes > 3.9e9)
+                                   ->set("compression", compression)
+                                   ->set("predictor", coding.tiffPredictor
+                                                          ? VIPS_FOREIGN_TIFF_PREDICTOR_HORIZONTAL
+                                                          : VIPS_FOREIGN_TIFF_PREDICTOR_NONE));
+}
+
+VipsBlob* save(const VImage& image, Format format, int depth, const Coding& coding) {
   switch (format) {
     case Format::kJpeg:
-      return image.jpegsave_buffer(
-          VImage::option()->set("Q", quality)->set("optimize_coding", true));
+      return saveJpeg(image, coding);
     case Format::kPng:
       return image.pngsave_buffer(VImage::option()->set("bitdepth", depth));
-    case Format::kTiff: {
-      // Classic TIFF addresses 4 GB.
-      const double bytes = static_cast<double>(VIPS_IMAGE_SIZEOF_IMAGE(image.get_image()));
-      return image.tiffsave_buffer(VImage::option()->set("bigtiff", bytes > 3.9e9));
-    }
+    case Format::kTiff:
+      return saveTiff(image, coding);
     case Format::kWebp:
-      return image.webpsave_buffer(VImage::option()->set("Q", quality));
+      return image.webpsave_buffer(VImage::option()
+                                       ->set("Q", coding.quality.value_or(kUsualQuality))
+                                       ->set("lossless", coding.lossless.value_or(false)));
   }
   throw FileError("unknown format");
 }
@@ -86,11 +112,11 @@ VipsBlob* save(const VImage& image, Format format, int depth, int quality) {
 }  // namespace
 
 std::vector<std::uint8_t> encodePicture(const Picture& picture, Format format, int depth,
-                                        int quality, Progress& progress) {
+                                        const Coding& coding, Progress& progress) {
   Source source{picture, progress, depth, picture.raster.alphaDepth() > 0 && traits(format).alpha};
   try {
     const VImage image = describe(source);
-    VipsBlob* blob = save(image, format, depth, quality);
+    VipsBlob* blob = save(image, format, depth, coding);
     std::size_t size = 0;
     const auto* bytes = static_cast<const std::uint8_t*>(vips_blob_get(blob, &size));
     std::vector<std::uint8_t> result(bytes, bytes + size);
