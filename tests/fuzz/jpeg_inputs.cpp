@@ -1,4 +1,4 @@
-// Spoilt streams of our own encoder.
+// Damaged streams of our own encoder.
 
 #include <algorithm>
 

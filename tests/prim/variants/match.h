@@ -84,9 +84,9 @@ void refuseOne(const Prim& entry, const Images& images, Row<Args...> row,
     using Search = prim::SearchRow;
     const Search search = *std::get<i>(good);
     const auto withField = [&](auto field, auto bad, ArgumentKind kind, int status) {
-      Search spoilt = search;
-      spoilt.*field = bad;
-      with(kind, &spoilt, status);
+      Search changed = search;
+      changed.*field = bad;
+      with(kind, &changed, status);
     };
     for (const auto field :
          {&Search::candidate, &Search::target, &Search::weights, &Search::srcU, &Search::srcV})
