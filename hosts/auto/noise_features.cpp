@@ -49,6 +49,9 @@ double meanStep(const VxAutoEvidence& evidence) {
 
 NoiseFeatures noiseFeatures(const BlockStatistics& statistics, const VxAutoEvidence& evidence) {
   constexpr std::size_t kFewest = 8;
+  // A picture without colour cannot tell its noise by it. It counts as one whose colour is as noisy
+  // as white noise of the same fine luma would make it, and shows nothing else.
+  constexpr double kGrey = 0.05, kFineColour10 = 1.9, kFineColour = 2.2;
   std::vector<float> plane, fine;
   for (std::size_t i = 0; i < statistics.plane8.size(); ++i) {
     if (statistics.plane8[i] < kDeadBelow) continue;
@@ -71,6 +74,11 @@ NoiseFeatures noiseFeatures(const BlockStatistics& statistics, const VxAutoEvide
   features.wide25 = percentile(wide, 0.25);
   features.colour10 = percentile(colour, 0.1);
   features.colour = rms(colour);
+  features.grey = features.colour < kGrey;
+  if (features.grey) {
+    features.colour10 = kFineColour10 * features.fine1;
+    features.colour = kFineColour * features.fine1;
+  }
   features.steps = meanStep(evidence);
   features.coherence = coherenceBelow(features.plane25, statistics);
   return features;

@@ -16,6 +16,7 @@ struct NoiseFeatures {
   double fine1, fine25;            // of fine8
   double wide25;                   // of plane16
   double colour, colour10;         // rms and percentile of fineColour8
+  bool grey;                       // without colour, for which these two are then made up
   double steps;                    // mean of the luma's first five AC steps; 0: no JPEG
   double coherence;                // mean of coherence8 where plane8 is up to plane25
 };

@@ -63,6 +63,8 @@ TEST(AutoNoise, ReadsEveryLayoutAlike) {
   // The one channel has the noise of a channel, not of the luma.
   const VxAutoNoise grey = noiseOf(Bytes(withNoise(flat(320, 240, 120), 7), 255, 1));
   EXPECT_NEAR(grey.sigma / 7, 1, 0.15);
+  EXPECT_GT(grey.nonLocal, 0);
+  EXPECT_GT(grey.fast, 0);
 }
 
 TEST(AutoNoise, IsOffWhereThereIsNone) {

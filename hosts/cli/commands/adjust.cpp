@@ -104,7 +104,7 @@ void AdjustCommand::choose(const VxAutoNoise& noise, Picture& picture,
   const VxAutoTone tone = chooseTone(picture.raster, noise);
   picture.notes.push_back(describeTone(tone));
   if (values.lumaGamma == 0) values.lumaGamma = tone.lumaGamma;
-  if (values.lumaEqAmount == 0) {
+  if (values.lumaEqAmount == 0 && tone.lumaEqAmount != 0) {
     values.lumaEqAmount = tone.lumaEqAmount;
     values.lumaEqRadius = tone.lumaEqRadius * static_cast<float>(previewScale());
   }
