@@ -12,7 +12,13 @@
 
 #include "prim/kernels/shared/kernel.h"
 
-#define VX_STACK [[maybe_unused, gnu::always_inline]] inline
+// Instrumented by a sanitizer, the inlined whole would take minutes to compile.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#define VX_INLINED
+#else
+#define VX_INLINED __attribute__((always_inline))
+#endif
+#define VX_STACK [[maybe_unused]] VX_INLINED inline
 
 namespace vx::prim::VX_VARIANT {
 namespace {
@@ -20,12 +26,10 @@ namespace {
 // f(0), f(1), ... f(n - 1), each with its argument as a type.
 template <int n, class F>
 VX_STACK void unrolled(F f) {
-  [&]<int... i>(std::integer_sequence<int, i...>) __attribute__((always_inline)) {
-    (f.template operator()<i>(), ...);
-  }
+  [&]<int... i>(std::integer_sequence<int, i...>) VX_INLINED { (f.template operator()<i>(), ...); }
   (std::make_integer_sequence<int, n>());
 }
-#define VX_UNROLLED [&]<int k>() __attribute__((always_inline))
+#define VX_UNROLLED [&]<int k>() VX_INLINED
 
 // cos(2 pi k / n) for the angles that occur: multiples of 22.5 and of 30 degrees up to 90.
 constexpr float cosine(int k, int n) {
@@ -140,7 +144,7 @@ VX_STACK void realDft(const V* x, V* re, V* im) {
     realDft<h>(odd, oddRe, oddIm);
     re[0] = evenRe[0] + oddRe[0];
     re[h] = evenRe[0] - oddRe[0];
-    unrolled<(h - 1) / 2>([&]<int j>() __attribute__((always_inline)) {
+    unrolled<(h - 1) / 2>([&]<int j>() VX_INLINED {
       constexpr int k = j + 1;
       turn<n, k>(oddRe[k], oddIm[k]);
       re[k] = evenRe[k] + oddRe[k];
@@ -172,7 +176,7 @@ VX_STACK void realInverse(const V* re, const V* im, V* x) {
     V even[h], odd[h], evenRe[h / 2 + 1], evenIm[h / 2 + 1], oddRe[h / 2 + 1], oddIm[h / 2 + 1];
     evenRe[0] = re[0] + re[h];
     oddRe[0] = re[0] - re[h];
-    unrolled<(h - 1) / 2>([&]<int j>() __attribute__((always_inline)) {
+    unrolled<(h - 1) / 2>([&]<int j>() VX_INLINED {
       constexpr int k = j + 1;
       evenRe[k] = re[k] + re[h - k];
       evenIm[k] = im[k] - im[h - k];

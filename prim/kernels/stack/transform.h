@@ -57,7 +57,7 @@ VX_STACK void acrossRow(int n, F f) {
   for (int x = 0; x < n; x += 4) f.template operator()<Lanes4>(x);
 #endif
 }
-#define VX_ACROSS [&]<class L>(int x) __attribute__((always_inline))
+#define VX_ACROSS [&]<class L>(int x) VX_INLINED
 
 struct Spectrum {
   static constexpr int kMost = kStackMostSize * kStackMostSize * kStackMostDepth / 2;
@@ -164,7 +164,7 @@ void alongZ(int n, Spectrum& s) {
           L::store(s.real + n + x, im[0]);
           L::store(s.real + 2 * n + x, re[d / 2]);
           L::store(s.real + 3 * n + x, im[d / 2]);
-          unrolled<d / 2 - 1>([&]<int j>() __attribute__((always_inline)) {
+          unrolled<d / 2 - 1>([&]<int j>() VX_INLINED {
             constexpr int k = j + 1;
             const int f = body + j * n + x;
             const int h = f + (d / 2 - 1) * n;
@@ -199,7 +199,7 @@ void backAlongZ(int n, Spectrum& s) {
           im[0] = L::load(s.real + n + x);
           re[d / 2] = L::load(s.real + 2 * n + x);
           im[d / 2] = L::load(s.real + 3 * n + x);
-          unrolled<d / 2 - 1>([&]<int j>() __attribute__((always_inline)) {
+          unrolled<d / 2 - 1>([&]<int j>() VX_INLINED {
             constexpr int k = j + 1;
             const int f = body + j * n + x;
             const int h = f + (d / 2 - 1) * n;

@@ -3,6 +3,8 @@
 // The driver of every primitive. Most arguments follow from their types and names: images with
 // their steps, width and height, lists and values. A plan says what does not.
 
+#include <tuple>
+
 #include "tests/prim/variants/plans.h"
 
 namespace vx::test {
@@ -106,13 +108,17 @@ struct Operands {
   }
 };
 
+/// @param row  of the dispatch table
 template <class... Args>
-void drive(const Prim& entry, Row<Args...> row) {
+void drive(const Prim& entry, int (*const (&row)[prim::kColumnCount])(Args...)) {
   forTrials(entry, [&](Trial& t) {
     const Plan plan = planOf(entry, t);
     Operands operands{entry, t, plan};
-    const std::tuple<Args...> args{operands.argument<Args>()...};
-    match<Args...>(entry, t, row, operands.images, plan.expected, args, operands.rowSizes);
+    std::tuple<Args...> args{operands.argument<Args>()...};
+    const auto arguments =
+        std::apply([](auto&... all) { return std::vector{argumentOf(all)...}; }, args);
+    match(entry, t, operands.images, plan.expected, operands.rowSizes, arguments,
+          [&](int column) { return std::apply(row[column], args); });
   });
 }
 

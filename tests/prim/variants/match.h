@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <functional>
-#include <tuple>
 #include <utility>
 
 #include "prim/dispatch.h"
@@ -12,10 +12,6 @@
 #include "tests/prim/variants/trial.h"
 
 namespace vx::test {
-
-/// A row of the dispatch table for primitives with the parameters Args.
-template <class... Args>
-using Row = int (*const (&)[prim::kColumnCount])(Args...);
 
 using Images = std::vector<GuardedImage*>;
 
@@ -61,32 +57,93 @@ inline ArgumentKind kindOf(const Prim& entry, std::size_t index) {
   return name.ends_with("tep") ? ArgumentKind::step : ArgumentKind::other;
 }
 
-/// Argument i made bad, if there is a way; what is checked after it is wrong as well.
-/// @param rowSize  of a step: what a row of the image holds that the primitive reads or writes
-template <std::size_t i, class... Args>
-void refuseOne(const Prim& entry, const Images& images, Row<Args...> row,
-               const std::tuple<Args...>& good, RowSize rowSize) {
-  using T = std::tuple_element_t<i, std::tuple<Args...>>;
-  const auto with = [&](ArgumentKind kind, T bad, int status) {
-    SCOPED_TRACE(::testing::Message() << "bad argument " << i << " of " << entry.arguments);
-    std::tuple<Args...> args = good;
-    auto zeroIfLater = [&, at = std::size_t{0}](auto& argument) mutable {
-      const ArgumentKind own = kindOf(entry, at++);
-      if constexpr (std::is_same_v<decltype(argument), int&>)
-        if (own > kind && own != ArgumentKind::other) argument = 0;
-    };
-    std::apply([&](auto&... all) { (zeroIfLater(all), ...); }, args);
-    std::get<i>(args) = bad;
-    const auto call = [&](int column) { return std::apply(row[column], args); };
-    matchColumns(bodyColumns(), images, status, call);
-  };
-  if constexpr (std::is_same_v<T, const prim::SearchRow*>) {
+/// One argument of a call, of whatever type: where it stands, and what may be put there.
+struct Argument {
+  enum class Type { pointer, integer, search, other };
+  Type type;
+  void* address;
+
+  template <class T>
+  T get() const {
+    T value;
+    std::memcpy(&value, address, sizeof value);
+    return value;
+  }
+  template <class T>
+  void put(T value) const {
+    std::memcpy(address, &value, sizeof value);
+  }
+};
+
+template <class T>
+Argument argumentOf(T& value) {
+  return {std::is_same_v<T, const prim::SearchRow*> ? Argument::Type::search
+          : std::is_pointer_v<T>                    ? Argument::Type::pointer
+          : std::is_same_v<T, int>                  ? Argument::Type::integer
+                                                    : Argument::Type::other,
+          &value};
+}
+
+/// Calls with arguments made bad one by one. The types of the arguments are gone here, so that this
+/// is compiled once and not for every primitive.
+class Refusals {
+ public:
+  Refusals(const Prim& entry, const Images& images, const std::vector<RowSize>& rowSizes,
+           const std::vector<Argument>& arguments, const std::function<int(int)>& call)
+      : entry_(entry), images_(images), rowSizes_(rowSizes), arguments_(arguments), call_(call) {}
+
+  void all() const {
+    for (std::size_t i = 0; i < arguments_.size(); ++i) {
+      const Argument::Type type = arguments_[i].type;
+      if (type == Argument::Type::integer) ofInteger(i);
+      if (type == Argument::Type::search) ofSearchRow(i);
+      if (type == Argument::Type::search || type == Argument::Type::pointer)
+        with(i, ArgumentKind::pointer, static_cast<void*>(nullptr), prim::kStatusNullPtr);
+    }
+  }
+
+ private:
+  /// Argument i is `bad`, and what is checked after it is wrong as well.
+  template <class T>
+  void with(std::size_t i, ArgumentKind kind, T bad, int status) const {
+    SCOPED_TRACE(::testing::Message() << "bad argument " << i << " of " << entry_.arguments);
+    std::vector<std::pair<Argument, int>> good;
+    for (std::size_t at = 0; at < arguments_.size(); ++at) {
+      const ArgumentKind own = kindOf(entry_, at);
+      if (arguments_[at].type != Argument::Type::integer || own <= kind ||
+          own == ArgumentKind::other)
+        continue;
+      good.emplace_back(arguments_[at], arguments_[at].get<int>());
+      arguments_[at].put(0);
+    }
+    const T own = arguments_[i].get<T>();
+    arguments_[i].put(bad);
+    matchColumns(bodyColumns(), images_, status, call_);
+    arguments_[i].put(own);
+    for (const auto& [argument, value] : good) argument.put(value);
+  }
+
+  void ofInteger(std::size_t i) const {
+    const ArgumentKind kind = kindOf(entry_, i);
+    for (const int bad : {0, -3}) {
+      if (kind == ArgumentKind::size) with(i, kind, bad, prim::kStatusBadSize);
+      if (kind == ArgumentKind::step && entry_.checksSteps)
+        with(i, kind, bad, prim::kStatusBadStep);
+    }
+    if (kind != ArgumentKind::step) return;
+    const RowSize rowSize = rowSizes_[i];
+    if (entry_.shortStep != 0) with(i, kind, rowSize.bytes - 1, entry_.shortStep);
+    if (entry_.unevenStep != 0 && rowSize.elementBytes == sizeof(float))
+      with(i, kind, rowSize.bytes + 1, entry_.unevenStep);
+  }
+
+  void ofSearchRow(std::size_t i) const {
     using Search = prim::SearchRow;
-    const Search search = *std::get<i>(good);
+    const auto* given = arguments_[i].get<const Search*>();
     const auto withField = [&](auto field, auto bad, ArgumentKind kind, int status) {
-      Search changed = search;
+      Search changed = *given;
       changed.*field = bad;
-      with(kind, &changed, status);
+      with(i, kind, static_cast<const Search*>(&changed), status);
     };
     for (const auto field :
          {&Search::candidate, &Search::target, &Search::weights, &Search::srcU, &Search::srcV})
@@ -94,35 +151,27 @@ void refuseOne(const Prim& entry, const Images& images, Row<Args...> row,
     for (const auto field : {&Search::best, &Search::dstU, &Search::dstV})
       withField(field, nullptr, ArgumentKind::pointer, prim::kStatusNullPtr);
     withField(&Search::count, 0, ArgumentKind::size, prim::kStatusBadSize);
-    const int rowBytes = 4 * std::get<i + 1>(good), reach = 4 * (search.count - 1);
+    const int rowBytes = 4 * arguments_[i + 1].get<int>(), reach = 4 * (given->count - 1);
     for (const auto field :
          {&Search::targetStep, &Search::bestStep, &Search::dstUStep, &Search::dstVStep})
       withField(field, rowBytes - 1, ArgumentKind::step, prim::kStatusBadStep);
     for (const auto field : {&Search::candidateStep, &Search::srcUStep, &Search::srcVStep})
       withField(field, rowBytes + reach - 1, ArgumentKind::step, prim::kStatusBadStep);
   }
-  if constexpr (std::is_pointer_v<T>) {
-    with(ArgumentKind::pointer, nullptr, prim::kStatusNullPtr);
-  } else if constexpr (std::is_same_v<T, int>) {
-    const ArgumentKind kind = kindOf(entry, i);
-    for (const int bad : {0, -3}) {
-      if (kind == ArgumentKind::size) with(kind, bad, prim::kStatusBadSize);
-      if (kind == ArgumentKind::step && entry.checksSteps) with(kind, bad, prim::kStatusBadStep);
-    }
-    if (kind != ArgumentKind::step) return;
-    if (entry.shortStep != 0) with(kind, rowSize.bytes - 1, entry.shortStep);
-    if (entry.unevenStep != 0 && rowSize.elementBytes == sizeof(float))
-      with(kind, rowSize.bytes + 1, entry.unevenStep);
-  }
-}
+
+  const Prim& entry_;
+  const Images& images_;
+  const std::vector<RowSize>& rowSizes_;
+  const std::vector<Argument>& arguments_;
+  const std::function<int(int)>& call_;
+};
 
 /// One trial: the call in every column, apart from each other where the generic body has another
 /// result than all others, and now and then with each argument made bad: null pointers, sizes below
 /// 1 and, where they are checked, steps below 1, shorter than their rows and uneven.
-template <class... Args>
-void match(const Prim& entry, const Trial& trial, Row<Args...> row, const Images& images,
-           int expected, const std::tuple<Args...>& args, const std::vector<RowSize>& rowSizes) {
-  const auto call = [&](int column) { return std::apply(row[column], args); };
+inline void match(const Prim& entry, const Trial& trial, const Images& images, int expected,
+                  const std::vector<RowSize>& rowSizes, const std::vector<Argument>& arguments,
+                  const std::function<int(int)>& call) {
   std::vector<int> columns = bodyColumns();
   if (entry.has("Sum_32f") || entry.has("Mean_32f")) {
     matchColumns({0}, images, expected, call);
@@ -131,15 +180,11 @@ void match(const Prim& entry, const Trial& trial, Row<Args...> row, const Images
   const int status = matchColumns(columns, images, expected, call);
   if (trial.number % 23 != 0 || status == prim::kStatusBadSize || status == prim::kStatusBadStep)
     return;
-  [&]<std::size_t... i>(std::index_sequence<i...>) {
-    (refuseOne<i, Args...>(entry, images, row, args, rowSizes[i]), ...);
-  }
-  (std::index_sequence_for<Args...>());
+  Refusals(entry, images, rowSizes, arguments, call).all();
 }
 
 /// Calls body(trial) for every trial until one fails.
-template <class Body>
-void forTrials(const Prim& entry, Body body) {
+inline void forTrials(const Prim& entry, const std::function<void(Trial&)>& body) {
   // Denormals are zero in every body, as they are inside the library's exported functions.
   const prim::FloatModeGuard floatMode;
   for (int number = 0; number < kTrials && !::testing::Test::HasFailure(); ++number) {
