@@ -1,5 +1,6 @@
 #include "hosts/cli/commands/advice.h"
 
+#include <CLI/CLI.hpp>
 #include <filesystem>
 
 #include "hosts/cli/pictures/formats.h"

@@ -1,9 +1,12 @@
 // What to say to a command line that cannot be understood.
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <string>
 #include <vector>
+
+namespace CLI {
+class App;
+}
 
 namespace vx::cli {
 

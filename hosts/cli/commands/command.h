@@ -1,10 +1,13 @@
 // One subcommand of the program.
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <string>
 
 #include "hosts/cli/console/error.h"
+
+namespace CLI {
+class App;
+}
 
 namespace vx::cli {
 
@@ -14,18 +17,15 @@ class Command {
   Command& operator=(const Command&) = delete;
   virtual ~Command() = default;
 
-  bool chosen() const { return app_->parsed(); }
+  bool chosen() const;
   /// Returns the exit code. Throws UsageError.
   virtual int run() = 0;
 
  protected:
-  Command(CLI::App& program, const std::string& name, const std::string& summary)
-      : name_(name), app_(program.add_subcommand(name, summary)) {}
+  Command(CLI::App& program, const std::string& name, const std::string& summary);
 
   /// Example command lines, two spaces before and a line break after each, and a closing line.
-  void addExamples(const std::string& examples, const std::string& closing) {
-    app_->footer("Examples:\n" + examples + "\n" + closing + "\n" + kExitCodesHelp);
-  }
+  void addExamples(const std::string& examples, const std::string& closing);
 
   const std::string& name() const { return name_; }
   CLI::App& app() const { return *app_; }

@@ -1,12 +1,15 @@
 // The options that subcommands share: input pictures, destination and format.
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "hosts/cli/pictures/coding.h"
+
+namespace CLI {
+class App;
+}
 
 namespace vx::cli {
 

@@ -1,5 +1,6 @@
 #include "hosts/cli/commands/noise.h"
 
+#include <CLI/CLI.hpp>
 #include <cstdio>
 #include <nlohmann/json.hpp>
 

@@ -1,5 +1,6 @@
 #include "hosts/cli/commands/presets.h"
 
+#include <CLI/CLI.hpp>
 #include <cstdio>
 
 namespace vx::cli {

@@ -1,5 +1,6 @@
 #include "hosts/cli/commands/treating_command.h"
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdio>
 #include <utility>
@@ -107,8 +108,7 @@ int TreatingCommand::run() {
   if (!savePreset_.empty() && files_.inputs.empty()) return kExitDone;
   const Treatment treatment{
       .verb = "enhancing",
-      .settings = settings::describe(table_),
-      .settingTexts = settings::texts(table_),
+      .settings = settings::texts(table_),
       .libraryBytes = libraryBytes(),
       .apply = [this](const std::filesystem::path& input, Picture& picture, Progress& progress) {
         treat(input, picture, progress);
