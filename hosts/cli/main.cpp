@@ -1,6 +1,7 @@
 // vxicore: makes photographs better, from the command line.
 #include <vips/vips.h>
 
+#include <CLI/CLI.hpp>
 #include <cstdio>
 #include <exception>
 #include <memory>
@@ -92,6 +93,9 @@ int main(int argc, char** argv) {
     return vx::cli::run(argc, argv);
   } catch (const vx::cli::UsageError& error) {
     return vx::cli::usage(error.what());
+  } catch (const vx::cli::Cancelled&) {  // before the first picture
+    std::fputs("vxicore: cancelled\n", stderr);
+    return vx::cli::kExitCancelled;
   } catch (const std::exception& error) {
     std::fprintf(stderr, "vxicore: %s\n", error.what());
     return vx::cli::kExitSomeFailed;

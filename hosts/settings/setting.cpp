@@ -79,21 +79,17 @@ std::string describeRange(const Setting& setting) {
   return "[" + listWords(setting, numbers) + ", default " + format(setting, setting.neutral) + "]";
 }
 
-std::map<std::string, std::string> texts(BoundTable table) {
-  std::map<std::string, std::string> result;
+Texts texts(BoundTable table) {
+  Texts result;
   for (const auto& [setting, value] : table)
-    if (*value != setting->neutral) result[std::string(setting->name)] = format(*setting, *value);
+    if (*value != setting->neutral) result.emplace_back(setting->name, format(*setting, *value));
   return result;
 }
 
-std::string describe(BoundTable table) {
-  std::string text;
-  for (const auto& [setting, value] : table) {
-    if (*value == setting->neutral) continue;
-    if (!text.empty()) text += ", ";
-    text += std::string(setting->name) + ' ' + format(*setting, *value);
-  }
-  return text.empty() ? "defaults" : text;
+std::string inWords(const Texts& texts) {
+  std::string line;
+  for (const auto& [name, value] : texts) line += (line.empty() ? "" : ", ") + name + ' ' + value;
+  return line.empty() ? "defaults" : line;
 }
 
 }  // namespace vx::settings

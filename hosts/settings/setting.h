@@ -4,11 +4,11 @@
 #pragma once
 
 #include <array>
-#include <map>
 #include <span>
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace vx::settings {
@@ -92,10 +92,12 @@ std::string valueName(const Setting& setting);
 /// The range and neutral value of a setting for its help.
 std::string describeRange(const Setting& setting);
 
-/// The settings that differ from neutral: name and value.
-std::map<std::string, std::string> texts(BoundTable table);
+using Texts = std::vector<std::pair<std::string, std::string>>;
 
-/// The same in the order of the table, as "name value, name value", or "defaults".
-std::string describe(BoundTable table);
+/// The settings that differ from neutral, in the order of the table: name and value.
+Texts texts(BoundTable table);
+
+/// As "name value, name value", or "defaults".
+std::string inWords(const Texts& texts);
 
 }  // namespace vx::settings

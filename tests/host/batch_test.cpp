@@ -83,6 +83,12 @@ TEST_F(Batch, PicturesGoThroughPipes) {
   EXPECT_EQ(bytesOf("piped.png"), bytesOf("a.png"));
   EXPECT_NE(std::system((program + " < /dev/null > none.png 2> told").c_str()), 0);
   EXPECT_EQ(bytesOf("none.png") + bytesOf("told"), "vxicore: standard input: is empty\n");
+  // A pipe that brings nothing and does not end.
+  const std::string waiting = "cd " + path("") + " && mkfifo pipe && exec 9<> pipe && " +
+                              "timeout --preserve-status -s INT 1 " VX_PROGRAM
+                              " adjust - -o late.png --preset vivid < pipe 2> told";
+  EXPECT_EQ(WEXITSTATUS(std::system(waiting.c_str())), 130);
+  EXPECT_EQ(bytesOf("told"), "vxicore: cancelled\n");
 }
 
 TEST_F(Batch, CommandLinesAreUnderstoodOrAdvised) {
@@ -94,6 +100,7 @@ TEST_F(Batch, CommandLinesAreUnderstoodOrAdvised) {
   runBadly(2, "did you mean --preset", "adjust in/a.png -o b.png --presett vivid");
   runBadly(2, "did you mean vivid", "adjust in/a.png -o b.png --preset vivd");
   runBadly(2, "nothing was asked for", "adjust in/a.png -o new/folder/");
+  runBadly(2, "--lossless: no result is webp", "adjust in/a.png -o new/folder/ --lossless");
   EXPECT_EQ(files(), (Names{"-dash.png", "a.png", "dash.png", "in"}));
 }
 

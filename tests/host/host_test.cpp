@@ -23,6 +23,14 @@ std::string contentOf(const fs::path& path) {
   return text.str();
 }
 
+/// With a null pointer at the end.
+std::vector<char*> pointersTo(Names& texts) {
+  std::vector<char*> pointers;
+  for (std::string& text : texts) pointers.push_back(text.data());
+  pointers.push_back(nullptr);
+  return pointers;
+}
+
 void redirect(const char* path, int descriptor) {
   const int file = ::open(path, O_WRONLY | O_CREAT | O_TRUNC, 0600);
   dup2(file, descriptor);
@@ -56,22 +64,23 @@ void HostTest::TearDown() {
 Outcome HostTest::run(const std::vector<std::string>& arguments,
                       const Environment& environment) const {
   const std::string out = folder_.string() + ".out", err = folder_.string() + ".err";
+  // All that allocates comes before the fork: other threads may hold the allocator's locks.
+  Names words{VX_PROGRAM}, variables;
+  words.insert(words.end(), arguments.begin(), arguments.end());
+  for (const auto& [name, value] : environment.variables) variables.push_back(name + '=' + value);
+  for (char** inherited = environ; *inherited != nullptr; ++inherited)
+    variables.emplace_back(*inherited);
+  const std::vector<char*> argv = pointersTo(words), envp = pointersTo(variables);
   const pid_t child = fork();
   if (child == 0) {
     if (chdir(folder_.c_str()) != 0) _exit(127);
     redirect(out.c_str(), STDOUT_FILENO);
     redirect(err.c_str(), STDERR_FILENO);
-    for (const auto& [name, value] : environment.variables) setenv(name.c_str(), value.c_str(), 1);
     if (environment.fileSizeLimit > 0) {
       const struct rlimit limit { environment.fileSizeLimit, environment.fileSizeLimit };
       setrlimit(RLIMIT_FSIZE, &limit);
     }
-    std::string program = VX_PROGRAM;
-    std::vector<char*> argv{program.data()};
-    for (const std::string& argument : arguments)
-      argv.push_back(const_cast<char*>(argument.c_str()));
-    argv.push_back(nullptr);
-    execv(program.c_str(), argv.data());
+    execve(argv[0], argv.data(), envp.data());
     _exit(127);
   }
   int status = 0;

@@ -8,6 +8,7 @@
 #include <chrono>
 #include <cmath>
 #include <cstdio>
+#include <numeric>
 
 #include "hosts/cli/commands/worker_pool.h"
 #include "hosts/cli/console/cancel.h"
@@ -35,20 +36,19 @@ class Teller {
     if (!options_.quiet)
       for (const auto* list : {&result.notes, &result.chosen})
         for (const std::string& note : *list) complain(job, "note: " + note);
-    if (result.status == "failed") complain(job, result.error);
-    if (result.status == "cancelled" && count_ == 1) complain(job, "cancelled");
-    if (options_.json) put(stdout, jsonLine(job, result, treatment_.settingTexts) + '\n');
-    if (options_.verbose && result.status == "done")
+    if (result.status == Status::kFailed) complain(job, result.error);
+    if (result.status == Status::kCancelled && count_ == 1) complain(job, "cancelled");
+    if (options_.json) put(stdout, jsonLine(job, result, treatment_.settings) + '\n');
+    if (options_.verbose && result.status == Status::kDone)
       put(job.toStandardOutput() ? stderr : stdout,
           report(job, result, treatment_.verb, treatment_.settings));
-    done_ += result.status == "done";
-    skipped_ += result.status == "skipped";
-    failed_ += result.status == "failed";
-    cancelled_ |= result.status == "cancelled";
+    done_ += result.status == Status::kDone;
+    skipped_ += result.status == Status::kSkipped;
+    failed_ += result.status == Status::kFailed;
     pixels_ += static_cast<double>(result.width) * result.height;
   }
 
-  /// "12 of 100", and how long the others will take.
+  /// "12/100", and how long the others will take.
   std::string position(std::size_t finished) const {
     std::string text = std::to_string(finished) + "/" + std::to_string(count_);
     const std::size_t worked = finished - std::min(finished, skipped_);
@@ -60,15 +60,17 @@ class Teller {
     return text;
   }
 
+  /// Says how it went; returns the exit code.
   int end(double megabytes) const {
-    if (count_ > 1 && (cancelled_ || !options_.quiet)) {
+    const bool cancelled = done_ + skipped_ + failed_ < count_;
+    if (count_ > 1 && (cancelled || !options_.quiet)) {
       std::fprintf(stderr,
                    "vxicore: %s%zu done, %zu skipped, %zu failed in %s; %.1f megapixels a second, "
                    "%.0f MB of memory\n",
-                   cancelled_ ? "cancelled: " : "", done_, skipped_, failed_,
+                   cancelled ? "cancelled: " : "", done_, skipped_, failed_,
                    duration(seconds()).c_str(), pixels_ / 1e6 / seconds(), megabytes);
     }
-    return cancelled_ ? kExitCancelled : failed_ > 0 ? kExitSomeFailed : kExitDone;
+    return cancelled ? kExitCancelled : failed_ > 0 ? kExitSomeFailed : kExitDone;
   }
 
  private:
@@ -86,7 +88,6 @@ class Teller {
   const FileOptions& options_;
   const Treatment& treatment_;
   std::size_t count_, done_ = 0, skipped_ = 0, failed_ = 0;
-  bool cancelled_ = false;
   double pixels_ = 0;
   Clock::time_point start_ = Clock::now();
 };
@@ -98,11 +99,11 @@ int oneByOne(const std::vector<Job>& jobs, const FileOptions& options, const Tre
   for (std::size_t i = 0; i < jobs.size(); ++i) {
     const std::string position = jobs.size() > 1 ? teller.position(i) + ": " : "";
     progress.beginPicture(position + jobs[i].input.filename().string());
-    JobResult result = ended("skipped");
+    JobResult result = ended(Status::kSkipped);
     if (!jobs[i].skip) result = treatPicture(jobs[i], options, treatment, {}, progress);
     teller.tell(progress, jobs[i], result);
     megabytes = std::max(megabytes, result.megabytes);
-    if (result.status == "cancelled") break;
+    if (result.status == Status::kCancelled) break;
   }
   return teller.end(megabytes);
 }
@@ -111,49 +112,38 @@ int severalAtATime(const std::vector<Job>& jobs, int workers, const FileOptions&
                    const Treatment& treatment, Teller& teller) {
   Progress progress(!options.quiet), silent(false);
   progress.beginPicture(treatment.verb);
-  std::map<std::string, double> megabytes;  // by the process
+  std::vector<double> megabytes(static_cast<std::size_t>(workers));  // peaks
   PoolWork pool;
   pool.count = jobs.size();
   pool.workers = workers;
   pool.memory =
       static_cast<double>(sysconf(_SC_PHYS_PAGES)) * static_cast<double>(sysconf(_SC_PAGESIZE));
-  pool.work = [&](std::size_t index, const std::function<void(double)>& claim) {
-    // The processors are shared out; results depend on none of it.
-    static const bool shared = [workers] {
-      omp_set_num_threads(std::max(1, omp_get_max_threads() / workers));
-      vips_concurrency_set(std::max(1, vips_concurrency_get() / workers));
-      return true;
-    }();
-    static_cast<void>(shared);
-    JobResult result = ended("skipped");
-    if (!jobs[index].skip) result = treatPicture(jobs[index], options, treatment, claim, silent);
-    return std::to_string(getpid()) + ' ' + packed(result);
+  pool.begin = [workers] {  // shares out the processors, which changes no result
+    omp_set_num_threads(std::max(1, omp_get_max_threads() / workers));
+    vips_concurrency_set(std::max(1, vips_concurrency_get() / workers));
   };
-  pool.done = [&](std::size_t index, const std::optional<std::string>& text,
-                  const std::string& how) {
-    JobResult result = ended(how == "cancelled" ? how : "failed", how);
-    if (text) {
-      const std::size_t space = text->find(' ');
-      result = unpacked(text->substr(space));
-      double& peak = megabytes[text->substr(0, space)];
-      peak = std::max(peak, result.megabytes);
-    }
-    if (result.status == "cancelled") requestCancel();
+  pool.work = [&](std::size_t index, const std::function<void(double)>& claim) {
+    JobResult result = ended(Status::kSkipped);
+    if (!jobs[index].skip) result = treatPicture(jobs[index], options, treatment, claim, silent);
+    return packed(result);
+  };
+  pool.done = [&](std::size_t index, const PieceResult& piece) {
+    const Status lost = piece.cancelled ? Status::kCancelled : Status::kFailed;
+    const JobResult result = piece.text ? unpacked(*piece.text) : ended(lost, piece.how);
+    double& peak = megabytes[piece.worker];
+    peak = std::max(peak, result.megabytes);
+    if (result.status == Status::kCancelled) requestCancel();
     teller.tell(progress, jobs[index], result);
   };
   pool.idle = [&](std::size_t finished) { progress.say(teller.position(finished)); };
   runPool(pool);
   progress.clear();
-  double all = 0;
-  for (const auto& [process, peak] : megabytes) all += peak;
-  const int code = teller.end(all);
-  return cancelRequested() ? kExitCancelled : code;
+  return teller.end(std::accumulate(megabytes.begin(), megabytes.end(), 0.0));
 }
 
 void refuseNothing(const std::vector<Job>& jobs, const FileOptions& options) {
   const bool asked = options.depth != 0 || options.previewScale != 1 || options.strip ||
-                     options.stripLocation || options.coding.quality || options.coding.subsampled ||
-                     options.coding.tiffCompression || options.coding.lossless;
+                     options.stripLocation || options.coding != Coding();
   for (const Job& job : jobs)
     if (!asked && job.recodes)
       throw UsageError("nothing was asked for: --auto, --preset or a setting says what to do");

@@ -1,5 +1,6 @@
 #include "hosts/cli/commands/file_options.h"
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 
 namespace vx::cli {
@@ -109,7 +110,8 @@ void addOutputOptions(CLI::App& app, FileOptions& options) {
                helpText("Drop all metadata but the colour profile and the orientation"))
       ->group(kFiles);
   app.add_flag("--strip-location", options.stripLocation,
-               helpText("Drop the place where the picture was taken: GPS and names of places"))
+               helpText("Drop the place where the picture was taken: GPS, names of places, and the "
+                        "camera's maker note, which may hold it"))
       ->group(kFiles);
   app.add_flag("--force", options.force, helpText("Replace files that exist"))->group(kFiles);
   app.add_flag("--skip-existing", options.skipExisting,

@@ -27,6 +27,10 @@ void appendLine(std::string& text, const char* title, const std::string& content
 
 }  // namespace
 
+NLOHMANN_JSON_SERIALIZE_ENUM(Status, {{Status::kDone, "done"},
+                                      {Status::kSkipped, "skipped"},
+                                      {Status::kFailed, "failed"},
+                                      {Status::kCancelled, "cancelled"}})
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Seconds, reading, treating, writing)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(JobResult, status, error, chosen, notes, width, height, depth,
                                    resultDepth, seconds, megabytes, metadataBefore, metadataAfter)
@@ -35,12 +39,13 @@ std::string packed(const JobResult& result) { return oneLine(nlohmann::json(resu
 
 JobResult unpacked(const std::string& text) { return nlohmann::json::parse(text).get<JobResult>(); }
 
-std::string jsonLine(const Job& job, const JobResult& result, const SettingTexts& settings) {
+std::string jsonLine(const Job& job, const JobResult& result, const settings::Texts& settings) {
   Json json{
       {"file", nameOf(job.input)}, {"result", job.output.string()}, {"status", result.status}};
   if (!result.error.empty()) json["error"] = result.error;
-  if (result.status == "done") {
-    json["settings"] = settings;
+  if (result.status == Status::kDone) {
+    Json& chosen = json["settings"] = Json::object();
+    for (const auto& [name, value] : settings) chosen[name] = value;
     json["chosen"] = result.chosen;
     json["notes"] = result.notes;
     json["width"] = result.width;
@@ -55,12 +60,12 @@ std::string jsonLine(const Job& job, const JobResult& result, const SettingTexts
 }
 
 std::string report(const Job& job, const JobResult& result, const std::string& verb,
-                   const std::string& settings) {
+                   const settings::Texts& settings) {
   const Seconds& s = result.seconds;
   char line[160];
   std::string text = nameOf(job.input) + " -> " +
                      (job.toStandardOutput() ? "standard output" : job.output.string()) + '\n';
-  appendLine(text, "settings", settings);
+  appendLine(text, "settings", settings::inWords(settings));
   std::snprintf(line, sizeof line, "%d x %d (%.1f megapixels), %d bits", result.width,
                 result.height, 1e-6 * result.width * result.height, result.depth);
   const bool deeper = result.depth != result.resultDepth;

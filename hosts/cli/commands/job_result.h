@@ -1,11 +1,11 @@
 // What became of one picture, as people and as other programs read it.
 #pragma once
 
-#include <map>
 #include <string>
 #include <vector>
 
 #include "hosts/cli/commands/plan.h"
+#include "hosts/settings/setting.h"
 
 namespace vx::cli {
 
@@ -13,9 +13,11 @@ struct Seconds {
   double reading = 0, treating = 0, writing = 0;
 };
 
+enum class Status { kDone, kSkipped, kFailed, kCancelled };
+
 struct JobResult {
-  std::string status = "done";  // or skipped, failed, cancelled
-  std::string error;            // of failed: a complete reason
+  Status status = Status::kDone;
+  std::string error;  // of kFailed: a complete reason
   std::vector<std::string> chosen, notes;
   int width = 0, height = 0, depth = 0, resultDepth = 0;
   Seconds seconds;
@@ -23,7 +25,7 @@ struct JobResult {
   std::string metadataBefore, metadataAfter;
 };
 
-inline JobResult ended(const std::string& status, const std::string& error = "") {
+inline JobResult ended(Status status, const std::string& error = "") {
   JobResult result;
   result.status = status;
   result.error = error;
@@ -35,13 +37,11 @@ inline JobResult ended(const std::string& status, const std::string& error = "")
 std::string packed(const JobResult& result);
 JobResult unpacked(const std::string& text);
 
-using SettingTexts = std::map<std::string, std::string>;
-
 /// One line of JSON for other programs.
-std::string jsonLine(const Job& job, const JobResult& result, const SettingTexts& settings);
+std::string jsonLine(const Job& job, const JobResult& result, const settings::Texts& settings);
 
-/// Several lines for --verbose; `verb` as "enhancing", `settings` in words.
+/// Several lines for --verbose; `verb` as "enhancing".
 std::string report(const Job& job, const JobResult& result, const std::string& verb,
-                   const std::string& settings);
+                   const settings::Texts& settings);
 
 }  // namespace vx::cli

@@ -116,6 +116,25 @@ void refuseCollisions(const std::vector<Job>& jobs) {
   }
 }
 
+// An option for a format that no result has was meant for something else.
+void refuseUnused(const std::vector<Job>& jobs, const Coding& coding) {
+  const auto check = [&jobs](const char* option, bool given,
+                             std::initializer_list<Format> formats) {
+    const auto fits = [formats](const Job& job) {
+      return std::find(formats.begin(), formats.end(), job.format) != formats.end();
+    };
+    if (!given || std::any_of(jobs.begin(), jobs.end(), fits)) return;
+    std::string names;
+    for (const Format format : formats)
+      names.append(names.empty() ? "" : " or ").append(traits(format).name);
+    throw UsageError(std::string(option) + ": no result is " + names);
+  };
+  check("--quality", coding.quality.has_value(), {Format::kJpeg, Format::kWebp});
+  check("--subsampling", coding.subsampled.has_value(), {Format::kJpeg});
+  check("--compression", coding.tiffCompression.has_value(), {Format::kTiff});
+  check("--lossless", coding.lossless.has_value(), {Format::kWebp});
+}
+
 // Results of an earlier run with the same suffix lie beside their pictures.
 void dropResults(std::vector<Input>& found, const std::string& suffix) {
   std::set<fs::path> stems;
@@ -209,6 +228,7 @@ Plan planJobs(const FileOptions& options) {
                        " holds 8 bits");
     }
   }
+  refuseUnused(plan.jobs, options.coding);
   refuseCollisions(plan.jobs);
   for (const Input& input : inputs)
     if (!input.subfolder.empty() && !options.output.empty())

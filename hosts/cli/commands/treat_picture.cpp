@@ -107,11 +107,11 @@ JobResult treatPicture(const Job& job, const FileOptions& options, const Treatme
     run(job, options, treatment, claim, progress, result);
     return result;
   } catch (const Cancelled&) {
-    return ended("cancelled");
+    return ended(Status::kCancelled);
   } catch (const FileError& error) {
-    return ended("failed", error.what());
+    return ended(Status::kFailed, error.what());
   } catch (const std::bad_alloc&) {
-    return ended("failed", "not enough memory");
+    return ended(Status::kFailed, "not enough memory");
   }
 }
 

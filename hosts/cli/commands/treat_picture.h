@@ -11,10 +11,9 @@ namespace vx::cli {
 
 /// What a subcommand does to each picture.
 struct Treatment {
-  std::string verb;           // for the progress line, as "enhancing"
-  std::string settings;       // for --verbose
-  SettingTexts settingTexts;  // for --json: those that are not neutral
-  int libraryBytes;           // per pixel, beside the raster
+  std::string verb;          // for the progress line, as "enhancing"
+  settings::Texts settings;  // those that are not neutral
+  int libraryBytes;          // per pixel, beside the raster
   /// Changes the raster in place and adds to the notes. Throws FileError or Cancelled.
   std::function<void(const std::filesystem::path& input, Picture& picture, Progress& progress)>
       apply;

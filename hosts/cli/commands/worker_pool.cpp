@@ -56,6 +56,7 @@ bool writeAll(int file, const void* source, std::size_t size) {
 
 [[noreturn]] void serve(const PoolWork& pool, int in, int out) noexcept {
   obeyParent();
+  pool.begin();
   const auto claim = [&](double bytes) {
     const Header header{Kind::kClaim, static_cast<std::uint64_t>(bytes) + 1};
     char granted = 0;
@@ -132,15 +133,17 @@ class Pool {
     throw FileError("cannot start a process: " + systemReason(errno));
   }
 
-  // How it ended, in words.
-  static std::string end(Worker& worker) {
+  static PieceResult end(Worker& worker) {
     if (worker.in >= 0) close(worker.in), close(worker.out);
     int status = 0;
     if (worker.process > 0)
       while (waitpid(worker.process, &status, 0) < 0 && errno == EINTR) continue;
     worker = Worker();
-    if (WIFSIGNALED(status)) return std::string("its process died: ") + strsignal(WTERMSIG(status));
-    return WEXITSTATUS(status) == kExitCancelled ? "cancelled" : "its process ended early";
+    PieceResult result{.text = {}, .how = "its process ended early"};
+    if (WIFSIGNALED(status))
+      result.how = std::string("its process died: ") + strsignal(WTERMSIG(status));
+    result.cancelled = WIFEXITED(status) && WEXITSTATUS(status) == kExitCancelled;
+    return result;
   }
 
   void assign(Worker& worker) {
@@ -195,26 +198,23 @@ class Pool {
     }
     const std::size_t index = *std::exchange(worker.index, std::nullopt);
     worker.claimed = worker.asked = 0;
-    results_[index] = whole ? Result{text, ""} : Result{std::nullopt, end(worker)};
+    PieceResult& result = results_[index];
+    result = whole ? PieceResult{.text = std::move(text)} : end(worker);
+    result.worker = static_cast<std::size_t>(&worker - workers_.data());
     ++finished_;
   }
 
   void hand() {
     for (auto first = results_.find(handed_); first != results_.end();
          first = results_.find(++handed_)) {
-      pool_.done(handed_, first->second.text, first->second.how);
+      pool_.done(handed_, first->second);
       results_.erase(first);
     }
   }
 
-  struct Result {
-    std::optional<std::string> text;
-    std::string how;
-  };
-
   const PoolWork& pool_;
   std::vector<Worker> workers_;
-  std::map<std::size_t, Result> results_;  // that wait for one before them
+  std::map<std::size_t, PieceResult> results_;  // that wait for one before them
   std::size_t next_ = 0, handed_ = 0, finished_ = 0;
 };
 

@@ -17,6 +17,8 @@ struct Coding {
   std::optional<bool> lossless;                // WebP
   std::optional<std::string> tiffCompression;  // none, lzw, deflate, packbits or zstd
   bool tiffPredictor = true;
+
+  bool operator==(const Coding&) const = default;
 };
 
 /// The coding of a file of `format`. What cannot be read of it stays open. A JPEG with its colour

@@ -5,13 +5,13 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <string>
 
 #include "hosts/cli/console/cancel.h"
 #include "hosts/cli/console/error.h"
+#include "hosts/cli/console/write_all.h"
 
 namespace vx::cli {
 namespace {
@@ -40,16 +40,7 @@ class PartFile {
     setPartFile(nullptr);
   }
 
-  void write(std::span<const std::uint8_t> bytes) {
-    constexpr std::size_t kChunk = std::size_t{8} << 20;  // a signal is answered between two
-    while (!bytes.empty()) {
-      throwIfCancelled();
-      const ssize_t written = ::write(file_, bytes.data(), std::min(bytes.size(), kChunk));
-      if (written < 0 && errno == EINTR) continue;
-      if (written < 0) fail("cannot write", errno);
-      bytes = bytes.subspan(static_cast<std::size_t>(written));
-    }
-  }
+  void write(std::span<const std::uint8_t> bytes) { writeAll(file_, bytes, "cannot write"); }
 
   /// fsync and close report what a full disk or a network folder kept back until now.
   void finish(mode_t mode) {

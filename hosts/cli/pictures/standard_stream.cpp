@@ -1,13 +1,16 @@
 #include "hosts/cli/pictures/standard_stream.h"
 
+#include <poll.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <span>
 #include <vector>
 
 #include "hosts/cli/console/cancel.h"
 #include "hosts/cli/console/error.h"
+#include "hosts/cli/console/write_all.h"
 
 namespace vx::cli {
 namespace {
@@ -15,13 +18,19 @@ namespace {
 // Where the descriptor of standard input's copy can be opened; empty until it is read.
 std::filesystem::path copyOfInput;
 
-void writeAll(int file, std::span<const std::uint8_t> bytes, const char* what) {
-  while (!bytes.empty()) {
+// What a pipe brings is kept in memory, and half of that is left to the picture.
+constexpr std::uint64_t kMostOfMemory = 2;
+
+// Returns 0 at the end. A signal that asks to cancel ends the waiting.
+std::size_t readSome(std::span<std::uint8_t> block) {
+  pollfd input{STDIN_FILENO, POLLIN, 0};
+  for (;;) {
     throwIfCancelled();
-    const ssize_t written = write(file, bytes.data(), bytes.size());
-    if (written < 0 && errno == EINTR) continue;
-    if (written < 0) throw FileError(std::string(what) + systemReason(errno));
-    bytes = bytes.subspan(static_cast<std::size_t>(written));
+    if (poll(&input, 1, 200) <= 0) continue;
+    const ssize_t got = read(STDIN_FILENO, block.data(), block.size());
+    if (got >= 0) return static_cast<std::size_t>(got);
+    if (errno != EINTR && errno != EAGAIN)
+      throw FileError("cannot read standard input: " + systemReason(errno));
   }
 }
 
@@ -31,14 +40,15 @@ std::filesystem::path standardInput() {
   if (!copyOfInput.empty()) return copyOfInput;
   const int file = memfd_create("standard input", MFD_CLOEXEC);
   if (file < 0) throw FileError("cannot keep standard input: " + systemReason(errno));
+  const auto memory = static_cast<std::uint64_t>(sysconf(_SC_PHYS_PAGES)) *
+                      static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
+  std::uint64_t kept = 0;
   std::vector<std::uint8_t> block(std::size_t{1} << 20);
-  for (;;) {
-    throwIfCancelled();
-    const ssize_t got = read(STDIN_FILENO, block.data(), block.size());
-    if (got == 0) break;
-    if (got < 0 && errno == EINTR) continue;
-    if (got < 0) throw FileError("cannot read standard input: " + systemReason(errno));
-    writeAll(file, {block.data(), static_cast<std::size_t>(got)}, "cannot keep standard input: ");
+  while (const std::size_t got = readSome(block)) {
+    kept += got;
+    if (kept > memory / kMostOfMemory)
+      throw FileError("standard input is larger than half of the memory");
+    writeAll(file, std::span(block).first(got), "cannot keep standard input");
   }
   copyOfInput = "/proc/self/fd/" + std::to_string(file);
   return copyOfInput;
@@ -55,7 +65,7 @@ std::string nameOf(const std::filesystem::path& input) {
 void writeStandardOutput(std::span<const std::uint8_t> bytes) {
   if (isatty(STDOUT_FILENO) == 1)
     throw FileError("standard output is a terminal; a picture would be noise there");
-  writeAll(STDOUT_FILENO, bytes, "cannot write to standard output: ");
+  writeAll(STDOUT_FILENO, bytes, "cannot write to standard output");
 }
 
 }  // namespace vx::cli

@@ -9,7 +9,8 @@
 namespace vx::cli {
 
 /// Reads standard input to its end, once per process, into a file that has no name and no place on
-/// a disk. Returns the path under which it can be opened. Throws FileError.
+/// a disk. Returns the path under which it can be opened. Throws FileError, also for
+/// what would take more than half of the memory, and Cancelled.
 std::filesystem::path standardInput();
 bool isStandardInput(const std::filesystem::path& path);
 /// What users call an input.
