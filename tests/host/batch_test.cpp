@@ -138,6 +138,10 @@ TEST_F(Batch, CodingIsThatOfTheSource) {
     EXPECT_EQ(after->subsampled, before->subsampled);
     EXPECT_EQ(after->progressive, before->progressive);
   }
+  save(image, "big.tif[bigtiff,compression=lzw]");
+  runTelling("EXIF of a BigTIFF", "adjust big.tif -o out.tif --hue-shift 0 --force");
+  EXPECT_EQ(bytesOf("out.tif").substr(0, 4), bytesOf("big.tif").substr(0, 4));
+  EXPECT_EQ(largestDifference(image, open("out.tif")), 0);
   const auto size = [&](const std::string& options) {
     runWell("adjust in.jpg -o out." + options + " --hue-shift 0 --force");
     return bytesOf("out." + options.substr(0, options.find(' '))).size();
@@ -175,7 +179,7 @@ TEST_F(Batch, TransparencyIsPutOnABackground) {
        "clear16.png");
   const VImage wanted = clear.flatten(colour);
   for (const std::string depth : {"8", "16"}) {
-    runTelling("background 40ff00", "adjust clear" + depth + ".png -o flat.jpg --force" +
+    runTelling("background 40ff00", "adjust clear" + depth + ".png -o flat.jpg --force --depth 8" +
                                         " --quality 100 --background 40ff00");
     EXPECT_GT(psnr(wanted, open("flat.jpg")), 30) << depth;
   }

@@ -27,9 +27,50 @@ TEST_F(Files, WhatIsNoWholePictureIsRefused) {
   write("text.jpg", "not a picture at all");
   fs::create_directory(path("empty_folder"));
   expectRefused("empty.jpg", "is empty");
-  expectRefused("text.jpg", "is not a JPEG, PNG, TIFF or WebP picture");
+  expectRefused("text.jpg", "is no picture of a format that is read here: jpeg, png");
   expectRefused("missing.jpg", "No such file");
   expectRefused("/dev/null", "is not a regular file");
+}
+
+TEST_F(Files, WhatOtherProgramsReadIsNamed) {
+  using std::string_literals::operator""s;
+  const struct {
+    std::string name, head, reason;
+  } cases[] = {{"a.gif", "GIF89a", "is a GIF picture"},
+               {"a.mov",
+                "\0\0\0\x14"
+                "ftypqt  "s,
+                "is a video"},
+               {"a.cr3",
+                "\0\0\0\x18"
+                "ftypcrx "s,
+                "develop it first"},
+               {"a.NEF", "II*\0"s, "develop it first"},
+               {"a.jpg", "FUJIFILMCCD-RAW 0201", "develop it first"}};
+  for (const auto& c : cases) {
+    write(c.name, c.head + std::string(40, '1'));
+    expectRefused(c.name, c.reason);
+  }
+}
+
+// A byte of the pixels was changed, so that the decoder goes on with a guess.
+TEST_F(Files, DamageIsNeverEnhancedSilently) {
+  for (const std::string name : {"bad.jpg", "bad.png"}) {
+    save(pattern(200, 200, 3, 8), name);
+    std::string bytes = bytesOf(name);
+    bytes.replace(bytes.size() / 2, 4, "\x12\xff\xff\x13");
+    write(name, bytes);
+    expectRefused(name, "--accept-damage");
+    const Outcome outcome =
+        run("adjust " + name + " -o out.png --luma-gamma 1 --accept-damage --force");
+    EXPECT_EQ(outcome.code, 0) << outcome.err;
+    EXPECT_NE(outcome.err.find("note: damaged: "), std::string::npos) << outcome.err;
+    EXPECT_EQ(open("out.png").width(), 200);
+    fs::remove(path("out.png"));
+  }
+  save(pattern(20, 20, 3, 8), "good.png");
+  const Outcome outcome = run("adjust bad.jpg good.png -o out/ --luma-gamma 1 --accept-damage");
+  EXPECT_NE(outcome.err.find("2 done (1 of them damaged)"), std::string::npos) << outcome.err;
 }
 
 TEST_F(Files, WhatWouldLoseSomethingIsRefused) {
@@ -47,6 +88,14 @@ TEST_F(Files, WhatWouldLoseSomethingIsRefused) {
   expectRefused("pages.tif", "2 pages");
   expectRefused("moving.webp", "2 pages");
   expectRefused("bands.tif", "9 channels");
+  // An animation control chunk behind the header.
+  save(image, "moving.png");
+  std::string moving = bytesOf("moving.png");
+  moving.insert(33, std::string("\0\0\0\x08"
+                                "acTL\0\0\0\x03\0\0\0\0\x4d\x31\x6e\x9a",
+                                20));
+  write("moving.png", moving);
+  expectRefused("moving.png", "3 pages or frames");
   expectRefused("alpha.png", "transparency", "out.jpg");
 }
 

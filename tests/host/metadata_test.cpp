@@ -54,6 +54,41 @@ TEST_F(Metadata, IsKeptFromEveryFormatInEveryOther) {
   expectKept("out.webp", false);
 }
 
+// Modules of libvips that may be missing.
+TEST_F(Metadata, GoesThroughTheFormatsOfPhones) {
+  makeSource("in.jpg");
+  const VImage deep = pattern(61, 40, 3, 16);
+  save(deep, "deep.png");
+  for (const auto& [extension, bits] :
+       {std::pair<std::string, int>{"heic", 10}, {"avif", 12}, {"jxl", 16}}) {
+    SCOPED_TRACE(extension);
+    const char* loader = extension == "jxl" ? "jxlload" : "heifload";
+    if (vips_type_find("VipsOperation", loader) == 0) GTEST_SKIP() << "libvips without " << loader;
+    runTelling("IPTC is left out", "adjust in.jpg -o out." + extension);
+    runWell("adjust --hue-shift 0 out." + extension + " -o back.jpg --force");
+    const auto image = metadataOf("back.jpg");
+    for (const auto& [key, value] : kExif) {
+      const bool turned = std::string_view(key) == "Exif.Image.Orientation";
+      EXPECT_EQ(image->exifData()[key].toString(), turned ? "1" : value);
+    }
+    EXPECT_EQ(image->xmpData()["Xmp.dc.title"].toString(), "lang=\"x-default\" A title");
+    // The decoder of JPEG XL says what a profile means in one of its own.
+    EXPECT_TRUE(profileOf(open("back.jpg")) == profile_ || bits == 16);
+    // The readers of these formats show pixels as they lie, whatever EXIF says.
+    EXPECT_GT(psnr(open("in.jpg").autorot(), open("back.jpg")), 30);
+    const std::string line = "adjust --hue-shift 0 deep.png -o deep." + extension;
+    if (bits < 16)
+      runTelling("16 bits per sample become " + std::to_string(bits), line + " --quality 100");
+    else
+      runWell(line + " --lossless");
+    runWell("adjust --hue-shift 0 deep." + extension + " -o deep.tif --force");
+    EXPECT_GT(psnr(deep, open("deep.tif"), 65535), 40);
+    if (bits < 16) {
+      EXPECT_EQ(open("deep." + extension).get_int("heif-bitdepth"), bits);
+    }
+  }
+}
+
 TEST_F(Metadata, SizesFollowThePreview) {
   makeSource("in.jpg");
   for (const std::string out : {"out.jpg", "out.tif", "out.png"}) {

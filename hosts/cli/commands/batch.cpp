@@ -43,6 +43,7 @@ class Teller {
       put(job.toStandardOutput() ? stderr : stdout,
           report(job, result, treatment_.verb, treatment_.settings));
     done_ += result.status == Status::kDone;
+    damaged_ += result.damaged;
     skipped_ += result.status == Status::kSkipped;
     failed_ += result.status == Status::kFailed;
     pixels_ += static_cast<double>(result.width) * result.height;
@@ -64,11 +65,14 @@ class Teller {
   int end(double megabytes) const {
     const bool cancelled = done_ + skipped_ + failed_ < count_;
     if (count_ > 1 && (cancelled || !options_.quiet)) {
-      std::fprintf(stderr,
-                   "vxicore: %s%zu done, %zu skipped, %zu failed in %s; %.1f megapixels a second, "
-                   "%.0f MB of memory\n",
-                   cancelled ? "cancelled: " : "", done_, skipped_, failed_,
-                   duration(seconds()).c_str(), pixels_ / 1e6 / seconds(), megabytes);
+      const std::string damaged =
+          damaged_ > 0 ? " (" + std::to_string(damaged_) + " of them damaged)" : "";
+      std::fprintf(
+          stderr,
+          "vxicore: %s%zu done%s, %zu skipped, %zu failed in %s; %.1f megapixels a second, "
+          "%.0f MB of memory\n",
+          cancelled ? "cancelled: " : "", done_, damaged.c_str(), skipped_, failed_,
+          duration(seconds()).c_str(), pixels_ / 1e6 / seconds(), megabytes);
     }
     return cancelled ? kExitCancelled : failed_ > 0 ? kExitSomeFailed : kExitDone;
   }
@@ -87,7 +91,7 @@ class Teller {
 
   const FileOptions& options_;
   const Treatment& treatment_;
-  std::size_t count_, done_ = 0, skipped_ = 0, failed_ = 0;
+  std::size_t count_, done_ = 0, damaged_ = 0, skipped_ = 0, failed_ = 0;
   double pixels_ = 0;
   Clock::time_point start_ = Clock::now();
 };

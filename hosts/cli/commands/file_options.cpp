@@ -37,10 +37,9 @@ std::string helpText(std::string_view text) {
 }
 
 void addInputOptions(CLI::App& app, FileOptions& options) {
-  app.add_option(
-         "IN", options.inputs,
-         helpText("Pictures (JPEG, PNG, TIFF, WebP), or folders whose pictures are taken; - is "
-                  "standard input"))
+  app.add_option("IN", options.inputs,
+                 helpText("Pictures (JPEG, PNG, TIFF, WebP, HEIC, AVIF, JPEG XL), or folders whose "
+                          "pictures are taken; - is standard input"))
       ->option_text("...");
   app.add_flag("-r,--recursive", options.recursive,
                helpText("Take the pictures in folders of folders too; results keep the tree"))
@@ -51,6 +50,10 @@ void addInputOptions(CLI::App& app, FileOptions& options) {
                   "needed at 8 bits"))
       ->option_text("M")
       ->check(CLI::Range(0.000001, kMostMegapixels))
+      ->group(kFiles);
+  app.add_flag("--accept-damage", options.acceptDamage,
+               helpText("Take what can be read of damaged files, which are refused else; the "
+                        "results are marked in notes and summary"))
       ->group(kFiles);
 }
 
@@ -68,18 +71,19 @@ void addOutputOptions(CLI::App& app, FileOptions& options) {
       ->group(kFiles);
   app.add_option("--format", options.format,
                  helpText("Of the results; default by the extension of OUT, else as the picture"))
-      ->option_text("jpeg|png|tiff|webp")
+      ->option_text("jpeg|png|tiff|webp|heic|avif|jxl")
       ->group(kFiles);
   app.add_option(
          "--depth", options.depth,
          helpText("Bits per sample of the result; default as the picture (JPEG and WebP hold "
-                  "8)"))
+                  "8, HEIC 10, AVIF 12)"))
       ->option_text("8|16")
       ->check(CLI::IsMember({8, 16}))
       ->group(kFiles);
-  app.add_option("--quality", options.coding.quality,
-                 helpText("Of JPEG and WebP, 1 to 100; default that of the picture where a JPEG "
-                          "becomes a JPEG, else 92"))
+  app.add_option(
+         "--quality", options.coding.quality,
+         helpText("Of all but PNG and TIFF, 1 to 100; default that of the picture where a JPEG "
+                  "becomes a JPEG, else 92, or 80 for HEIC and AVIF"))
       ->option_text("Q")
       ->check(CLI::Range(1, 100))
       ->group(kFiles);
@@ -98,7 +102,8 @@ void addOutputOptions(CLI::App& app, FileOptions& options) {
       ->group(kFiles);
   app.add_flag_function(
          "--lossless", [&options](std::int64_t) { options.coding.lossless = true; },
-         helpText("WebP without loss; default as the picture"))
+         helpText("WebP and JPEG XL without loss; default as the picture where a WebP becomes a "
+                  "WebP"))
       ->group(kFiles);
   app.add_option("--background", options.background,
                  helpText("Put transparent pictures on this colour where the result cannot hold "

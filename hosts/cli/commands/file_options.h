@@ -25,6 +25,7 @@ struct FileOptions {
   Coding coding;       // what is open is taken from the picture
   int previewScale = 1;
   double maxMegapixels = 500;
+  bool acceptDamage = false;
   int jobs = 0;            // 0: as many as there are processors
   std::string background;  // for transparency where the result holds none; empty: refuse
   bool recursive = false;

@@ -32,8 +32,9 @@ NLOHMANN_JSON_SERIALIZE_ENUM(Status, {{Status::kDone, "done"},
                                       {Status::kFailed, "failed"},
                                       {Status::kCancelled, "cancelled"}})
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Seconds, reading, treating, writing)
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(JobResult, status, error, chosen, notes, width, height, depth,
-                                   resultDepth, seconds, megabytes, metadataBefore, metadataAfter)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(JobResult, status, error, chosen, notes, damaged, width, height,
+                                   depth, resultDepth, seconds, megabytes, metadataBefore,
+                                   metadataAfter)
 
 std::string packed(const JobResult& result) { return oneLine(nlohmann::json(result)); }
 
@@ -48,6 +49,7 @@ std::string jsonLine(const Job& job, const JobResult& result, const settings::Te
     for (const auto& [name, value] : settings) chosen[name] = value;
     json["chosen"] = result.chosen;
     json["notes"] = result.notes;
+    json["damaged"] = result.damaged;
     json["width"] = result.width;
     json["height"] = result.height;
     json["depth"] = result.resultDepth;

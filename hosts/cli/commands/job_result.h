@@ -19,6 +19,7 @@ struct JobResult {
   Status status = Status::kDone;
   std::string error;  // of kFailed: a complete reason
   std::vector<std::string> chosen, notes;
+  bool damaged = false;  // the picture was, and was accepted
   int width = 0, height = 0, depth = 0, resultDepth = 0;
   Seconds seconds;
   double megabytes = 0;  // the most that the process has held so far

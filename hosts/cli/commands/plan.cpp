@@ -16,8 +16,7 @@ namespace fs = std::filesystem;
 std::optional<Format> wantedFormat(const FileOptions& options) {
   if (options.format.empty()) return std::nullopt;
   const auto format = formatByName(options.format);
-  if (!format)
-    throw UsageError("--format: '" + options.format + "' is not jpeg, png, tiff or webp");
+  if (!format) throw UsageError("--format: '" + options.format + "' is not " + formatNames());
   return format;
 }
 
@@ -56,8 +55,8 @@ Format formatOfFile(const fs::path& output, const FileOptions& options,
   if (output == kStandardStream) return format ? *format : own.value_or(Format::kPng);
   const auto byName = formatByExtension(output);
   if (!format && !byName) {
-    throw UsageError(output.string() +
-                     ": the extension says no format; use .jpg, .png, .tif or .webp, or --format");
+    throw UsageError(output.string() + ": the extension says no format; use that of " +
+                     formatNames() + ", or --format");
   }
   if (format && byName && *format != *byName)
     throw UsageError(output.string() + ": the extension contradicts --format " + options.format);
@@ -129,10 +128,11 @@ void refuseUnused(const std::vector<Job>& jobs, const Coding& coding) {
       names.append(names.empty() ? "" : " or ").append(traits(format).name);
     throw UsageError(std::string(option) + ": no result is " + names);
   };
-  check("--quality", coding.quality.has_value(), {Format::kJpeg, Format::kWebp});
+  check("--quality", coding.quality.has_value(),
+        {Format::kJpeg, Format::kWebp, Format::kHeic, Format::kAvif, Format::kJxl});
   check("--subsampling", coding.subsampled.has_value(), {Format::kJpeg});
   check("--compression", coding.tiffCompression.has_value(), {Format::kTiff});
-  check("--lossless", coding.lossless.has_value(), {Format::kWebp});
+  check("--lossless", coding.lossless.has_value(), {Format::kWebp, Format::kJxl});
 }
 
 // Results of an earlier run with the same suffix lie beside their pictures.

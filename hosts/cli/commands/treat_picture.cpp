@@ -38,6 +38,25 @@ void onOutput(const Job& job, const Write& write) {
   }
 }
 
+// Classic TIFF addresses 4 GB.
+constexpr double kMostOfTiff = 3.9e9;
+
+double bytesOf(const Picture& picture, int depth) {
+  const int channels = picture.colours + (picture.raster.alphaDepth() > 0 ? 1 : 0);
+  return static_cast<double>(picture.raster.width()) * picture.raster.height() * channels * depth /
+         8;
+}
+
+void noteDepth(Format format, int asked, JobResult& result) {
+  const FormatTraits& held = traits(format);
+  const std::string name(held.name);
+  if (result.resultDepth < result.depth && asked == 0)
+    result.notes.push_back("16 bits per sample become 8: " + name + " holds no more");
+  if (result.resultDepth > 8 && held.fileDepth < result.resultDepth)
+    result.notes.push_back("16 bits per sample become " + std::to_string(held.fileDepth) + ": " +
+                           name + " holds no more");
+}
+
 void run(const Job& job, const FileOptions& options, const Treatment& treatment,
          const std::function<void(double)>& claim, Progress& progress, JobResult& result) {
   if (!job.refusal.empty()) throw FileError(job.refusal);
@@ -53,6 +72,7 @@ void run(const Job& job, const FileOptions& options, const Treatment& treatment,
                            .depth = options.depth,
                            .previewScale = options.previewScale,
                            .maxMegapixels = options.maxMegapixels,
+                           .acceptDamage = options.acceptDamage,
                            .libraryBytes = treatment.libraryBytes,
                            .background = options.background,
                            .claim = claim};
@@ -64,6 +84,8 @@ void run(const Job& job, const FileOptions& options, const Treatment& treatment,
     result.height = picture.raster.height();
     result.depth = picture.sourceDepth;
     result.resultDepth = outputDepth(wanted, result.depth);
+    result.damaged = picture.damaged;
+    noteDepth(job.format, options.depth, result);
     Metadata metadata(job.input, picture);
     if (options.strip) metadata.strip(), picture.pngTexts.clear();
     if (options.stripLocation) metadata.stripLocation();
@@ -78,12 +100,17 @@ void run(const Job& job, const FileOptions& options, const Treatment& treatment,
     progress.beginStep("writing");
     Coding source = job.recodes ? codingOf(job.input, job.format) : Coding();
     if (source.quality) source.quality = std::max(*source.quality, picture.leastQuality);
-    const Coding coding = chooseCoding(source, options.coding);
+    Coding coding = chooseCoding(source, options.coding);
+    coding.bigTiff |= bytesOf(picture, result.resultDepth) > kMostOfTiff;
+    if (traits(job.format).upright) picture.orientation = metadata.takeOrientation();
+    const bool lying = picture.orientation >= 5;
+    metadata.setSize(lying ? result.height : result.width, lying ? result.width : result.height);
+    const bool byEncoder = traits(job.format).metadataByEncoder || coding.bigTiff;
+    if (byEncoder) metadata.handTo(picture, job.format);
     file = encodePicture(picture, job.format, result.resultDepth, coding, progress);
     // The pixels are freed first: adding metadata needs further copies of the file.
     picture.raster = Raster(1, 1, 8, 0);
-    metadata.setSize(result.width, result.height);
-    metadata.attach(file, job.format);
+    if (!byEncoder) metadata.attach(file, job.format);
     append(result.notes, metadata.notes());
   }
   if (job.toStandardOutput())
@@ -93,8 +120,8 @@ void run(const Job& job, const FileOptions& options, const Treatment& treatment,
   result.seconds.writing = lap();
   result.megabytes = peakMegabytes();
   if (!options.verbose && !options.json) return;
-  result.metadataBefore = Metadata::summary(job.input);
-  result.metadataAfter = Metadata::summary(file);
+  result.metadataBefore = Metadata::summary(job.input, formatByContent(job.input));
+  result.metadataAfter = Metadata::summary(file, job.format);
 }
 
 }  // namespace

@@ -1,7 +1,11 @@
 #include "hosts/cli/pictures/coding.h"
 
-#include <exiv2/exiv2.hpp>
+#include <tiffio.h>
+#include <vips/vips.h>
+
+#include <cstdint>
 #include <fstream>
+#include <memory>
 
 #include "hosts/auto/auto_jpeg.h"
 #include "hosts/cli/pictures/jpeg_header.h"
@@ -20,39 +24,35 @@ Coding ofJpeg(const std::filesystem::path& path) {
   return coding;
 }
 
-// The number of a tag of the first directory; 0 where it is missing.
-long tiffTag(const Exiv2::ExifData& exif, const char* key) {
-  const auto tag = exif.findKey(Exiv2::ExifKey(key));
-  return tag == exif.end() || tag->count() == 0 ? 0 : tag->toLong();
-}
-
-const char* tiffCompression(long tag) {
+const char* tiffCompression(int tag) {
   switch (tag) {
-    case 1:
+    case COMPRESSION_NONE:
       return "none";
-    case 5:
+    case COMPRESSION_LZW:
       return "lzw";
-    case 32773:
+    case COMPRESSION_PACKBITS:
       return "packbits";
-    case 50000:
+    case COMPRESSION_ZSTD:
       return "zstd";
     default:
       return "deflate";
   }
 }
 
-Coding ofTiff(const std::filesystem::path& path) try {
+Coding ofTiff(const std::filesystem::path& path) {
   Coding coding;
-  const auto image = Exiv2::ImageFactory::open(path.string());
-  image->readMetadata();
-  const Exiv2::ExifData& exif = image->exifData();
-  if (const long compression = tiffTag(exif, "Exif.Image.Compression"); compression != 0) {
+  // "m": not mapped into memory, where a file that shrinks would be fatal.
+  const std::unique_ptr<TIFF, decltype(&TIFFClose)> file(TIFFOpen(path.c_str(), "rm"), TIFFClose);
+  vips_error_clear();  // libvips collects the complaints of libtiff
+  if (!file) return coding;
+  coding.bigTiff = TIFFIsBigTIFF(file.get()) != 0;
+  std::uint16_t compression = 0, predictor = 0;
+  if (TIFFGetField(file.get(), TIFFTAG_COMPRESSION, &compression) == 1) {
     coding.tiffCompression = tiffCompression(compression);
-    coding.tiffPredictor = tiffTag(exif, "Exif.Image.Predictor") == 2;
+    coding.tiffPredictor = TIFFGetField(file.get(), TIFFTAG_PREDICTOR, &predictor) == 1 &&
+                           predictor == PREDICTOR_HORIZONTAL;
   }
   return coding;
-} catch (const std::exception&) {
-  return {};
 }
 
 // The chunk with the pixels is named by its coding.
@@ -85,6 +85,9 @@ Coding codingOf(const std::filesystem::path& path, Format format) {
     case Format::kWebp:
       return ofWebp(path);
     case Format::kPng:
+    case Format::kHeic:
+    case Format::kAvif:
+    case Format::kJxl:
       break;
   }
   return {};

@@ -11,12 +11,13 @@ namespace vx::cli {
 
 /// Nothing where the format leaves it open: the writer then takes what is usual.
 struct Coding {
-  std::optional<int> quality;                  // JPEG and WebP
+  std::optional<int> quality;                  // of all but PNG and TIFF
   std::optional<bool> subsampled;              // JPEG: colour of half the width and height
   bool progressive = false;                    // JPEG
-  std::optional<bool> lossless;                // WebP
+  std::optional<bool> lossless;                // WebP and JPEG XL
   std::optional<std::string> tiffCompression;  // none, lzw, deflate, packbits or zstd
   bool tiffPredictor = true;
+  bool bigTiff = false;  // offsets of 64 bits
 
   bool operator==(const Coding&) const = default;
 };

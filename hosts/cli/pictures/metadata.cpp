@@ -3,11 +3,17 @@
 #include <algorithm>
 #include <array>
 #include <exiv2/exiv2.hpp>
+#include <fstream>
 #include <set>
+#include <sstream>
 #include <string_view>
 
 #include "hosts/cli/console/error.h"
+#include "hosts/cli/pictures/coding.h"
+#include "hosts/cli/pictures/decoder.h"
+#include "hosts/cli/pictures/jxl_boxes.h"
 #include "hosts/cli/pictures/png_chunks.h"
+#include "hosts/cli/pictures/vips_error.h"
 
 namespace vx::cli {
 
@@ -17,6 +23,23 @@ struct Metadata::Content {
   Exiv2::XmpData xmp;
   std::string comment;
   Exiv2::ByteOrder byteOrder = Exiv2::littleEndian;
+
+  // Empty where there is nothing.
+  std::string exifBytes() const {
+    if (exif.empty()) return "";
+    Exiv2::Blob bytes;
+    Exiv2::ExifParser::encode(bytes, byteOrder, exif);
+    return {bytes.begin(), bytes.end()};
+  }
+  std::string xmpPacket() const {
+    std::string packet;
+    if (!xmp.empty()) Exiv2::XmpParser::encode(packet, xmp, Exiv2::XmpParser::useCompactFormat);
+    return packet;
+  }
+  std::string iptcBytes() const {
+    const Exiv2::DataBuf bytes = Exiv2::IptcParser::encode(iptc);
+    return {bytes.pData_, bytes.pData_ + bytes.size_};
+  }
 };
 
 namespace {
@@ -29,6 +52,10 @@ std::unique_ptr<Exiv2::Image> openImage(const std::string& path) {
 std::unique_ptr<Exiv2::Image> openImage(const std::vector<std::uint8_t>& file) {
   return std::unique_ptr<Exiv2::Image>(
       Exiv2::ImageFactory::open(file.data(), static_cast<long>(file.size())).release());
+}
+
+bool readByExiv2(Format format) {
+  return !traits(format).metadataByEncoder && format != Format::kJxl;
 }
 
 // Tags of the first directory that describe how a TIFF file stores its pixels, or hold what travels
@@ -56,11 +83,12 @@ void dropStructure(Exiv2::ExifData& exif) {
   }
 }
 
+constexpr std::string_view kExifMarker("Exif\0\0", 6);
+
 void decodeExif(const std::vector<std::uint8_t>& blob, Exiv2::ExifData& exif,
                 Exiv2::ByteOrder& order) {
   std::string_view bytes(reinterpret_cast<const char*>(blob.data()), blob.size());
-  constexpr std::string_view kMarker("Exif\0\0", 6);
-  if (bytes.starts_with(kMarker)) bytes.remove_prefix(kMarker.size());
+  if (bytes.starts_with(kExifMarker)) bytes.remove_prefix(kExifMarker.size());
   if (bytes.empty()) return;
   order = Exiv2::ExifParser::decode(exif, reinterpret_cast<const Exiv2::byte*>(bytes.data()),
                                     static_cast<std::uint32_t>(bytes.size()));
@@ -91,38 +119,53 @@ void eraseIf(Data& data, const Condition& condition) {
     datum = condition(*datum) ? data.erase(datum) : std::next(datum);
 }
 
-std::string summaryOf(Exiv2::Image& image) {
+std::string summaryOf(Exiv2::ExifData exif, std::size_t icc, long xmp, long iptc) {
   std::string text;
   const auto add = [&text](const char* what, std::size_t count, const char* unit) {
     if (count == 0) return;
     if (!text.empty()) text += ", ";
     text += std::string(what) + ' ' + std::to_string(count) + ' ' + unit;
   };
-  image.readMetadata();
-  Exiv2::ExifData exif = image.exifData();
   dropStructure(exif);
   const auto makers =
       static_cast<std::size_t>(std::count_if(exif.begin(), exif.end(), isMakerNote));
-  const Exiv2::DataBuf* icc = image.iccProfile();
-  add("ICC", icc ? static_cast<std::size_t>(icc->size_) : 0, "bytes");
+  add("ICC", icc, "bytes");
   add("EXIF", static_cast<std::size_t>(exif.count()) - makers, "tags");
   add("maker note", makers, "tags");
-  add("XMP", static_cast<std::size_t>(image.xmpData().count()), "properties");
-  add("IPTC", static_cast<std::size_t>(image.iptcData().count()), "fields");
+  add("XMP", static_cast<std::size_t>(xmp), "properties");
+  add("IPTC", static_cast<std::size_t>(iptc), "fields");
   return text.empty() ? "none" : text;
 }
 
-template <typename Place>
-std::string summaryAt(const Place& place) {
-  try {
-    return summaryOf(*openImage(place));
-  } catch (const Exiv2::AnyError& error) {
-    return std::string("not readable: ") + error.what();
-  }
+std::string summaryOf(Exiv2::Image& image) {
+  image.readMetadata();
+  const Exiv2::DataBuf* icc = image.iccProfile();
+  return summaryOf(image.exifData(), icc ? static_cast<std::size_t>(icc->size_) : 0,
+                   image.xmpData().count(), image.iptcData().count());
 }
 
-std::string_view view(const Exiv2::byte* bytes, std::size_t size) {
-  return {reinterpret_cast<const char*>(bytes), size};
+// For formats that Exiv2 does not read.
+std::string summaryOf(const vips::VImage& image, std::istream& file, Format format) {
+  JxlMetadata bytes;
+  if (format == Format::kJxl)
+    bytes = readJxlMetadata(file);
+  else
+    bytes = {headerBlob(image, VIPS_META_EXIF_NAME), xmpOf(image)};
+  Exiv2::ExifData exif;
+  Exiv2::XmpData xmp;
+  Exiv2::ByteOrder order{};
+  decodeExif(bytes.exif, exif, order);
+  Exiv2::XmpParser::decode(xmp, std::string(bytes.xmp.begin(), bytes.xmp.end()));
+  return summaryOf(exif, headerBlob(image, VIPS_META_ICC_NAME).size(), xmp.count(), 0);
+}
+
+template <typename Summary>
+std::string orReason(const Summary& summary) try {
+  return summary();
+} catch (const Exiv2::AnyError& error) {
+  return std::string("not readable: ") + error.what();
+} catch (const vips::VError&) {
+  return "not readable: " + vipsReason();
 }
 
 }  // namespace
@@ -134,18 +177,23 @@ void initialiseMetadata() {
 
 Metadata::Metadata(const std::filesystem::path& path, const Picture& picture)
     : content_(std::make_unique<Content>()) {
+  if (readByExiv2(picture.format)) try {
+      const auto image = openImage(path.string());
+      image->readMetadata();
+      content_->exif = image->exifData();
+      content_->iptc = image->iptcData();
+      content_->xmp = image->xmpData();
+      content_->comment = image->comment();
+      if (image->byteOrder() != Exiv2::invalidByteOrder) content_->byteOrder = image->byteOrder();
+    } catch (const Exiv2::AnyError& error) {
+      notes_.push_back(picture.format == Format::kTiff && codingOf(path, Format::kTiff).bigTiff
+                           ? "EXIF of a BigTIFF, if there is any, is not kept"
+                           : std::string("some metadata could not be read: ") + error.what());
+    }
   try {
-    const auto image = openImage(path.string());
-    image->readMetadata();
-    content_->exif = image->exifData();
-    content_->iptc = image->iptcData();
-    content_->xmp = image->xmpData();
-    content_->comment = image->comment();
-    if (image->byteOrder() != Exiv2::invalidByteOrder) content_->byteOrder = image->byteOrder();
-  } catch (const Exiv2::AnyError& error) {
-    notes_.push_back(std::string("some metadata could not be read: ") + error.what());
-  }
-  try {
+    if (content_->iptc.empty() && !picture.iptc.empty())
+      Exiv2::IptcParser::decode(content_->iptc, picture.iptc.data(),
+                                static_cast<std::uint32_t>(picture.iptc.size()));
     if (content_->exif.empty()) decodeExif(picture.exif, content_->exif, content_->byteOrder);
     if (content_->xmp.empty() && !picture.xmp.empty()) {
       Exiv2::XmpParser::decode(content_->xmp, std::string(picture.xmp.begin(), picture.xmp.end()));
@@ -154,6 +202,7 @@ Metadata::Metadata(const std::filesystem::path& path, const Picture& picture)
     notes_.push_back(std::string("some metadata could not be read: ") + error.what());
   }
   dropStructure(content_->exif);
+  if (traits(picture.format).upright) takeOrientation();
 }
 
 Metadata::~Metadata() = default;
@@ -190,6 +239,15 @@ void Metadata::stripLocation() {
   });
 }
 
+int Metadata::takeOrientation() {
+  const auto datum = content_->exif.findKey(Exiv2::ExifKey("Exif.Image.Orientation"));
+  const long orientation =
+      datum == content_->exif.end() || datum->count() == 0 ? 1 : datum->toLong();
+  replaceInt(content_->exif, "Exif.Image.Orientation", 1);
+  replaceInt(content_->xmp, "Xmp.tiff.Orientation", 1);
+  return orientation >= 1 && orientation <= 8 ? static_cast<int>(orientation) : 1;
+}
+
 void Metadata::setSize(int width, int height) {
   for (const char* key : {"Exif.Photo.PixelXDimension", "Exif.Iop.RelatedImageWidth"}) {
     replaceInt(content_->exif, key, width);
@@ -206,10 +264,10 @@ void Metadata::setSize(int width, int height) {
 }
 
 void Metadata::attach(std::vector<std::uint8_t>& file, Format format) {
-  if (format == Format::kPng) return attachToPng(file);
-  if (format == Format::kWebp && !content_->iptc.empty()) {
-    notes_.emplace_back("IPTC is left out: webp has no place for it");
-  }
+  if ((format == Format::kWebp || format == Format::kJxl) && !content_->iptc.empty())
+    notes_.push_back("IPTC is left out: " + std::string(traits(format).name) +
+                     " has no place for it");
+  if (format == Format::kPng || format == Format::kJxl) return attachByChunks(file, format);
   try {
     attachByExiv2(file, format, *content_);
   } catch (const Exiv2::AnyError& first) {
@@ -223,6 +281,26 @@ void Metadata::attach(std::vector<std::uint8_t>& file, Format format) {
     }
     notes_.push_back(std::string("XMP is left out: ") + first.what());
   }
+}
+
+void Metadata::handTo(Picture& picture, Format format) try {
+  const bool tiff = format == Format::kTiff;
+  const std::string name = tiff ? "a TIFF above 4 GB" : std::string(traits(format).name);
+  const std::string exif = tiff ? "" : content_->exifBytes();
+  if (tiff && !content_->exif.empty())
+    notes_.push_back("EXIF is left out: " + name + " has no place for it");
+  if (!tiff && !content_->iptc.empty())
+    notes_.push_back("IPTC is left out: " + name + " has no place for it");
+  picture.exif.clear();
+  if (!exif.empty()) {
+    picture.exif.assign(kExifMarker.begin(), kExifMarker.end());
+    picture.exif.insert(picture.exif.end(), exif.begin(), exif.end());
+  }
+  const std::string xmp = content_->xmpPacket(), iptc = tiff ? content_->iptcBytes() : "";
+  picture.xmp.assign(xmp.begin(), xmp.end());
+  picture.iptc.assign(iptc.begin(), iptc.end());
+} catch (const Exiv2::AnyError& error) {
+  throw FileError(std::string("cannot write its metadata: ") + error.what());
 }
 
 void Metadata::attachByExiv2(std::vector<std::uint8_t>& file, Format format,
@@ -257,31 +335,30 @@ void Metadata::attachByExiv2(std::vector<std::uint8_t>& file, Format format,
   file.assign(whole.pData_, whole.pData_ + whole.size_);
 }
 
-void Metadata::attachToPng(std::vector<std::uint8_t>& file) {
-  try {
-    if (!content_->exif.empty()) {
-      Exiv2::Blob exif;
-      Exiv2::ExifParser::encode(exif, content_->byteOrder, content_->exif);
-      if (!exif.empty()) insertPngExif(file, view(exif.data(), exif.size()));
-    }
-    if (!content_->xmp.empty()) {
-      std::string packet;
-      Exiv2::XmpParser::encode(packet, content_->xmp, Exiv2::XmpParser::useCompactFormat);
-      insertPngXmp(file, packet);
-    }
-    if (!content_->iptc.empty()) {
-      const Exiv2::DataBuf iptc = Exiv2::IptcParser::encode(content_->iptc);
-      insertPngIptc(file, view(iptc.pData_, static_cast<std::size_t>(iptc.size_)));
-    }
-  } catch (const Exiv2::AnyError& error) {
-    throw FileError(std::string("cannot write its metadata: ") + error.what());
-  }
+void Metadata::attachByChunks(std::vector<std::uint8_t>& file, Format format) try {
+  const std::string exif = content_->exifBytes(), xmp = content_->xmpPacket();
+  if (format == Format::kJxl) return insertJxlMetadata(file, exif, xmp);
+  if (!exif.empty()) insertPngExif(file, exif);
+  if (!xmp.empty()) insertPngXmp(file, xmp);
+  if (!content_->iptc.empty()) insertPngIptc(file, content_->iptcBytes());
+} catch (const Exiv2::AnyError& error) {
+  throw FileError(std::string("cannot write its metadata: ") + error.what());
 }
 
-std::string Metadata::summary(const std::filesystem::path& path) {
-  return summaryAt(path.string());
+std::string Metadata::summary(const std::filesystem::path& path, Format format) {
+  return orReason([&] {
+    if (readByExiv2(format)) return summaryOf(*openImage(path.string()));
+    std::ifstream file(path, std::ios::binary);
+    return summaryOf(openPicture(path, format, Strictness::kLenient, 1), file, format);
+  });
 }
 
-std::string Metadata::summary(const std::vector<std::uint8_t>& file) { return summaryAt(file); }
+std::string Metadata::summary(const std::vector<std::uint8_t>& file, Format format) {
+  return orReason([&] {
+    if (readByExiv2(format)) return summaryOf(*openImage(file));
+    std::istringstream bytes({file.begin(), file.end()});
+    return summaryOf(vips::VImage::new_from_buffer(file.data(), file.size(), ""), bytes, format);
+  });
+}
 
 }  // namespace vx::cli

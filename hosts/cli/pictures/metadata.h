@@ -29,24 +29,30 @@ class Metadata {
   /// Drops what says where the picture was taken: GPS, and the names of places in XMP and IPTC.
   void stripLocation();
 
-  /// Updates every tag that states the picture's size. Orientation stays: the pixels were not
-  /// turned.
+  /// For formats whose pixels lie upright: what EXIF says of them, 1 to 8, and says no more.
+  int takeOrientation();
+
+  /// Updates every tag that states the picture's size.
   void setSize(int width, int height);
 
   /// Puts all of it into `file`, an encoded picture of `format`. What the format cannot hold is
   /// left out, with a line in notes(). Throws FileError.
   void attach(std::vector<std::uint8_t>& file, Format format);
 
+  /// Puts all of it into `picture`, for encoders that write metadata with the pixels. What they
+  /// leave out is told in notes().
+  void handTo(Picture& picture, Format format);
+
   /// What a file really holds, as "ICC 3144 bytes, EXIF 49 tags, maker note 12 tags".
-  static std::string summary(const std::filesystem::path& path);
-  static std::string summary(const std::vector<std::uint8_t>& file);
+  static std::string summary(const std::filesystem::path& path, Format format);
+  static std::string summary(const std::vector<std::uint8_t>& file, Format format);
 
   const std::vector<std::string>& notes() const { return notes_; }
 
  private:
   struct Content;
   void attachByExiv2(std::vector<std::uint8_t>& file, Format format, const Content& content);
-  void attachToPng(std::vector<std::uint8_t>& file);
+  void attachByChunks(std::vector<std::uint8_t>& file, Format format);
 
   std::unique_ptr<Content> content_;
   std::vector<std::string> notes_;

@@ -3,49 +3,37 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <fstream>
 #include <new>
 #include <vips/vips8>
 
 #include "hosts/cli/console/cancel.h"
 #include "hosts/cli/console/error.h"
+#include "hosts/cli/pictures/decoder.h"
+#include "hosts/cli/pictures/jxl_boxes.h"
 #include "hosts/cli/pictures/picture.h"
+#include "hosts/cli/pictures/png_header.h"
 #include "hosts/cli/pictures/vips_error.h"
 
 namespace vx::cli {
 namespace {
 
+using vips::VError;
 using vips::VImage;
 
-// A damaged or truncated file is refused; by default libvips would fill the gap with grey.
-VImage load(const std::filesystem::path& path, Format format, int jpegShrink) {
-  vips::VOption* options =
-      VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL)->set("fail_on", VIPS_FAIL_ON_ERROR);
-  switch (format) {
-    case Format::kJpeg:
-      return VImage::jpegload(path.c_str(), options->set("shrink", jpegShrink));
-    case Format::kPng:
-      return VImage::pngload(path.c_str(), options);
-    case Format::kTiff:
-      return VImage::tiffload(path.c_str(), options);
-    case Format::kWebp:
-      return VImage::webpload(path.c_str(), options);
-  }
-  throw FileError("unknown format");
-}
+// What libvips could not decode, unlike what is refused here.
+class Undecodable : public FileError {
+ public:
+  Undecodable() : FileError(vipsReason()) {}
+};
 
 int headerInt(const VImage& image, const char* name, int otherwise) {
   return image.get_typeof(name) == G_TYPE_INT ? image.get_int(name) : otherwise;
 }
 
-std::vector<std::uint8_t> headerBlob(const VImage& image, const char* name) {
-  if (image.get_typeof(name) != VIPS_TYPE_BLOB) return {};
-  std::size_t size = 0;
-  const auto* bytes = static_cast<const std::uint8_t*>(image.get_blob(name, &size));
-  return {bytes, bytes + size};
-}
-
-void refuseSeveralPictures(const VImage& image) {
-  const int pages = headerInt(image, VIPS_META_N_PAGES, 1);
+void refuseSeveralPictures(const VImage& image, std::uint32_t frames) {
+  const auto pages =
+      std::max(frames, static_cast<std::uint32_t>(headerInt(image, VIPS_META_N_PAGES, 1)));
   if (pages > 1) {
     throw FileError("holds " + std::to_string(pages) +
                     " pages or frames; only single pictures are handled");
@@ -184,23 +172,28 @@ VImage cmykToSrgb(const VImage& image, std::vector<std::string>& notes) {
                                  ->set("depth", image.format() == VIPS_FORMAT_USHORT ? 16 : 8));
 }
 
-Picture read(const std::filesystem::path& path, const ReadOptions& options, Progress& progress) {
-  const Format format = formatByContent(path);
+// What is kept in 8 bits though the file took fewer.
+std::vector<std::string> notesOn(const PngHeader& header) {
+  if (header.palette) return {"palette colours become full colours"};
+  if (header.bitDepth < 8) return {std::to_string(header.bitDepth) + " bits per sample become 8"};
+  return {};
+}
+
+Picture read(const std::filesystem::path& path, Format format, Strictness strictness,
+             const ReadOptions& options, Progress& progress) {
   const int scale = options.previewScale;
-  VImage image = load(path, format, 1);
+  VImage image = openPicture(path, format, strictness, 1);
   // Reducing in the JPEG decoder is nearly free, but it drops incomplete blocks: use it only where
   // the result is exact.
   const bool inDecoder = format == Format::kJpeg && (scale == 2 || scale == 4 || scale == 8) &&
                          image.width() % scale == 0 && image.height() % scale == 0;
-  if (inDecoder) image = load(path, format, scale);
-  refuseSeveralPictures(image);
+  if (inDecoder) image = openPicture(path, format, strictness, scale);
+  const PngHeader png = format == Format::kPng ? pngHeader(path) : PngHeader();
+  refuseSeveralPictures(image, png.frames);
   int colours = colourChannels(image);
   const int sampleBytes = image.format() == VIPS_FORMAT_USHORT ? 2 : 1;
 
-  std::vector<std::string> notes;
-  if (image.get_typeof("palette-bit-depth") == G_TYPE_INT) {
-    notes.emplace_back("palette colours become full colours");
-  }
+  std::vector<std::string> notes = notesOn(png);
   if (colours == 4) {
     image = cmykToSrgb(image, notes);
     colours = 3;
@@ -223,14 +216,23 @@ Picture read(const std::filesystem::path& path, const ReadOptions& options, Prog
                   .yResolution = image.yres(),
                   .icc = headerBlob(image, VIPS_META_ICC_NAME),
                   .exif = headerBlob(image, VIPS_META_EXIF_NAME),
-                  .xmp = headerBlob(image, VIPS_META_XMP_NAME),
+                  .xmp = xmpOf(image),
+                  .iptc = headerBlob(image, VIPS_META_IPTC_NAME),
                   .pngTexts = pngTexts(image),
+                  .orientation = 1,
+                  .damaged = false,
                   .leastQuality = 0,
                   .notes = std::move(notes)};
+  if (format == Format::kJxl) {
+    std::ifstream file(path, std::ios::binary);
+    JxlMetadata boxes = readJxlMetadata(file);
+    picture.exif = std::move(boxes.exif);
+    picture.xmp = std::move(boxes.xmp);
+  }
   Sink sink{picture.raster, progress, depth, colours, columns, rows, image.height()};
   if (vips_sink_disc(image.get_image(), takeArea, &sink) != 0) {
     throwIfCancelled();
-    throw vipsError("cannot read");
+    throw Undecodable();
   }
   if (alpha && !traits(options.output).alpha && !picture.raster.opaque()) {
     if (options.background.empty())
@@ -243,6 +245,17 @@ Picture read(const std::filesystem::path& path, const ReadOptions& options, Prog
   return picture;
 }
 
+Picture readAs(const std::filesystem::path& path, Format format, Strictness strictness,
+               const ReadOptions& options, Progress& progress) {
+  try {
+    return read(path, format, strictness, options, progress);
+  } catch (const VError&) {
+    throw Undecodable();
+  } catch (const std::bad_alloc&) {
+    throw FileError("not enough memory for a picture of this size");
+  }
+}
+
 }  // namespace
 
 int outputDepth(const ReadOptions& options, int sourceDepth) {
@@ -252,13 +265,21 @@ int outputDepth(const ReadOptions& options, int sourceDepth) {
 
 Picture readPicture(const std::filesystem::path& path, const ReadOptions& options,
                     Progress& progress) {
+  const Format format = formatByContent(path);
+  std::string damage;
   try {
-    return read(path, options, progress);
-  } catch (const vips::VError&) {
-    throw vipsError("cannot read");
-  } catch (const std::bad_alloc&) {
-    throw FileError("not enough memory for a picture of this size");
+    return readAs(path, format, Strictness::kWhole, options, progress);
+  } catch (const Undecodable& error) {
+    damage = error.what();
+    if (!options.acceptDamage)
+      throw FileError("cannot read: " + damage + " (--accept-damage takes what can be read)");
   }
+  ReadOptions again = options;
+  again.claim = {};  // was granted
+  Picture picture = readAs(path, format, Strictness::kLenient, again, progress);
+  picture.damaged = true;
+  picture.notes.push_back("damaged: " + damage);
+  return picture;
 }
 
 }  // namespace vx::cli

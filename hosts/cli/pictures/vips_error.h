@@ -10,7 +10,7 @@
 
 namespace vx::cli {
 
-inline FileError vipsError(const char* what) {
+inline std::string vipsReason() {
   std::string reason;
   bool gap = false;
   for (const char c : std::string_view(vips_error_buffer())) {
@@ -23,7 +23,11 @@ inline FileError vipsError(const char* what) {
     reason += c;
   }
   vips_error_clear();
-  return FileError(std::string(what) + ": " + (reason.empty() ? "unknown reason" : reason));
+  return reason.empty() ? "unknown reason" : reason;
+}
+
+inline FileError vipsError(const std::string& what) {
+  return FileError(what + ": " + vipsReason());
 }
 
 }  // namespace vx::cli

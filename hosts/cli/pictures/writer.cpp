@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstring>
 #include <new>
 #include <string>
@@ -40,7 +41,7 @@ void showPercent(VipsImage*, VipsProgress* state, Progress* progress) {
 
 // An image that converts rows of the raster on demand, so that no second copy in the depth of the
 // file is held.
-VImage describe(Source& source) {
+VImage describe(Source& source, bool withMetadata) {
   const Picture& picture = source.picture;
   const bool deep = source.depth == 16;
   VipsImage* raw = vips_image_new();
@@ -60,13 +61,21 @@ VImage describe(Source& source) {
   if (!picture.icc.empty()) {
     vips_image_set_blob_copy(raw, VIPS_META_ICC_NAME, picture.icc.data(), picture.icc.size());
   }
+  const auto setBlob = [raw](const char* name, const std::vector<std::uint8_t>& bytes) {
+    if (!bytes.empty()) vips_image_set_blob_copy(raw, name, bytes.data(), bytes.size());
+  };
+  if (withMetadata) {
+    setBlob(VIPS_META_EXIF_NAME, picture.exif);
+    setBlob(VIPS_META_XMP_NAME, picture.xmp);
+    setBlob(VIPS_META_IPTC_NAME, picture.iptc);
+  }
   for (const auto& [name, text] : picture.pngTexts) image.set(name.c_str(), text.c_str());
   vips_image_set_progress(raw, TRUE);
   g_signal_connect(raw, "eval", G_CALLBACK(showPercent), &source.progress);
   return image;
 }
 
-constexpr int kUsualQuality = 92;
+constexpr int kUsualQuality = 92, kUsualHeifQuality = 80;
 
 VipsBlob* saveJpeg(const VImage& image, const Coding& coding) {
   VipsForeignSubsample subsampling = VIPS_FOREIGN_SUBSAMPLE_AUTO;
@@ -80,17 +89,31 @@ VipsBlob* saveJpeg(const VImage& image, const Coding& coding) {
 }
 
 VipsBlob* saveTiff(const VImage& image, const Coding& coding) {
-  // Classic TIFF addresses 4 GB.
-  const double bytes = static_cast<double>(VIPS_IMAGE_SIZEOF_IMAGE(image.get_image()));
   const std::string name = coding.tiffCompression.value_or("none");
   const int compression =
       vips_enum_from_nick("vxicore", VIPS_TYPE_FOREIGN_TIFF_COMPRESSION, name.c_str());
   return image.tiffsave_buffer(VImage::option()
-                                   ->set("bigtiff", bytes > 3.9e9)
+                                   ->set("bigtiff", coding.bigTiff)
                                    ->set("compression", compression)
                                    ->set("predictor", coding.tiffPredictor
                                                           ? VIPS_FOREIGN_TIFF_PREDICTOR_HORIZONTAL
                                                           : VIPS_FOREIGN_TIFF_PREDICTOR_NONE));
+}
+
+// Deeper samples are cut to what the format holds.
+VipsBlob* saveHeif(const VImage& image, Format format, int depth, const Coding& coding) {
+  return image.heifsave_buffer(VImage::option()
+                                   ->set("Q", coding.quality.value_or(kUsualHeifQuality))
+                                   ->set("bitdepth", std::min(depth, traits(format).fileDepth))
+                                   ->set("compression", format == Format::kAvif
+                                                            ? VIPS_FOREIGN_HEIF_COMPRESSION_AV1
+                                                            : VIPS_FOREIGN_HEIF_COMPRESSION_HEVC));
+}
+
+VipsBlob* saveJxl(const VImage& image, const Coding& coding) {
+  return image.jxlsave_buffer(VImage::option()
+                                  ->set("Q", coding.quality.value_or(kUsualQuality))
+                                  ->set("lossless", coding.lossless.value_or(false)));
 }
 
 VipsBlob* save(const VImage& image, Format format, int depth, const Coding& coding) {
@@ -105,6 +128,11 @@ VipsBlob* save(const VImage& image, Format format, int depth, const Coding& codi
       return image.webpsave_buffer(VImage::option()
                                        ->set("Q", coding.quality.value_or(kUsualQuality))
                                        ->set("lossless", coding.lossless.value_or(false)));
+    case Format::kHeic:
+    case Format::kAvif:
+      return saveHeif(image, format, depth, coding);
+    case Format::kJxl:
+      return saveJxl(image, coding);
   }
   throw FileError("unknown format");
 }
@@ -115,7 +143,11 @@ std::vector<std::uint8_t> encodePicture(const Picture& picture, Format format, i
                                         const Coding& coding, Progress& progress) {
   Source source{picture, progress, depth, picture.raster.alphaDepth() > 0 && traits(format).alpha};
   try {
-    const VImage image = describe(source);
+    VImage image = describe(source, traits(format).metadataByEncoder || coding.bigTiff);
+    if (picture.orientation != 1) {
+      image.set("orientation", picture.orientation);
+      image = image.autorot();
+    }
     VipsBlob* blob = save(image, format, depth, coding);
     std::size_t size = 0;
     const auto* bytes = static_cast<const std::uint8_t*>(vips_blob_get(blob, &size));
