@@ -40,6 +40,7 @@ void redirect(const char* path, int descriptor) {
 class VipsSetUp : public ::testing::Environment {
  public:
   void SetUp() override {
+    setenv("VIPS_WARNING", "1", 1);  // to drop them
     if (vips_init("host_test") != 0) vips_error_exit(nullptr);
     vips_cache_set_max(0);
     Exiv2::XmpParser::initialize();

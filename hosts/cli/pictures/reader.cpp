@@ -9,6 +9,7 @@
 
 #include "hosts/cli/console/cancel.h"
 #include "hosts/cli/console/error.h"
+#include "hosts/cli/console/quiet_stderr.h"
 #include "hosts/cli/pictures/decoder.h"
 #include "hosts/cli/pictures/jxl_boxes.h"
 #include "hosts/cli/pictures/picture.h"
@@ -247,6 +248,9 @@ Picture read(const std::filesystem::path& path, Format format, Strictness strict
 
 Picture readAs(const std::filesystem::path& path, Format format, Strictness strictness,
                const ReadOptions& options, Progress& progress) {
+  // libjxl, libde265 and dav1d print where they gave up.
+  const QuietStderr quiet(format == Format::kJxl || format == Format::kHeic ||
+                          format == Format::kAvif);
   try {
     return read(path, format, strictness, options, progress);
   } catch (const VError&) {
