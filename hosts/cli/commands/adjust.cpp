@@ -89,10 +89,10 @@ VxAutoNoise AdjustCommand::noiseOf(const std::filesystem::path& input, Picture& 
                                    Progress& progress) const {
   if (values_.noise != settings::kAuto)
     return vxAutoAssumeNoise(static_cast<double>(values_.noise));
-  if (previewScale() == 1) return measureNoise(input, picture.raster);
+  if (previewScale() == 1) return measureNoise(input, picture);
   // At full size for a preview too, so that it shows what the settings will do.
-  Picture full = readForNoise(input, kMostMegapixels, progress);
-  return measureNoise(input, full.raster);
+  Picture full = readForNoise(input, kMostMegapixels, acceptsDamage(), progress);
+  return measureNoise(input, full);
 }
 
 void AdjustCommand::choose(const VxAutoNoise& noise, Picture& picture,

@@ -23,10 +23,11 @@ struct Report {
   NoiseProfile library;
 };
 
-Report reportOn(const std::filesystem::path& input, double maxMegapixels, Progress& progress) {
-  Picture picture = readForNoise(input, maxMegapixels, progress);
+Report reportOn(const std::filesystem::path& input, const FileOptions& options,
+                Progress& progress) {
+  Picture picture = readForNoise(input, options.maxMegapixels, options.acceptDamage, progress);
   Report report{};
-  report.noise = measureNoise(input, picture.raster);
+  report.noise = measureNoise(input, picture);
   report.nonLocal = vxAutoChooseDenoise(&report.noise, VX_AUTO_NON_LOCAL, 1);
   report.fast = vxAutoChooseDenoise(&report.noise, VX_AUTO_FAST, 1);
   report.library = libraryEstimate(picture.raster);
@@ -91,7 +92,7 @@ int NoiseCommand::run() {
   Json all = Json::array();
   const int code = forEachPicture(inputs, [&](std::size_t index, Progress& progress) {
     progress.beginStep("reading");
-    const Report report = reportOn(inputs[index], files_.maxMegapixels, progress);
+    const Report report = reportOn(inputs[index], files_, progress);
     progress.clear();
     if (json_) {
       all.push_back(toJson(inputs[index], report));

@@ -27,18 +27,21 @@ VxAutoPicture centre(Raster& raster) {
 
 }  // namespace
 
-VxAutoNoise measureNoise(const std::filesystem::path& input, Raster& raster) {
-  const VxAutoPicture picture = centre(raster);
-  const VxAutoEvidence evidence = evidenceOf(input);
+VxAutoNoise measureNoise(const std::filesystem::path& input, Picture& picture) {
+  const VxAutoPicture seen = centre(picture.raster);
+  const VxAutoEvidence evidence = evidenceOf(input, picture);
   VxAutoNoise noise{};
-  if (vxAutoMeasureNoise(&picture, &evidence, &noise) == 0) throw FileError(kNoMemory);
+  if (vxAutoMeasureNoise(&seen, &evidence, &noise) == 0) throw FileError(kNoMemory);
   return noise;
 }
 
-Picture readForNoise(const std::filesystem::path& input, double maxMegapixels, Progress& progress) {
+Picture readForNoise(const std::filesystem::path& input, double maxMegapixels, bool acceptDamage,
+                     Progress& progress) {
   // Nothing is written; TIFF refuses the least of what can be read.
-  const ReadOptions wanted{
-      .output = Format::kTiff, .maxMegapixels = maxMegapixels, .centre = kNoiseCentre};
+  const ReadOptions wanted{.output = Format::kTiff,
+                           .maxMegapixels = maxMegapixels,
+                           .acceptDamage = acceptDamage,
+                           .centre = kNoiseCentre};
   return readPicture(input, wanted, progress);
 }
 

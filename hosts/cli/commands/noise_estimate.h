@@ -12,13 +12,14 @@ namespace vx::cli {
 /// Of a longer axis the noise is looked for in so many pixels around the centre.
 inline constexpr int kNoiseCentre = 4096;
 
-/// The noise in the centre of a raster that was read from `input` at full size. Throws FileError
+/// The noise in the centre of a picture that was read from `input` at full size. Throws FileError
 /// for want of memory.
-VxAutoNoise measureNoise(const std::filesystem::path& input, Raster& raster);
+VxAutoNoise measureNoise(const std::filesystem::path& input, Picture& picture);
 
 /// A picture at full size; of a longer axis only the part in which noise is looked for. Throws
 /// FileError, Cancelled.
-Picture readForNoise(const std::filesystem::path& input, double maxMegapixels, Progress& progress);
+Picture readForNoise(const std::filesystem::path& input, double maxMegapixels, bool acceptDamage,
+                     Progress& progress);
 
 /// What was seen and what is done about it, in a line. Either may be null.
 std::string describeDenoise(const VxAutoNoise* noise, const VxAutoDenoise* choice);

@@ -25,6 +25,7 @@ class TreatingCommand : public Command {
   void addSettings(std::vector<settings::BoundSetting> table);
 
   int previewScale() const { return files_.previewScale; }
+  bool acceptsDamage() const { return files_.acceptDamage; }
 
   /// Whether what treat() chooses for the one picture is to be saved as a preset: it then changes
   /// the bound values.

@@ -17,10 +17,24 @@ double number(const Exiv2::ExifData& exif, const char* key) {
   return std::isfinite(value) && value > 0 ? value : 0;
 }
 
-void takeExif(const std::filesystem::path& path, VxAutoEvidence& evidence) try {
+// What libvips found counts first: Exiv2 0.27 does not open every format.
+Exiv2::ExifData exifOf(const std::filesystem::path& path, const Picture& picture) {
+  constexpr std::size_t kMarker = 6;  // "Exif" and two zeros
+  Exiv2::ExifData exif;
+  if (picture.exif.size() > kMarker) {
+    const std::size_t start = picture.exif[0] == 'E' ? kMarker : 0;
+    Exiv2::ExifParser::decode(exif, picture.exif.data() + start,
+                              static_cast<std::uint32_t>(picture.exif.size() - start));
+    return exif;
+  }
   const auto image = Exiv2::ImageFactory::open(path.string());
   image->readMetadata();
-  const Exiv2::ExifData& exif = image->exifData();
+  return image->exifData();
+}
+
+void takeExif(const std::filesystem::path& path, const Picture& picture,
+              VxAutoEvidence& evidence) try {
+  const Exiv2::ExifData exif = exifOf(path, picture);
   evidence.isoSpeed = number(exif, "Exif.Photo.ISOSpeedRatings");
   evidence.exposureTime = number(exif, "Exif.Photo.ExposureTime");
   evidence.fullMegapixels =
@@ -31,9 +45,9 @@ void takeExif(const std::filesystem::path& path, VxAutoEvidence& evidence) try {
 
 }  // namespace
 
-VxAutoEvidence evidenceOf(const std::filesystem::path& path) {
+VxAutoEvidence evidenceOf(const std::filesystem::path& path, const Picture& picture) {
   VxAutoEvidence evidence{};
-  takeExif(path, evidence);
+  takeExif(path, picture, evidence);
   if (const auto header = jpegHeader(path))
     vxAutoLumaSteps(header->lumaSteps.data(), evidence.lumaSteps);
   return evidence;
