@@ -9,8 +9,10 @@
 #include <cmath>
 #include <cstdio>
 #include <numeric>
+#include <optional>
 
 #include "hosts/cli/commands/worker_pool.h"
+#include "hosts/cli/compare/comparison_page.h"
 #include "hosts/cli/console/cancel.h"
 #include "hosts/cli/console/error.h"
 #include "hosts/cli/pictures/standard_stream.h"
@@ -28,8 +30,12 @@ std::string duration(double seconds) {
 /// Tells what becomes of the pictures, one after the other, and at last of all.
 class Teller {
  public:
-  Teller(const FileOptions& options, const Treatment& treatment, std::size_t count)
-      : options_(options), treatment_(treatment), count_(count) {}
+  /// `page` may be null.
+  Teller(const FileOptions& options, const Treatment& treatment, std::size_t count,
+         ComparisonPage* page)
+      : options_(options), treatment_(treatment), count_(count), page_(page) {}
+
+  const PairStore* store() const { return page_ ? &page_->store() : nullptr; }
 
   void tell(Progress& progress, const Job& job, const JobResult& result) {
     progress.clear();
@@ -42,6 +48,8 @@ class Teller {
     if (options_.verbose && result.status == Status::kDone)
       put(job.toStandardOutput() ? stderr : stdout,
           report(job, result, treatment_.verb, treatment_.settings));
+    if (page_) page_->add(job, result);
+    if (!result.shown.error.empty()) complain(job, "is not on the page: " + result.shown.error);
     done_ += result.status == Status::kDone;
     damaged_ += result.damaged;
     skipped_ += result.status == Status::kSkipped;
@@ -64,6 +72,7 @@ class Teller {
   /// Says how it went; returns the exit code.
   int end(double megabytes) const {
     const bool cancelled = done_ + skipped_ + failed_ < count_;
+    const bool whole = writePage() && failed_ == 0;
     if (count_ > 1 && (cancelled || !options_.quiet)) {
       const std::string damaged =
           damaged_ > 0 ? " (" + std::to_string(damaged_) + " of them damaged)" : "";
@@ -74,10 +83,17 @@ class Teller {
           cancelled ? "cancelled: " : "", done_, damaged.c_str(), skipped_, failed_,
           duration(seconds()).c_str(), pixels_ / 1e6 / seconds(), megabytes);
     }
-    return cancelled ? kExitCancelled : failed_ > 0 ? kExitSomeFailed : kExitDone;
+    return cancelled ? kExitCancelled : whole ? kExitDone : kExitSomeFailed;
   }
 
  private:
+  bool writePage() const try {
+    if (page_) page_->write();
+    return page_ == nullptr || !page_->incomplete();
+  } catch (const FileError& error) {
+    std::fprintf(stderr, "vxicore: %s\n", error.what());
+    return false;
+  }
   static void complain(const Job& job, const std::string& text) {
     std::fprintf(stderr, "vxicore: %s: %s\n", nameOf(job.input).c_str(), text.c_str());
   }
@@ -93,6 +109,7 @@ class Teller {
   const Treatment& treatment_;
   std::size_t count_, done_ = 0, damaged_ = 0, skipped_ = 0, failed_ = 0;
   double pixels_ = 0;
+  ComparisonPage* page_;
   Clock::time_point start_ = Clock::now();
 };
 
@@ -104,7 +121,8 @@ int oneByOne(const std::vector<Job>& jobs, const FileOptions& options, const Tre
     const std::string position = jobs.size() > 1 ? teller.position(i) + ": " : "";
     progress.beginPicture(position + jobs[i].input.filename().string());
     JobResult result = ended(Status::kSkipped);
-    if (!jobs[i].skip) result = treatPicture(jobs[i], options, treatment, {}, progress);
+    if (!jobs[i].skip)
+      result = treatPicture(jobs[i], options, treatment, teller.store(), {}, progress);
     teller.tell(progress, jobs[i], result);
     megabytes = std::max(megabytes, result.megabytes);
     if (result.status == Status::kCancelled) break;
@@ -128,7 +146,8 @@ int severalAtATime(const std::vector<Job>& jobs, int workers, const FileOptions&
   };
   pool.work = [&](std::size_t index, const std::function<void(double)>& claim) {
     JobResult result = ended(Status::kSkipped);
-    if (!jobs[index].skip) result = treatPicture(jobs[index], options, treatment, claim, silent);
+    if (!jobs[index].skip)
+      result = treatPicture(jobs[index], options, treatment, teller.store(), claim, silent);
     return packed(result);
   };
   pool.done = [&](std::size_t index, const PieceResult& piece) {
@@ -160,7 +179,10 @@ int runBatch(const FileOptions& options, const Treatment& treatment, bool neutra
   if (neutral) refuseNothing(plan.jobs, options);
   const auto count = static_cast<int>(std::min<std::size_t>(plan.jobs.size(), 64));
   const int workers = std::min(count, options.jobs != 0 ? options.jobs : omp_get_num_procs());
-  Teller teller(options, treatment, plan.jobs.size());
+  std::optional<ComparisonPage> page;
+  if (!options.compare.empty())
+    page.emplace(options, treatment.command, treatment.settings, plan.jobs);
+  Teller teller(options, treatment, plan.jobs.size(), page ? &*page : nullptr);
   if (workers < 2) return oneByOne(plan.jobs, options, treatment, teller);
   return severalAtATime(plan.jobs, workers, options, treatment, teller);
 }

@@ -111,6 +111,11 @@ void addOutputOptions(CLI::App& app, FileOptions& options) {
       ->option_text("RRGGBB")
       ->check(isColour)
       ->group(kFiles);
+  app.add_option("--compare", options.compare,
+                 helpText("Write a page, NAME.html, that shows each picture before and after under "
+                          "a slider; a browser opens it, and everything is in it"))
+      ->option_text("FILE")
+      ->group(kFiles);
   app.add_flag("--strip", options.strip,
                helpText("Drop all metadata but the colour profile and the orientation"))
       ->group(kFiles);

@@ -27,6 +27,7 @@ struct FileOptions {
   double maxMegapixels = 500;
   bool acceptDamage = false;
   int jobs = 0;            // 0: as many as there are processors
+  std::string compare;     // page of before and after; empty: none
   std::string background;  // for transparency where the result holds none; empty: refuse
   bool recursive = false;
   bool skipExisting = false;

@@ -32,9 +32,11 @@ NLOHMANN_JSON_SERIALIZE_ENUM(Status, {{Status::kDone, "done"},
                                       {Status::kFailed, "failed"},
                                       {Status::kCancelled, "cancelled"}})
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Seconds, reading, treating, writing)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Piece, offset, size)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(ShownPair, markup, error)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(JobResult, status, error, chosen, notes, damaged, width, height,
                                    depth, resultDepth, seconds, megabytes, metadataBefore,
-                                   metadataAfter)
+                                   metadataAfter, shown)
 
 std::string packed(const JobResult& result) { return oneLine(nlohmann::json(result)); }
 

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "hosts/cli/commands/plan.h"
+#include "hosts/cli/compare/picture_pair.h"
 #include "hosts/settings/setting.h"
 
 namespace vx::cli {
@@ -24,6 +25,7 @@ struct JobResult {
   Seconds seconds;
   double megabytes = 0;  // the most that the process has held so far
   std::string metadataBefore, metadataAfter;
+  ShownPair shown;  // on a page of before and after
 };
 
 inline JobResult ended(Status status, const std::string& error = "") {

@@ -58,7 +58,8 @@ void noteDepth(Format format, int asked, JobResult& result) {
 }
 
 void run(const Job& job, const FileOptions& options, const Treatment& treatment,
-         const std::function<void(double)>& claim, Progress& progress, JobResult& result) {
+         const PairStore* page, const std::function<void(double)>& claim, Progress& progress,
+         JobResult& result) {
   if (!job.refusal.empty()) throw FileError(job.refusal);
   onOutput(job, [&] { checkWritable(job.output, options.force); });
   auto start = Clock::now();
@@ -73,7 +74,7 @@ void run(const Job& job, const FileOptions& options, const Treatment& treatment,
                            .previewScale = options.previewScale,
                            .maxMegapixels = options.maxMegapixels,
                            .acceptDamage = options.acceptDamage,
-                           .libraryBytes = treatment.libraryBytes,
+                           .libraryBytes = treatment.libraryBytes + (page ? kPairBytes : 0),
                            .background = options.background,
                            .claim = claim};
   std::vector<std::uint8_t> file;
@@ -90,6 +91,9 @@ void run(const Job& job, const FileOptions& options, const Treatment& treatment,
     if (options.strip) metadata.strip(), picture.pngTexts.clear();
     if (options.stripLocation) metadata.stripLocation();
     result.seconds.reading = lap();
+    PicturePair pair(page);
+    pair.takeBefore(picture, metadata.orientation(), progress);
+    result.seconds.writing = lap();
 
     progress.beginStep(treatment.verb);
     treatment.apply(job.input, picture, progress);
@@ -108,6 +112,7 @@ void run(const Job& job, const FileOptions& options, const Treatment& treatment,
     const bool byEncoder = traits(job.format).metadataByEncoder || coding.bigTiff;
     if (byEncoder) metadata.handTo(picture, job.format);
     file = encodePicture(picture, job.format, result.resultDepth, coding, progress);
+    result.shown = pair.takeAfter(picture, job.format, coding, progress);
     // The pixels are freed first: adding metadata needs further copies of the file.
     picture.raster = Raster(1, 1, 8, 0);
     if (!byEncoder) metadata.attach(file, job.format);
@@ -117,7 +122,7 @@ void run(const Job& job, const FileOptions& options, const Treatment& treatment,
     writeStandardOutput(file);
   else
     onOutput(job, [&] { writeFile(job.output, file, options.force); });
-  result.seconds.writing = lap();
+  result.seconds.writing += lap();
   result.megabytes = peakMegabytes();
   if (!options.verbose && !options.json) return;
   result.metadataBefore = Metadata::summary(job.input, formatByContent(job.input));
@@ -127,11 +132,12 @@ void run(const Job& job, const FileOptions& options, const Treatment& treatment,
 }  // namespace
 
 JobResult treatPicture(const Job& job, const FileOptions& options, const Treatment& treatment,
-                       const std::function<void(double)>& claim, Progress& progress) {
+                       const PairStore* page, const std::function<void(double)>& claim,
+                       Progress& progress) {
   try {
     throwIfCancelled();
     JobResult result;
-    run(job, options, treatment, claim, progress, result);
+    run(job, options, treatment, page, claim, progress, result);
     return result;
   } catch (const Cancelled&) {
     return ended(Status::kCancelled);

@@ -11,6 +11,7 @@ namespace vx::cli {
 
 /// What a subcommand does to each picture.
 struct Treatment {
+  std::string command;       // as "adjust"
   std::string verb;          // for the progress line, as "enhancing"
   settings::Texts settings;  // those that are not neutral
   int libraryBytes;          // per pixel, beside the raster
@@ -20,8 +21,10 @@ struct Treatment {
 };
 
 /// Reads, treats and writes. What fails or is cancelled is in the result, and nothing was written.
+/// @param page   takes the picture before and after; null where no page is made
 /// @param claim  called with the bytes that the picture needs before they are taken; may be empty
 JobResult treatPicture(const Job& job, const FileOptions& options, const Treatment& treatment,
-                       const std::function<void(double bytes)>& claim, Progress& progress);
+                       const PairStore* page, const std::function<void(double bytes)>& claim,
+                       Progress& progress);
 
 }  // namespace vx::cli

@@ -107,6 +107,7 @@ int TreatingCommand::run() {
   if (!late && !save()) return kExitSomeFailed;
   if (!savePreset_.empty() && files_.inputs.empty()) return kExitDone;
   const Treatment treatment{
+      .command = name(),
       .verb = "enhancing",
       .settings = settings::texts(table_),
       .libraryBytes = libraryBytes(),

@@ -10,10 +10,11 @@
 
 namespace vx::cli {
 
-void writeAll(int file, std::span<const std::uint8_t> bytes, const std::string& failed) {
+void writeAll(int file, std::span<const std::uint8_t> bytes, const std::string& failed,
+              WhenCancelled whenCancelled) {
   constexpr std::size_t kPiece = std::size_t{8} << 20;
   while (!bytes.empty()) {
-    throwIfCancelled();
+    if (whenCancelled == WhenCancelled::kStop) throwIfCancelled();
     const ssize_t written = write(file, bytes.data(), std::min(bytes.size(), kPiece));
     if (written < 0 && errno == EINTR) continue;
     if (written < 0) throw FileError(failed + ": " + systemReason(errno));

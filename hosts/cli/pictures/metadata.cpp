@@ -239,13 +239,17 @@ void Metadata::stripLocation() {
   });
 }
 
+int Metadata::orientation() const {
+  const auto tag = content_->exif.findKey(Exiv2::ExifKey("Exif.Image.Orientation"));
+  const long value = tag == content_->exif.end() || tag->count() == 0 ? 1 : tag->toLong();
+  return value >= 1 && value <= 8 ? static_cast<int>(value) : 1;
+}
+
 int Metadata::takeOrientation() {
-  const auto datum = content_->exif.findKey(Exiv2::ExifKey("Exif.Image.Orientation"));
-  const long orientation =
-      datum == content_->exif.end() || datum->count() == 0 ? 1 : datum->toLong();
+  const int taken = orientation();
   replaceInt(content_->exif, "Exif.Image.Orientation", 1);
   replaceInt(content_->xmp, "Xmp.tiff.Orientation", 1);
-  return orientation >= 1 && orientation <= 8 ? static_cast<int>(orientation) : 1;
+  return taken;
 }
 
 void Metadata::setSize(int width, int height) {

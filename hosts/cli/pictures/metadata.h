@@ -29,7 +29,9 @@ class Metadata {
   /// Drops what says where the picture was taken: GPS, and the names of places in XMP and IPTC.
   void stripLocation();
 
-  /// For formats whose pixels lie upright: what EXIF says of them, 1 to 8, and says no more.
+  /// As in EXIF, 1 to 8; 1 where nothing is said.
+  int orientation() const;
+  /// For formats whose pixels lie upright: the orientation, which it then says no more.
   int takeOrientation();
 
   /// Updates every tag that states the picture's size.

@@ -11,7 +11,6 @@
 
 #include "hosts/cli/console/cancel.h"
 #include "hosts/cli/console/error.h"
-#include "hosts/cli/console/write_all.h"
 
 namespace vx::cli {
 namespace {
@@ -40,7 +39,7 @@ class PartFile {
     setPartFile(nullptr);
   }
 
-  void write(std::span<const std::uint8_t> bytes) { writeAll(file_, bytes, "cannot write"); }
+  int file() const { return file_; }
 
   /// fsync and close report what a full disk or a network folder kept back until now.
   void finish(mode_t mode) {
@@ -52,7 +51,6 @@ class PartFile {
   }
 
   void rename(const fs::path& target, bool force) {
-    throwIfCancelled();
     if (force) {
       if (::rename(path_.c_str(), target.c_str()) != 0)
         fail("cannot rename the finished file", errno);
@@ -101,6 +99,12 @@ void checkWritable(const fs::path& target, bool force) {
 }
 
 void writeFile(const fs::path& target, std::span<const std::uint8_t> bytes, bool force) {
+  writeFile(target, force, WhenCancelled::kStop,
+            [bytes](int file) { writeAll(file, bytes, "cannot write"); });
+}
+
+void writeFile(const fs::path& target, bool force, WhenCancelled whenCancelled,
+               const std::function<void(int file)>& content) {
   checkWritable(target, force);
   std::error_code error;
   const fs::path resolved = fs::exists(target, error) ? fs::canonical(target, error) : target;
@@ -109,8 +113,9 @@ void writeFile(const fs::path& target, std::span<const std::uint8_t> bytes, bool
   const bool replaces = stat(resolved.c_str(), &status) == 0;
 
   PartFile part(resolved);
-  part.write(bytes);
+  content(part.file());
   part.finish(replaces ? status.st_mode & 07777 : newFileMode());
+  if (whenCancelled == WhenCancelled::kStop) throwIfCancelled();
   part.rename(resolved, force);
 }
 

@@ -4,7 +4,10 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <span>
+
+#include "hosts/cli/console/write_all.h"
 
 namespace vx::cli {
 
@@ -18,5 +21,9 @@ void checkWritable(const std::filesystem::path& target, bool force);
 /// FileError.
 void writeFile(const std::filesystem::path& target, std::span<const std::uint8_t> bytes,
                bool force);
+
+/// The same for what `content` writes to a descriptor, piece by piece.
+void writeFile(const std::filesystem::path& target, bool force, WhenCancelled whenCancelled,
+               const std::function<void(int file)>& content);
 
 }  // namespace vx::cli
