@@ -105,14 +105,11 @@ void ComparisonPage::add(const Job& job, const JobResult& result) {
 }
 
 std::string ComparisonPage::summary() const {
-  const auto pictures = [](std::size_t count) {
-    return std::to_string(count) + (count == 1 ? " picture" : " pictures");
-  };
-  std::string text = pictures(done_);
+  std::string text = std::to_string(done_) + (done_ == 1 ? " picture" : " pictures");
   if (skipped_ > 0) text += ", " + std::to_string(skipped_) + " left out";
   if (failed_ > 0) text += ", " + std::to_string(failed_) + " failed";
   if (sections_.size() < count_)
-    text += ", cancelled before " + pictures(count_ - sections_.size()) + " more";
+    text += ", cancelled with " + std::to_string(count_ - sections_.size()) + " not done";
   return text;
 }
 

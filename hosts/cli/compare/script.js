@@ -149,7 +149,7 @@ class Viewer {
     });
   }
 
-  // Nothing moves before the pointer does: a finger may have come down to scroll the page.
+  // On the picture the line waits until the pointer goes sideways: a finger may have come down to scroll the page.
   onDown(down) {
     if (!down.isPrimary || down.button !== 0) return;
     const onSlider = down.target === this.slider;
@@ -157,12 +157,14 @@ class Viewer {
     const from = this.at;
     const {left} = this.box.getBoundingClientRect();
     const grip = onSlider ? down.clientX - left - this.visible.start - this.share / 100 * this.visible.size : 0;
+    let moving = onSlider || panning;
     const onMove = event => {
       if (event.pointerId !== down.pointerId) return;
       const {scale, visible} = this;
-      if (panning)
-        this.pan(from.x - (event.clientX - down.clientX) / scale, from.y - (event.clientY - down.clientY) / scale);
-      else
+      const x = event.clientX - down.clientX, y = event.clientY - down.clientY;
+      moving ||= Math.abs(x) > Math.max(Math.abs(y), 4);
+      if (panning) this.pan(from.x - x / scale, from.y - y / scale);
+      else if (moving)
         this.move(100 * (event.clientX - left - grip - visible.start) / visible.size);
     };
     const onEnd = event => {
