@@ -16,7 +16,7 @@ namespace vx::host_test {
 std::string Browser::program() {
   for (const char* name : {"chromium", "chromium-browser", "google-chrome"})
     if (gchar* found = g_find_program_in_path(name)) {
-      const std::string path = found;
+      std::string path = found;
       g_free(found);
       return path;
     }
@@ -177,7 +177,7 @@ std::string Browser::screenshot(double x, double y, double width, double height)
   const Json answer = call("Page.captureScreenshot", {{"format", "png"}, {"clip", clip}});
   gsize size = 0;
   guchar* bytes = g_base64_decode(answer["data"].get<std::string>().c_str(), &size);
-  const std::string file(reinterpret_cast<const char*>(bytes), size);
+  std::string file(reinterpret_cast<const char*>(bytes), size);
   g_free(bytes);
   return file;
 }

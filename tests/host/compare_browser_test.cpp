@@ -79,12 +79,13 @@ TEST_F(CompareInBrowser, OneSliderBetweenTwoPicturesThatMoveTogether) {
   const auto [buttonX, buttonY, w, h] = boxOf(".zoom button:last-child");
   browser_->click(buttonX + w / 2, buttonY + h / 2);
   // One pixel of the screen for each: half of the window's box from the middle of the picture.
-  const auto [boxLeft, boxTop, boxWidth, boxHeight] = boxOf(".viewer");
+  const auto box = boxOf(".viewer");
+  const double boxLeft = box[0], boxTop = box[1], boxWidth = box[2], boxHeight = box[3];
   const std::array<double, 4> leftPart{boxLeft + 8, boxTop + 40, 300, 200};
   const std::array<double, 4> rightPart{boxLeft + boxWidth - 308, boxTop + 40, 300, 200};
   // The place of the picture is rounded as Math.round does.
-  const auto corner = [](double at, double box, double size) {
-    return -std::floor(0.5 - std::clamp(at - box / 2, 0.0, size - box));
+  const auto corner = [](double at, double shown, double size) {
+    return -std::floor(0.5 - std::clamp(at - shown / 2, 0.0, size - shown));
   };
   const auto check = [&](double atX, double atY) {
     const double x = corner(atX, boxWidth, 1600), y = corner(atY, boxHeight, 1200);
@@ -102,7 +103,8 @@ TEST_F(CompareInBrowser, OneSliderBetweenTwoPicturesThatMoveTogether) {
   browser_->press("Escape");
   EXPECT_EQ(boxOf(".before img")[2], boxOf(".after img")[2]);
   EXPECT_LT(boxOf(".before img")[2], 1000) << "all of it fits again";
-  EXPECT_EQ(share(), 40);
+  browser_->press("ArrowRight");
+  EXPECT_EQ(share(), 41) << "the focus is back on the line";
 }
 
 TEST_F(CompareInBrowser, OnAPhoneFingersSlideScrollAndPan) {

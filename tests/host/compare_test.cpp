@@ -109,10 +109,9 @@ TEST_F(Compare, PagesDoNotDependOnTheNumberOfProcesses) {
     save(pattern(700 - 70 * i, 300, 3, 8), "in" + std::to_string(i) + ".png");
   write("in4.png", "no picture");
   for (const std::string jobs : {"1", "3"}) {
-    EXPECT_EQ(run("adjust . -o out -q --force --luma-gamma 0.7 --unblock auto --compare " + jobs +
-                  ".html -j " + jobs)
-                  .code,
-              1);
+    const Outcome outcome = run({"adjust", ".", "-o", "out", "-q", "--force", "--luma-gamma", "0.7",
+                                 "--unblock", "auto", "--compare", jobs + ".html", "-j", jobs});
+    EXPECT_EQ(outcome.code, 1) << outcome.err;
     EXPECT_EQ(pictures(jobs + ".html").size(), 16U);
   }
   EXPECT_TRUE(bytesOf("1.html") == bytesOf("3.html"));

@@ -11,8 +11,8 @@
 #include <numeric>
 #include <optional>
 
+#include "hosts/cli/commands/comparison_page.h"
 #include "hosts/cli/commands/worker_pool.h"
-#include "hosts/cli/compare/comparison_page.h"
 #include "hosts/cli/console/cancel.h"
 #include "hosts/cli/console/error.h"
 #include "hosts/cli/pictures/standard_stream.h"

@@ -82,6 +82,8 @@ class Viewer {
     this.origin = {left, top};
     const start = Math.max(left, 0), end = Math.min(left + width, box.clientWidth);
     this.visible = {start, size: end - start};
+    box.style.setProperty("--start", `${start}px`);
+    box.style.setProperty("--end", `${end}px`);
     box.style.setProperty("--split", `${start + this.share / 100 * (end - start)}px`);
     this.slider.setAttribute("aria-valuenow", Math.round(this.share));
     this.slider.setAttribute("aria-valuetext", `${Math.round(this.share)} % before`);
@@ -105,11 +107,16 @@ class Viewer {
     this.zoomed = zoomed;
     this.box.classList.toggle("zoomed", zoomed);
     if (zoomed) this.box.setAttribute("tabindex", 0);
-    else this.box.removeAttribute("tabindex");
+    else this.releaseFocus();
     this.fit.setAttribute("aria-pressed", !zoomed);
     this.full.setAttribute("aria-pressed", zoomed);
     const {box, scale} = this;
     this.pan(under.x + (box.clientWidth / 2 - x) / scale, under.y + (box.clientHeight / 2 - y) / scale);
+  }
+
+  releaseFocus() {
+    if (document.activeElement === this.box) this.slider.focus({preventScroll: true});
+    this.box.removeAttribute("tabindex");
   }
 
   pan(x, y) {

@@ -1,4 +1,4 @@
-#include "hosts/cli/compare/comparison_page.h"
+#include "hosts/cli/commands/comparison_page.h"
 
 #include <cstdio>
 #include <span>
@@ -53,10 +53,11 @@ std::string facts(const Job& job, const JobResult& result) {
     return "Left out: its result exists, <bdi>" + escaped(job.output.string()) + "</bdi>";
   if (result.status != Status::kDone)
     return "<span class=\"failed\">Failed:</span> " + escaped(result.error);
-  char size[96];
-  std::snprintf(size, sizeof size, "%d × %d pixels, %.1f megapixels, %d bits", result.width,
-                result.height, 1e-6 * result.width * result.height, result.depth);
-  std::string text = size;
+  char megapixels[32];
+  std::snprintf(megapixels, sizeof megapixels, " (%.1f megapixels)",
+                1e-6 * result.width * result.height);
+  std::string text = std::to_string(result.width) + " × " + std::to_string(result.height) +
+                     " pixels" + megapixels + ", " + std::to_string(result.depth) + " bits";
   if (result.depth != result.resultDepth) text += " → " + std::to_string(result.resultDepth);
   const std::string output = job.toStandardOutput() ? "standard output" : job.output.string();
   return text + "; result: <bdi>" + escaped(output) + "</bdi>";
@@ -115,15 +116,15 @@ std::string ComparisonPage::summary() const {
 
 void ComparisonPage::write() const {
   if (sections_.empty()) return;
-  const auto [before, after] = around(kPageText, "{{pictures}}");
-  const std::string head = filled(before, {{"style hash", sha256InBase64(kStyleText)},
-                                           {"script hash", sha256InBase64(kScriptText)},
-                                           {"style", kStyleText},
-                                           {"script", kScriptText},
-                                           {"summary", summary()},
-                                           {"version", VX_VERSION},
-                                           {"command", escaped(command_)},
-                                           {"settings", settings_}});
+  const auto page = around(kPageText, "{{pictures}}");
+  const std::string head = filled(page.first, {{"style hash", sha256InBase64(kStyleText)},
+                                               {"script hash", sha256InBase64(kScriptText)},
+                                               {"style", kStyleText},
+                                               {"script", kScriptText},
+                                               {"summary", summary()},
+                                               {"version", VX_VERSION},
+                                               {"command", escaped(command_)},
+                                               {"settings", settings_}});
   named(path_, [&] {
     writeFile(path_, force_, WhenCancelled::kFinish, [&](int file) {
       const auto put = [file](std::string_view text) {
@@ -136,7 +137,7 @@ void ComparisonPage::write() const {
         store_.file.give(section.pair, file);
         put(section.after);
       }
-      put(after);
+      put(page.second);
     });
   });
 }
