@@ -5,8 +5,8 @@
 #include <new>
 #include <utility>
 
+#include "hosts/cli/compare/excerpt.h"
 #include "hosts/cli/compare/html.h"
-#include "hosts/cli/compare/upright.h"
 #include "hosts/cli/console/error.h"
 
 namespace vx::cli {
@@ -46,44 +46,76 @@ std::string numbers(std::initializer_list<int> values) {
   return text;
 }
 
+/// From the axes of a raster to those of the picture that people see.
+void setUpright(int& x, int& y, int orientation) {
+  if (orientation >= 5) std::swap(x, y);
+}
+
+/// While it lives, the encoder turns the picture.
+class Turned {
+ public:
+  Turned(Picture& picture, int orientation)
+      : picture_(picture), before_(std::exchange(picture.orientation, orientation)) {}
+  ~Turned() { picture_.orientation = before_; }
+  Turned(const Turned&) = delete;
+  Turned& operator=(const Turned&) = delete;
+
+ private:
+  Picture& picture_;
+  int before_;
+};
+
 std::string imageTag(const char* kind, const std::string& name, const Picture& picture,
                      const Coding& coding, Progress& progress) {
-  const std::string width = std::to_string(picture.raster.width());
-  const std::string height = std::to_string(picture.raster.height());
-  return "<img class=\"" + std::string(kind) + "\" alt=\"" + name + "\" width=\"" + width +
-         "\" height=\"" + height + "\" src=\"data:image/jpeg;base64," +
+  int width = picture.raster.width(), height = picture.raster.height();
+  setUpright(width, height, picture.orientation);
+  return "<img class=\"" + std::string(kind) + "\" alt=\"" + name + "\" width=\"" +
+         std::to_string(width) + "\" height=\"" + std::to_string(height) +
+         "\" src=\"data:image/jpeg;base64," +
          base64(encodePicture(picture, Format::kJpeg, 8, coding, progress)) + "\">\n";
 }
 
 enum class Time { kBefore, kAfter };
 
-std::string layer(Time time, const Picture& picture, const Layout& layout, int orientation,
-                  const Coding& coding, Progress& progress) {
-  const bool ready = layout.scale == 1 && orientation == 1 && picture.raster.opaque();
+std::string layer(Time time, const Picture& picture, const Layout& layout, const Coding& coding,
+                  Progress& progress) {
   const bool before = time == Time::kBefore;
-  const std::string title = before ? "Before" : "After";
+  const bool ready = layout.scale == 1 && picture.raster.opaque();
+  const std::string name = before ? "Before" : "After";
   std::string text =
       before ? "<figure class=\"layer before\">\n" : "<figure class=\"layer after\">\n";
   text +=
-      ready ? imageTag("whole", title, picture, coding, progress)
-            : imageTag("whole", title, uprightPart(picture, layout.all, layout.scale, orientation),
-                       coding, progress);
+      ready ? imageTag("whole", name, picture, coding, progress)
+            : imageTag("whole", name, excerpt(picture, layout.all, layout.scale), coding, progress);
   if (layout.scale > 1)
-    text += imageTag("centre", title + ", the centre",
-                     uprightPart(picture, layout.centre, 1, orientation), coding, progress);
-  return text + "<figcaption>" + title + "</figcaption>\n</figure>\n";
+    text += imageTag("centre", name + ", the centre", excerpt(picture, layout.centre, 1), coding,
+                     progress);
+  return text + "<figcaption>" + name + "</figcaption>\n</figure>\n";
 }
 
-std::string remark(const Layout& layout, bool opaque, bool side) {
+std::string viewerTag(const Layout& layout, int orientation) {
+  int width = layout.all.width, height = layout.all.height;
+  setUpright(width, height, orientation);
+  std::string text = "<div class=\"viewer\" data-size=\"" + numbers({width, height}) + '"';
+  if (layout.scale > 1) {
+    Area centre = layout.centre;
+    setUpright(centre.x, centre.y, orientation);
+    setUpright(centre.width, centre.height, orientation);
+    text += " data-centre=\"" + numbers({centre.x, centre.y, centre.width, centre.height}) + '"';
+  }
+  return text + ">\n";
+}
+
+std::string remark(const Layout& layout, const Picture& picture) {
   std::string text;
   if (layout.scale > 1) {
     int width = layout.centre.width, height = layout.centre.height;
-    if (side) std::swap(width, height);
+    setUpright(width, height, picture.orientation);
     text += "Too large for this page: Fit shows it reduced to 1/" + std::to_string(layout.scale) +
             ", 100 % its centre of " + std::to_string(width) + " × " + std::to_string(height) +
             " pixels. ";
   }
-  if (!opaque) text += "Transparency is shown as white.";
+  if (!picture.raster.opaque()) text += "Transparency is shown as white.";
   return text.empty() ? text : "<p class=\"facts\">" + text + "</p>\n";
 }
 
@@ -107,37 +139,28 @@ PageRoom pageRoom(std::size_t count) {
   return {.whole = whole, .part = std::min(whole / 2, 4e6)};
 }
 
-void PicturePair::takeBefore(const Picture& picture, int orientation, Progress& progress) {
+void PicturePair::takeBefore(Picture& picture, int orientation, Progress& progress) {
   if (store_ == nullptr) return;
   orientation_ = orientation;
   guarded(error_, [&] {
-    before_ = layer(Time::kBefore, picture, Layout(picture.raster, store_->room), orientation,
-                    kShown, progress);
+    const Turned turned(picture, orientation_);
+    before_ = layer(Time::kBefore, picture, Layout(picture.raster, store_->room), kShown, progress);
   });
 }
 
-ShownPair PicturePair::takeAfter(const Picture& picture, Format format, const Coding& coding,
+ShownPair PicturePair::takeAfter(Picture& picture, Format format, const Coding& coding,
                                  Progress& progress) {
   if (store_ == nullptr) return {};
   ShownPair pair;
   guarded(error_, [&] {
+    const Turned turned(picture, orientation_);
     const Layout layout(picture.raster, store_->room);
-    const bool side = liesOnSide(orientation_);
     Coding shown = kShown;
     if (format == Format::kJpeg && coding.quality && *coding.quality < *kShown.quality)
       shown.quality = coding.quality, shown.subsampled = coding.subsampled;
-    int width = layout.all.width, height = layout.all.height;
-    if (side) std::swap(width, height);
-    std::string text = "<div class=\"viewer\" data-size=\"" + numbers({width, height}) + '"';
-    if (layout.scale > 1) {
-      Area centre = layout.centre;
-      if (side) std::swap(centre.x, centre.y), std::swap(centre.width, centre.height);
-      text += " data-centre=\"" + numbers({centre.x, centre.y, centre.width, centre.height}) + '"';
-    }
-    text += ">\n" + std::exchange(before_, {});
-    text += layer(Time::kAfter, picture, layout, orientation_, shown, progress);
-    text += "</div>\n" + remark(layout, picture.raster.opaque(), side);
-    pair.markup = store_->file.append(text);
+    pair.markup = store_->file.append(viewerTag(layout, orientation_) + std::exchange(before_, {}) +
+                                      layer(Time::kAfter, picture, layout, shown, progress) +
+                                      "</div>\n" + remark(layout, picture));
   });
   pair.error = error_;
   return pair;

@@ -41,11 +41,10 @@ class PicturePair {
   /// Does nothing where `store` is null.
   explicit PicturePair(const PairStore* store) : store_(store) {}
 
-  /// `orientation` as in EXIF: pictures are shown upright. Throws Cancelled.
-  void takeBefore(const Picture& picture, int orientation, Progress& progress);
+  /// `orientation` as in EXIF: pictures are shown upright, and stay as they are. Throws Cancelled.
+  void takeBefore(Picture& picture, int orientation, Progress& progress);
   /// `coding` is that of the result, whose losses are shown where it is a JPEG. Throws Cancelled.
-  ShownPair takeAfter(const Picture& picture, Format format, const Coding& coding,
-                      Progress& progress);
+  ShownPair takeAfter(Picture& picture, Format format, const Coding& coding, Progress& progress);
 
  private:
   const PairStore* store_;

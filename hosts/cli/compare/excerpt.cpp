@@ -1,9 +1,7 @@
-#include "hosts/cli/compare/upright.h"
+#include "hosts/cli/compare/excerpt.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
-#include <utility>
 #include <vector>
 
 namespace vx::cli {
@@ -19,19 +17,16 @@ class BlockRows {
         row_(4 * static_cast<std::size_t>(area.width)),
         sums_(3 * static_cast<std::size_t>((area.width + scale - 1) / scale)) {}
 
-  /// Calls `put` with each place and colour of row y.
-  template <typename Put>
-  void give(int y, const Put& put) {
+  /// Row y of the blocks, as RGB.
+  void give(int y, std::uint8_t* target) {
     std::fill(sums_.begin(), sums_.end(), 0U);
     const int top = y * scale_, rows = std::min(scale_, area_.height - top);
     for (int i = 0; i < rows; ++i) add(area_.y + top + i);
-    for (int x = 0; x * scale_ < area_.width; ++x) {
-      const auto count = static_cast<unsigned>(rows * std::min(scale_, area_.width - x * scale_));
-      std::array<std::uint8_t, 3> colour{};
-      for (std::size_t c = 0; c < 3; ++c)
-        colour[c] = static_cast<std::uint8_t>(
-            (sums_[3 * static_cast<std::size_t>(x) + c] + count / 2) / count);
-      put(x, colour);
+    const unsigned* sum = sums_.data();
+    for (int left = 0; left < area_.width; left += scale_) {
+      const auto count = static_cast<unsigned>(rows * std::min(scale_, area_.width - left));
+      for (int c = 0; c < 3; ++c)
+        *target++ = static_cast<std::uint8_t>((*sum++ + count / 2) / count);
     }
   }
 
@@ -57,35 +52,26 @@ class BlockRows {
 
 }  // namespace
 
-Picture uprightPart(const Picture& picture, const Area& area, int scale, int orientation) {
+Picture excerpt(const Picture& picture, const Area& area, int scale) {
   const int width = (area.width + scale - 1) / scale, height = (area.height + scale - 1) / scale;
-  // The eight orientations are an exchange of the axes, then a mirror image along each.
-  const bool side = liesOnSide(orientation);
-  const int turn = orientation >= 1 && orientation <= 8 ? (orientation - 1) % 4 : 0;
-  const bool mirrorX = turn == 1 || turn == 2, mirrorY = turn == 2 || turn == 3;
   Picture part{.format = picture.format,
                .sourceDepth = 8,
                .colours = picture.colours,
-               .raster = Raster(side ? height : width, side ? width : height, 8, 0),
-               .xResolution = side ? picture.yResolution : picture.xResolution,
-               .yResolution = side ? picture.xResolution : picture.yResolution,
+               .raster = Raster(width, height, 8, 0),
+               .xResolution = picture.xResolution,
+               .yResolution = picture.yResolution,
                .icc = picture.icc,
                .exif = {},
                .xmp = {},
+               .iptc = {},
                .pngTexts = {},
+               .orientation = picture.orientation,
                .notes = {}};
   Raster& raster = part.raster;
   BlockRows rows(picture.raster, area, scale);
   for (int y = 0; y < height; ++y) {
-    rows.give(y, [&](int x, const std::array<std::uint8_t, 3>& colour) {
-      int column = x, row = y;
-      if (side) std::swap(column, row);
-      if (mirrorX) column = raster.width() - 1 - column;
-      if (mirrorY) row = raster.height() - 1 - row;
-      std::uint8_t* target =
-          raster.pixels() + static_cast<std::ptrdiff_t>(row) * raster.rowBytes() + 3 * column;
-      std::copy(colour.begin(), colour.end(), target);
-    });
+    std::uint8_t* target = raster.pixels() + static_cast<std::ptrdiff_t>(y) * raster.rowBytes();
+    rows.give(y, target);
   }
   raster.pad();
   return part;
