@@ -64,6 +64,15 @@ TEST_F(Compare, PicturesStandUpright) {
     EXPECT_GT(psnr(shownAs(open(names[i])), shown[2 * i]), 36) << names[i];
     EXPECT_GT(psnr(shownAs(open("out/" + names[i])), shown[2 * i + 1]), 36) << names[i];
   }
+  // Where the encoder turns the result too, and writes the metadata, which are not for the page.
+  if (vips_type_find("VipsOperation", "jxlsave_buffer") == 0) return;
+  addMetadata("o6.jpg");
+  EXPECT_EQ(run("adjust o6.jpg -o o6.jxl --luma-gamma 0.7 --compare x.html").code, 0);
+  for (const std::size_t i : {0U, 1U}) {
+    const VImage again = pictures("x.html").at(i);
+    EXPECT_EQ(largestDifference(again, shown[10 + i]), 0);
+    EXPECT_EQ(again.get_typeof("exif-ifd3-GPSLatitude"), 0U);
+  }
 }
 
 TEST_F(Compare, NothingOfAFileBecomesMarkup) {
@@ -136,7 +145,7 @@ TEST_F(Compare, WhatWasDoneIsShownWhateverCameLater) {
   EXPECT_EQ(cancelled.code, 130) << cancelled.err;
   const std::string page = bytesOf("c.html");
   EXPECT_NE(page.find("1 left out, 1 failed, cancelled with 1 not done"), std::string::npos);
-  EXPECT_NE(page.find("is not a JPEG, PNG, TIFF or WebP picture"), std::string::npos);
+  EXPECT_NE(page.find("Failed:</span> is no"), std::string::npos);
   EXPECT_EQ(files("out"), Names{"a.png"});
   // The result of a black picture is small, the page is not.
   const Environment full{.variables = {}, .fileSizeLimit = 8000};
