@@ -8,7 +8,6 @@
 #include <array>
 #include <cctype>
 #include <cerrno>
-#include <system_error>
 
 #include "hosts/cli/console/error.h"
 #include "hosts/cli/pictures/foreign_formats.h"
@@ -58,8 +57,6 @@ std::optional<Format> formatByMagic(std::string_view head) {
 }
 
 }  // namespace
-
-std::string systemReason(int error) { return std::generic_category().message(error); }
 
 const FormatTraits& traits(Format format) { return kFormats[static_cast<std::size_t>(format)]; }
 
