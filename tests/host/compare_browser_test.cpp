@@ -141,7 +141,7 @@ TEST_F(CompareInBrowser, OnAPhoneFingersSlideScrollAndPan) {
   EXPECT_EQ(boxOf(".before img")[2], 450) << "one pixel of the screen for each";
   const auto from = boxOf(".before img");
   browser_->swipe({{left + 0.1 * width, middle},
-                   {left + 0.1 * width - 20, middle - 10},
+                   {left + 0.1 * width - 5, middle - 20},
                    {left + 0.1 * width - 30, middle - 30}});
   const auto now = boxOf(".before img");
   EXPECT_NEAR(now[0] - from[0], -30, 0.6);

@@ -1,4 +1,9 @@
 // The page of --compare, read as a file. What it does in a browser is in compare_browser_test.cpp.
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "hosts/cli/compare/scratch_file.h"
 #include "tests/host/page_test.h"
 
 namespace vx::host_test {
@@ -46,6 +51,51 @@ TEST_F(Compare, PicturesAreThoseOfTheFiles) {
       std::string(static_cast<const char*>(icc), size),
       std::string(static_cast<const char*>(VIPS_AREA(profile)->data), VIPS_AREA(profile)->length));
   vips_area_unref(VIPS_AREA(profile));
+}
+
+TEST_F(Compare, LargePicturesAreAnOverviewAndTheirCentre) {
+  const VImage places = VImage::xyz(5400, 4800);
+  const VImage large = picture((places * 0.04).bandjoin(places.extract_band(0) % 200), 8);
+  save(large, "large.png[compression=1]");
+  runWell("adjust large.png -o out.png --hue-shift 0 --compare p.html");
+  const std::vector<VImage> shown = pictures("p.html");
+  ASSERT_EQ(shown.size(), 4U);
+  EXPECT_GT(psnr(large.shrink(3, 3), shown[0]), 36);
+  const VImage& centre = shown[3];
+  EXPECT_NEAR(centre.width() * centre.height(), 4e6, 1e4);
+  const int left = (5400 - centre.width()) / 2, top = (4800 - centre.height()) / 2;
+  EXPECT_GT(psnr(large.crop(left, top, centre.width(), centre.height()), centre), 36);
+}
+
+TEST_F(Compare, ProcessesShareAScratchFile) {
+  const cli::ScratchFile file(folder_);
+  EXPECT_EQ(files(), Names()) << "it has no name";
+  const auto text = [](int child, int i) { return std::string(std::size_t(i), char('a' + child)); };
+  std::array<int, 2> told{};
+  ASSERT_EQ(pipe(told.data()), 0);
+  for (int child = 0; child < 4; ++child) {
+    if (fork() != 0) continue;
+    for (int i = 1; i <= 400; ++i) {
+      const cli::Piece piece = file.append(text(child, i));
+      const std::array<std::uint64_t, 3> line{std::uint64_t(child), piece.offset, piece.size};
+      if (::write(told[1], line.data(), sizeof line) != sizeof line) break;
+    }
+    _exit(0);
+  }
+  close(told[1]);
+  std::array<std::uint64_t, 3> line{};
+  int pieces = 0, whole = 0;
+  while (::read(told[0], line.data(), sizeof line) == sizeof line) {
+    ++pieces;
+    const int copy = ::open(path("copy").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    file.give({line[1], line[2]}, copy);
+    close(copy);
+    whole += bytesOf("copy") == text(int(line[0]), int(line[2]));
+  }
+  close(told[0]);
+  while (wait(nullptr) > 0) continue;
+  EXPECT_EQ(pieces, 1600);
+  EXPECT_EQ(whole, 1600);
 }
 
 TEST_F(Compare, PicturesStandUpright) {
