@@ -4,7 +4,7 @@ set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
 library_packages=(g++ cmake ninja-build pkg-config libfftw3-dev libgtest-dev)
-host_packages=(libcli11-dev libvips-dev libexiv2-dev libjpeg62-turbo-dev libtiff-dev nlohmann-json3-dev)
+host_packages=(libcli11-dev libvips-dev libexiv2-dev liblcms2-dev libjpeg62-turbo-dev libtiff-dev nlohmann-json3-dev)
 test_packages=(libturbojpeg0-dev) # what tests compare with; without it they are skipped
 browser_packages=(chromium)       # what a test looks at pages with; without it that test is skipped
 

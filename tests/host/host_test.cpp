@@ -45,6 +45,7 @@ class VipsSetUp : public ::testing::Environment {
     vips_cache_set_max(0);
     Exiv2::XmpParser::initialize();
     Exiv2::LogMsg::setLevel(Exiv2::LogMsg::mute);
+    Exiv2::XmpProperties::registerNs("http://ns.adobe.com/xmp/note/", "xmpNote");
   }
 };
 const auto* const kVipsSetUp = ::testing::AddGlobalTestEnvironment(new VipsSetUp);
@@ -180,6 +181,13 @@ VImage pattern(int width, int height, int bands, int depth) {
   const VImage image = VImage::new_from_memory(samples.data(), samples.size() * 2, width, height,
                                                bands, VIPS_FORMAT_USHORT);
   return picture(image, depth).copy_memory();  // the samples end here
+}
+
+std::string profileOf(const VImage& image) {
+  if (image.get_typeof(VIPS_META_ICC_NAME) != VIPS_TYPE_BLOB) return {};
+  std::size_t size = 0;
+  const auto* const data = static_cast<const char*>(image.get_blob(VIPS_META_ICC_NAME, &size));
+  return {data, size};
 }
 
 double largestDifference(const VImage& a, const VImage& b) {

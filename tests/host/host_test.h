@@ -81,6 +81,9 @@ inline constexpr std::pair<const char*, const char*> kExif[] = {
     {"Exif.Nikon3.SerialNumber", "NO= 12345678"},
     {"Exif.Nikon3.ShutterCount", "4711"}};
 
+/// The ICC profile; empty: none.
+std::string profileOf(const VImage& image);
+
 /// The largest difference of two images of one shape; fails the test where the shapes differ.
 double largestDifference(const VImage& a, const VImage& b);
 

@@ -3,13 +3,6 @@
 namespace vx::host_test {
 namespace {
 
-std::string profileOf(const VImage& image) {
-  if (image.get_typeof(VIPS_META_ICC_NAME) != VIPS_TYPE_BLOB) return {};
-  std::size_t size = 0;
-  const auto* const data = static_cast<const char*>(image.get_blob(VIPS_META_ICC_NAME, &size));
-  return {data, size};
-}
-
 class Metadata : public HostTest {
  protected:
   // A source in each format that can hold all of it.

@@ -123,6 +123,10 @@ void addOutputOptions(CLI::App& app, FileOptions& options) {
                helpText("Drop the place where the picture was taken: GPS, names of places, and the "
                         "camera's maker note, which may hold it"))
       ->group(kFiles);
+  app.add_flag("--drop-extras", options.dropExtras,
+               helpText("Replace a picture in its place (--force) even where something in its file "
+                        "is lost by that, as a gain map; refused without"))
+      ->group(kFiles);
   app.add_flag("--force", options.force, helpText("Replace files that exist"))->group(kFiles);
   app.add_flag("--skip-existing", options.skipExisting,
                helpText("Leave out pictures whose results exist: goes on with an interrupted run"))

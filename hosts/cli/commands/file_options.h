@@ -33,6 +33,7 @@ struct FileOptions {
   bool skipExisting = false;
   bool strip = false;
   bool stripLocation = false;
+  bool dropExtras = false;
   bool force = false;
   bool verbose = false;
   bool quiet = false;

@@ -88,6 +88,7 @@ Job makeJob(const Input& input, const Target& target, const FileOptions& options
   std::error_code error;
   job.skip = options.skipExisting && !job.toStandardOutput() && fs::exists(job.output, error);
   job.recodes = own == job.format;
+  job.inPlace = !job.toStandardOutput() && fs::equivalent(job.input, job.output, error);
   return job;
 }
 

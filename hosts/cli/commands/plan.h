@@ -17,6 +17,7 @@ struct Job {
   std::string refusal;           // why the input cannot be processed; empty: no reason known yet
   bool skip = false;             // the result exists, and that is enough
   bool recodes = false;          // the result has the format of the input
+  bool inPlace = false;          // the result replaces the input
 
   bool toStandardOutput() const { return output == kStandardStream; }
 };

@@ -9,6 +9,7 @@
 
 #include "hosts/cli/console/cancel.h"
 #include "hosts/cli/console/error.h"
+#include "hosts/cli/pictures/colour.h"
 #include "hosts/cli/pictures/metadata.h"
 #include "hosts/cli/pictures/output_file.h"
 #include "hosts/cli/pictures/standard_stream.h"
@@ -69,6 +70,12 @@ void run(const Job& job, const FileOptions& options, const Treatment& treatment,
   };
 
   progress.beginStep("reading");
+  Metadata metadata(job.input);
+  const Metadata::Dropped dropped{.all = options.strip, .location = options.stripLocation};
+  const std::string lost = metadata.leaveOut(job.format, dropped);
+  if (job.inPlace && !lost.empty() && !options.dropExtras)
+    throw FileError("holds what a result in its place would lose: " + lost +
+                    "; write another file, or give --drop-extras");
   const ReadOptions wanted{.output = job.format,
                            .depth = options.depth,
                            .previewScale = options.previewScale,
@@ -77,9 +84,13 @@ void run(const Job& job, const FileOptions& options, const Treatment& treatment,
                            .libraryBytes = treatment.libraryBytes + (page ? kPairBytes : 0),
                            .background = options.background,
                            .claim = claim};
+  const bool tellsMetadata = options.verbose || options.json;
+  if (tellsMetadata)
+    result.metadataBefore = Metadata::summary(job.input, formatByContent(job.input));
   std::vector<std::uint8_t> file;
   {
     Picture picture = readPicture(job.input, wanted, progress);
+    settleColour(picture, metadata.png(), job.format);
     append(result.notes, std::exchange(picture.notes, {}));
     result.width = picture.raster.width();
     result.height = picture.raster.height();
@@ -87,9 +98,8 @@ void run(const Job& job, const FileOptions& options, const Treatment& treatment,
     result.resultDepth = outputDepth(wanted, result.depth);
     result.damaged = picture.damaged;
     noteDepth(job.format, options.depth, result);
-    Metadata metadata(job.input, picture);
-    if (options.strip) metadata.strip(), picture.pngTexts.clear();
-    if (options.stripLocation) metadata.stripLocation();
+    metadata.add(picture);
+    metadata.drop(dropped);
     result.seconds.reading = lap();
     PicturePair pair(page);
     pair.takeBefore(picture, metadata.orientation(), progress);
@@ -115,7 +125,7 @@ void run(const Job& job, const FileOptions& options, const Treatment& treatment,
     result.shown = pair.takeAfter(picture, job.format, coding, progress);
     // The pixels are freed first: adding metadata needs further copies of the file.
     picture.raster = Raster(1, 1, 8, 0);
-    if (!byEncoder) metadata.attach(file, job.format);
+    metadata.attach(file, job.format, !picture.icc.empty(), byEncoder);
     append(result.notes, metadata.notes());
   }
   if (job.toStandardOutput())
@@ -124,9 +134,7 @@ void run(const Job& job, const FileOptions& options, const Treatment& treatment,
     onOutput(job, [&] { writeFile(job.output, file, options.force); });
   result.seconds.writing += lap();
   result.megabytes = peakMegabytes();
-  if (!options.verbose && !options.json) return;
-  result.metadataBefore = Metadata::summary(job.input, formatByContent(job.input));
-  result.metadataAfter = Metadata::summary(file, job.format);
+  if (tellsMetadata) result.metadataAfter = Metadata::summary(file, job.format);
 }
 
 }  // namespace

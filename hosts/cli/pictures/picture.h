@@ -6,7 +6,6 @@
 #include <filesystem>
 #include <functional>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "hosts/cli/console/progress.h"
@@ -25,7 +24,6 @@ struct Picture {
   std::vector<std::uint8_t> icc;    // empty: none
   // What libvips found; Exiv2 0.27 does not read it from every PNG.
   std::vector<std::uint8_t> exif, xmp, iptc;
-  std::vector<std::pair<std::string, std::string>> pngTexts;
   int orientation = 1;             // as in EXIF; the encoder turns the pixels by it
   bool damaged = false;            // the decoder had to guess
   int leastQuality = 0;            // of a lossy result, so that what was done is not undone
@@ -58,8 +56,8 @@ int outputDepth(const ReadOptions& options, int sourceDepth);
 Picture readPicture(const std::filesystem::path& path, const ReadOptions& options,
                     Progress& progress);
 
-/// The bytes of a file that shows the picture, with its ICC profile, resolution and (PNG) texts.
-/// EXIF, XMP and IPTC are not there yet, but where the encoder writes them. Throws FileError,
+/// The bytes of a file that shows the picture, with its ICC profile and resolution.
+/// Metadata is not there yet, but where the encoder writes them. Throws FileError,
 /// Cancelled.
 std::vector<std::uint8_t> encodePicture(const Picture& picture, Format format, int depth,
                                         const Coding& coding, Progress& progress);

@@ -144,23 +144,6 @@ int takeArea(VipsRegion* region, VipsRect* area, void* context) {
   return 0;
 }
 
-std::vector<std::pair<std::string, std::string>> pngTexts(const VImage& image) {
-  std::vector<std::pair<std::string, std::string>> texts;
-  gchar** fields = vips_image_get_fields(image.get_image());
-  for (gchar** at = fields; at && *at; ++at) {
-    const std::string field = *at;
-    // XMP and the profiles that older programs put into texts travel as metadata.
-    if (!field.starts_with("png-comment-") ||
-        field.find("XML:com.adobe.xmp") != std::string::npos ||
-        field.find("Raw profile type") != std::string::npos) {
-      continue;
-    }
-    texts.emplace_back(field, image.get_string(field.c_str()));
-  }
-  g_strfreev(fields);
-  return texts;
-}
-
 VImage cmykToSrgb(const VImage& image, std::vector<std::string>& notes) {
   const bool embedded = image.get_typeof(VIPS_META_ICC_NAME) == VIPS_TYPE_BLOB;
   notes.emplace_back(embedded ? "CMYK converted to sRGB by the profile in the file"
@@ -219,7 +202,6 @@ Picture read(const std::filesystem::path& path, Format format, Strictness strict
                   .exif = headerBlob(image, VIPS_META_EXIF_NAME),
                   .xmp = xmpOf(image),
                   .iptc = headerBlob(image, VIPS_META_IPTC_NAME),
-                  .pngTexts = pngTexts(image),
                   .orientation = 1,
                   .damaged = false,
                   .leastQuality = 0,

@@ -69,7 +69,6 @@ VImage describe(Source& source, bool withMetadata) {
     setBlob(VIPS_META_XMP_NAME, picture.xmp);
     setBlob(VIPS_META_IPTC_NAME, picture.iptc);
   }
-  for (const auto& [name, text] : picture.pngTexts) image.set(name.c_str(), text.c_str());
   vips_image_set_progress(raw, TRUE);
   g_signal_connect(raw, "eval", G_CALLBACK(showPercent), &source.progress);
   return image;
