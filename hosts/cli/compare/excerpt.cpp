@@ -64,7 +64,6 @@ Picture excerpt(const Picture& picture, const Area& area, int scale) {
                .exif = {},
                .xmp = {},
                .iptc = {},
-               .pngTexts = {},
                .orientation = picture.orientation,
                .notes = {}};
   Raster& raster = part.raster;

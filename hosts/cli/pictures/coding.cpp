@@ -1,7 +1,6 @@
 #include "hosts/cli/pictures/coding.h"
 
 #include <tiffio.h>
-#include <vips/vips.h>
 
 #include <cstdint>
 #include <fstream>
@@ -41,9 +40,13 @@ const char* tiffCompression(int tag) {
 
 Coding ofTiff(const std::filesystem::path& path) {
   Coding coding;
-  // "m": not mapped into memory, where a file that shrinks would be fatal.
+  // What is wrong with a file is told when it is read. "m": not mapped into memory, where a file
+  // that shrinks would be fatal.
+  const TIFFErrorHandler errors = TIFFSetErrorHandler(nullptr);
+  const TIFFErrorHandler warnings = TIFFSetWarningHandler(nullptr);
   const std::unique_ptr<TIFF, decltype(&TIFFClose)> file(TIFFOpen(path.c_str(), "rm"), TIFFClose);
-  vips_error_clear();  // libvips collects the complaints of libtiff
+  TIFFSetErrorHandler(errors);
+  TIFFSetWarningHandler(warnings);
   if (!file) return coding;
   coding.bigTiff = TIFFIsBigTIFF(file.get()) != 0;
   std::uint16_t compression = 0, predictor = 0;

@@ -52,6 +52,10 @@ vips::VImage openPicture(const std::filesystem::path& path, Format format, Stric
   return image;
 }
 
+bool decoderPrints(Format format) {
+  return format == Format::kJxl || format == Format::kHeic || format == Format::kAvif;
+}
+
 std::vector<std::uint8_t> headerBlob(const vips::VImage& image, const char* name) {
   if (image.get_typeof(name) != VIPS_TYPE_BLOB) return {};
   std::size_t size = 0;

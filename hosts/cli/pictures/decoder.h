@@ -21,6 +21,10 @@ enum class Strictness {
 vips::VImage openPicture(const std::filesystem::path& path, Format format, Strictness strictness,
                          int jpegShrink);
 
+/// Whether the decoder prints to standard error what libvips is told anyway: libjxl, libde265 and
+/// dav1d.
+bool decoderPrints(Format format);
+
 /// A field of the header that holds bytes; empty where it is missing.
 std::vector<std::uint8_t> headerBlob(const vips::VImage& image, const char* name);
 

@@ -4,6 +4,7 @@
 #include <sstream>
 
 #include "hosts/cli/console/error.h"
+#include "hosts/cli/console/quiet_stderr.h"
 #include "hosts/cli/pictures/decoder.h"
 #include "hosts/cli/pictures/jxl_boxes.h"
 #include "hosts/cli/pictures/metadata.h"
@@ -56,6 +57,7 @@ std::string inWords(const MetadataContent& content, std::size_t profile) {
 
 template <typename Open>
 std::string summaryOf(MetadataContent& content, std::istream& file, const Open& open) try {
+  const QuietStderr quiet(decoderPrints(content.source));
   const vips::VImage image = open();
   if (traits(content.source).metadataByEncoder || content.source == Format::kJxl)
     readByVips(image, file, content);

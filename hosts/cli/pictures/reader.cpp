@@ -230,9 +230,7 @@ Picture read(const std::filesystem::path& path, Format format, Strictness strict
 
 Picture readAs(const std::filesystem::path& path, Format format, Strictness strictness,
                const ReadOptions& options, Progress& progress) {
-  // libjxl, libde265 and dav1d print where they gave up.
-  const QuietStderr quiet(format == Format::kJxl || format == Format::kHeic ||
-                          format == Format::kAvif);
+  const QuietStderr quiet(decoderPrints(format));
   try {
     return read(path, format, strictness, options, progress);
   } catch (const VError&) {
