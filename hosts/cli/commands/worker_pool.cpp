@@ -54,8 +54,17 @@ bool writeAll(int file, const void* source, std::size_t size) {
   return true;
 }
 
+// Until a worker obeys, the signal of its parent would kill it.
+void maskCancel(int how) {
+  sigset_t signals;
+  sigemptyset(&signals);
+  sigaddset(&signals, SIGUSR1);
+  sigprocmask(how, &signals, nullptr);
+}
+
 [[noreturn]] void serve(const PoolWork& pool, int in, int out) noexcept {
   obeyParent();
+  maskCancel(SIG_UNBLOCK);
   pool.begin();
   const auto claim = [&](double bytes) {
     const Header header{Kind::kClaim, static_cast<std::uint64_t>(bytes) + 1};
@@ -113,6 +122,7 @@ class Pool {
       fail();
     }
     std::fflush(nullptr);
+    maskCancel(SIG_BLOCK);
     worker.process = fork();
     if (worker.process == 0) {
       // Other workers must see the end of their pipes when this program ends.
@@ -121,6 +131,7 @@ class Pool {
       close(down[1]), close(up[0]);
       serve(pool_, down[0], up[1]);
     }
+    maskCancel(SIG_UNBLOCK);
     close(down[0]), close(up[1]);
     worker.in = down[1], worker.out = up[0];
     if (worker.process < 0) {
